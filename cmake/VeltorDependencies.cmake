@@ -1,0 +1,25 @@
+# Everything the project takes from outside. Optional parts are found quietly and reported in the
+# summary at the end of the configuration.
+
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+find_package(Threads REQUIRED)
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core Concurrent)
+find_package(Qt5 5.15 QUIET OPTIONAL_COMPONENTS Widgets)
+
+if(BUILD_TESTING)
+  find_package(GTest REQUIRED)
+  find_package(Qt5 5.15 REQUIRED COMPONENTS Test)
+endif()
+
+# An interpreter that merely comes first on PATH (a version manager's, a virtual environment's) is not
+# the one whose headers and library are installed: look below the system prefix first, and let a
+# caller who wants another one say so with -DPython3_ROOT_DIR=...
+if(VELTOR_PYTHON)
+  if(NOT DEFINED Python3_ROOT_DIR AND NOT WIN32)
+    set(Python3_ROOT_DIR /usr)
+  endif()
+  set(Python3_FIND_STRATEGY LOCATION)
+  find_package(Python3 3.8 QUIET COMPONENTS Development.Embed)
+endif()
+
+find_package(PkgConfig QUIET)

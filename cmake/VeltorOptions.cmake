@@ -1,0 +1,52 @@
+# Build options and the compiler flags shared by every target of the project.
+
+option(VELTOR_WERROR "Treat warnings as errors" OFF)
+option(VELTOR_PYTHON "Build the Python bridge when Python's development files are found" ON)
+option(VELTOR_BENCHMARKS "Build the benchmarks (Google Benchmark and the peers are needed)" OFF)
+option(VELTOR_FUZZERS "Build the fuzz targets (clang is needed)" OFF)
+option(VELTOR_COVERAGE "Instrument for gcov" OFF)
+set(VELTOR_SANITIZE "" CACHE STRING "Sanitizers, as in -fsanitize= (address,undefined or thread)")
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_AUTOMOC ON)
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Build type" FORCE)
+endif()
+
+# veltor_options: private usage requirements of everything that is compiled here.
+add_library(veltor_options INTERFACE)
+target_compile_definitions(veltor_options INTERFACE
+  QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
+  QT_DEPRECATED_WARNINGS QT_STRICT_ITERATORS
+  QT_MESSAGELOGCONTEXT)
+
+if(MSVC)
+  # /fp:precise is MSVC's default and does not contract.
+  target_compile_options(veltor_options INTERFACE /utf-8 /W4 /permissive- /Zc:__cplusplus)
+  if(VELTOR_WERROR)
+    target_compile_options(veltor_options INTERFACE /WX)
+  endif()
+else()
+  target_compile_options(veltor_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+    -ffp-contract=off)
+  if(VELTOR_WERROR)
+    target_compile_options(veltor_options INTERFACE -Werror)
+  endif()
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "i[3-6]86")
+    target_compile_options(veltor_options INTERFACE -msse2 -mfpmath=sse)
+  endif()
+  if(VELTOR_SANITIZE)
+    add_compile_options(-fsanitize=${VELTOR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${VELTOR_SANITIZE})
+  endif()
+  if(VELTOR_COVERAGE)
+    add_compile_options(--coverage -O0)
+    add_link_options(--coverage)
+  endif()
+endif()

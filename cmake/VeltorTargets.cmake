@@ -1,0 +1,38 @@
+# Helpers by which the rooms declare what they hold.
+
+# veltor_sources(FILES...): adds sources of the calling room to the library.
+function(veltor_sources)
+  list(TRANSFORM ARGN PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/" OUTPUT_VARIABLE sources)
+  target_sources(veltor-utils-objects PRIVATE ${sources})
+endfunction()
+
+# veltor_public_headers(FILES...): headers of the contract that hold Q_OBJECT and need moc.
+function(veltor_moc_headers)
+  list(TRANSFORM ARGN PREPEND "${PROJECT_SOURCE_DIR}/include/veltor/" OUTPUT_VARIABLE headers)
+  target_sources(veltor-utils-objects PRIVATE ${headers})
+endfunction()
+
+# veltor_add_test(NAME SOURCES... [INTERNAL] [LIBRARIES libs...] [LABELS labels...] [TIMEOUT s])
+# One GoogleTest program, one CTest test. INTERNAL links the object library, so that hidden
+# internals are reached; without it the test runs against the shared library as a caller would.
+function(veltor_add_test name)
+  cmake_parse_arguments(arg "INTERNAL" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  add_executable(${name} ${arg_SOURCES} ${arg_UNPARSED_ARGUMENTS})
+  target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
+  target_link_libraries(${name} PRIVATE veltor_options ${arg_LIBRARIES}
+    GTest::gmock GTest::gtest Qt5::Test Threads::Threads)
+  if(arg_INTERNAL)
+    target_link_libraries(${name} PRIVATE veltor-utils-internals)
+  else()
+    target_link_libraries(${name} PRIVATE veltor::utils)
+  endif()
+  target_link_libraries(${name} PRIVATE veltor-test-main)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+  if(arg_LABELS)
+    set_tests_properties(${name} PROPERTIES LABELS "${arg_LABELS}")
+  endif()
+  if(arg_TIMEOUT)
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT})
+  endif()
+endfunction()

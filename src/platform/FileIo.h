@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+
+namespace veltor::platform {
+
+/// Positioned access to an open file by its C descriptor: one system call an operation, no seek.
+/// Behind an interface so that tests can stop, fail or tear each call. Thread-safe as far as the
+/// operating system's calls are; on Windows the descriptor's own file position moves.
+class FileIo
+{
+public:
+    virtual ~FileIo() = default;
+
+    /// Size in bytes, -1 on failure.
+    virtual std::int64_t size(int fd);
+    /// Reads until @p length bytes or the end; the number of bytes read, -1 if nothing could be read.
+    virtual std::int64_t readAt(int fd, std::int64_t position, char* buffer, std::int64_t length);
+    /// Writes until @p length bytes or a failure; the number of bytes written.
+    virtual std::int64_t writeAt(int fd, std::int64_t position, const char* data, std::int64_t length);
+    /// Cuts or extends (with zeros) to @p size bytes.
+    virtual bool resize(int fd, std::int64_t size);
+};
+
+/// The implementation in use.
+FileIo& fileIo() noexcept;
+
+/// Puts another implementation in place and returns the former one; null restores the system's own.
+/// For tests; not to be called while files are in use.
+FileIo* exchangeFileIo(FileIo* replacement) noexcept;
+
+} // namespace veltor::platform

@@ -1,0 +1,56 @@
+#include "platform/FileIo.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace veltor::platform {
+static_assert(sizeof(off_t) == 8, "build with large-file support");
+
+std::int64_t FileIo::size(int fd)
+{
+    struct stat status;
+    return ::fstat(fd, &status) == 0 ? status.st_size : -1;
+}
+
+std::int64_t FileIo::readAt(int fd, std::int64_t position, char* buffer, std::int64_t length)
+{
+    std::int64_t done = 0;
+    while (done < length) {
+        const ssize_t got = ::pread(fd, buffer + done, static_cast<size_t>(length - done), position + done);
+        if (got > 0) {
+            done += got;
+        } else if (got == 0) {
+            break;
+        } else if (errno != EINTR) {
+            return done > 0 ? done : -1;
+        }
+    }
+    return done;
+}
+
+std::int64_t FileIo::writeAt(int fd, std::int64_t position, const char* data, std::int64_t length)
+{
+    std::int64_t done = 0;
+    while (done < length) {
+        const ssize_t put = ::pwrite(fd, data + done, static_cast<size_t>(length - done), position + done);
+        if (put > 0) {
+            done += put;
+        } else if (put == 0 || errno != EINTR) {
+            break;
+        }
+    }
+    return done;
+}
+
+bool FileIo::resize(int fd, std::int64_t size)
+{
+    int result = 0;
+    do {
+        result = ::ftruncate(fd, size);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}
+
+} // namespace veltor::platform

@@ -1,0 +1,23 @@
+#include <veltor/IOPtr.h>
+
+namespace veltor {
+namespace {
+
+void deleteDevice(QIODevice* device)
+{
+    delete device;
+}
+
+} // namespace
+
+IOPtr makeIOPtr(QIODevice* device) noexcept
+{
+    return {device, &deleteDevice};
+}
+
+IOPtr nullIOPtr() noexcept
+{
+    return makeIOPtr(nullptr);
+}
+
+} // namespace veltor

@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Installs what a fresh Debian 12 lacks to build, test and measure this project.
+#   tools/setup.sh          what ./check and ./demo need
+#   tools/setup.sh bench    the benchmarks' peers besides
+#   tools/setup.sh ci       the format and static checks besides
+# Does nothing, and says nothing, when all is there. Runs as root or through sudo.
+set -euo pipefail
+
+packages=(
+  g++ cmake ninja-build git pkg-config
+  qtbase5-dev qttools5-dev qttools5-dev-tools
+  libgtest-dev libgmock-dev
+  python3-dev
+)
+for group in "$@"; do
+  case $group in
+    bench) packages+=(libbenchmark-dev libisal-dev libsqlite3-dev) ;;
+    ci) packages+=(clang-format clang-tidy) ;;
+    *) echo "tools/setup.sh: unknown group '$group' (bench, ci)" >&2; exit 2 ;;
+  esac
+done
+
+missing=()
+for package in "${packages[@]}"; do
+  dpkg-query -W -f '${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || { echo "tools/setup.sh: run it as root, or install sudo; missing: ${missing[*]}" >&2; exit 1; }
+  as_root=(sudo)
+fi
+echo "Installing: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+quietly() { "$@" >"$log" 2>&1 || { cat "$log" >&2; exit 1; }; }
+quietly "${as_root[@]}" apt-get update -qq
+quietly "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"

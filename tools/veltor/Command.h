@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <stdexcept>
+
+/// What the commands of the tool share: exit codes, the usage fault and the way to the console.
+namespace veltor::tool {
+
+/// Exit codes of every command.
+enum ExitCode
+{
+    Done = 0,
+    Failed = 1,
+    Usage = 2
+};
+
+/// The words on the command line do not fit; caught by main(), which prints the text and ends with Usage.
+class UsageError : public std::runtime_error
+{
+public:
+    explicit UsageError(const QString& text)
+        : std::runtime_error(text.toStdString())
+    {}
+};
+
+/// Text to standard output and standard error, in UTF-8. printError() adds the line break.
+void print(const QString& text);
+void printError(const QString& text);
+
+/// True when standard error is a terminal, where a progress line makes sense.
+bool hasTerminal();
+
+/// One entry of the tool's table: `veltor NAME ARGUMENTS...`. `run` gets the words after the name.
+struct Command
+{
+    const char* name;
+    const char* summary;
+    int (*run)(const QStringList& arguments);
+};
+
+int runJournal(const QStringList& arguments);
+
+} // namespace veltor::tool
