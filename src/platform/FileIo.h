@@ -1,8 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 namespace veltor::platform {
+
+/// What tells one file from another, whatever names lead to it: its volume, and its number there.
+using FileIdentity = std::pair<unsigned long long, unsigned long long>;
 
 /// Positioned access to an open file by its C descriptor: one system call an operation, no seek.
 /// Behind an interface so that tests can stop, fail or tear each call. Thread-safe as far as the
@@ -20,6 +24,8 @@ public:
     virtual std::int64_t writeAt(int fd, std::int64_t position, const char* data, std::int64_t length);
     /// Cuts or extends (with zeros) to @p size bytes.
     virtual bool resize(int fd, std::int64_t size);
+    /// Which file it is; false when the system does not tell.
+    virtual bool identity(int fd, FileIdentity& identity);
 };
 
 /// The implementation in use.

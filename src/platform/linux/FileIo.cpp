@@ -53,4 +53,14 @@ bool FileIo::resize(int fd, std::int64_t size)
     return result == 0;
 }
 
+bool FileIo::identity(int fd, FileIdentity& identity)
+{
+    struct stat status;
+    if (::fstat(fd, &status) != 0) {
+        return false;
+    }
+    identity = {status.st_dev, status.st_ino};
+    return true;
+}
+
 } // namespace veltor::platform

@@ -77,4 +77,15 @@ bool FileIo::resize(int fd, std::int64_t size)
     return SetFilePointerEx(handleOf(fd), end, nullptr, FILE_BEGIN) && SetEndOfFile(handleOf(fd));
 }
 
+bool FileIo::identity(int fd, FileIdentity& identity)
+{
+    BY_HANDLE_FILE_INFORMATION information;
+    if (!GetFileInformationByHandle(handleOf(fd), &information)) {
+        return false;
+    }
+    const unsigned long long high = information.nFileIndexHigh;
+    identity = {information.dwVolumeSerialNumber, (high << 32) | information.nFileIndexLow};
+    return true;
+}
+
 } // namespace veltor::platform

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <veltor/Export.h>
+#include <veltor/utils/RollbackDevice.h>
+
+#include <QtCore/QFileDevice>
+
+#include <memory>
+
+namespace veltor::utils {
+
+/// A file device whose writes can be undone: each one passes through a rollback device, which saves the
+/// bytes that it overwrites first.
+///
+/// It reads and writes like any file device, always unbuffered and always for reading and writing.
+/// Failures are reported as file devices do; the reasons are in the log. Several objects on one protected
+/// file share its position.
+///
+/// Threads: the rollback device's owner thread only.
+class VELTOR_UTILS_EXPORT SecuredFile : public QFileDevice
+{
+    Q_OBJECT
+
+public:
+    using OwnedRollbackDevice = std::unique_ptr<RollbackDevice, void (*)(RollbackDevice*)>;
+
+    /// A closed file.
+    explicit SecuredFile(QObject* parent = nullptr);
+    /// Closes. Changes stay under the rollback device's protection until it commits or rolls back.
+    ~SecuredFile() override;
+
+    /// Puts the file @p name under the protection of @p device, which must outlive this object or its
+    /// close(), and opens it.
+    /// @return false, with the file closed, when the rollback device cannot protect it
+    [[nodiscard]] bool open(const QString& name, RollbackDevice& device);
+
+    /// The same for a device that this object owns until it is closed or opened anew.
+    [[nodiscard]] bool open(const QString& name, OwnedRollbackDevice device);
+
+    /// Opens the device object alone, always for reading and writing, unbuffered, whatever @p mode says:
+    /// a secured file is never buffered and never read-only. Without a rollback device every read and
+    /// write fails.
+    bool open(OpenMode mode) override;
+
+    /// Releases the rollback device.
+    void close() override;
+
+    [[nodiscard]] bool isSequential() const override;
+    /// The protected file's position in bytes; 0 without a rollback device.
+    [[nodiscard]] qint64 pos() const override;
+    bool seek(qint64 position) override;
+    [[nodiscard]] bool atEnd() const override;
+    [[nodiscard]] qint64 size() const override;
+    /// Sets the length, saving first what that destroys; see RollbackDevice::fileResize().
+    bool resize(qint64 size) override;
+    /// The protected file's path, empty without a rollback device.
+    [[nodiscard]] QString fileName() const override;
+
+protected:
+    qint64 readData(char* data, qint64 length) override;
+    /// Writes at most 2,147,483,647 bytes in one call. @return the bytes written, 0 without a rollback
+    /// device or for a length of 0 or less, -1 on failure
+    qint64 writeData(const char* data, qint64 length) override;
+
+private:
+    RollbackDevice::Key m_key = 0; // 0: closed
+    OwnedRollbackDevice m_device;
+};
+
+} // namespace veltor::utils

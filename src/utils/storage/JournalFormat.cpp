@@ -1,0 +1,204 @@
+#include "utils/storage/JournalFormat.h"
+
+#include <QtCore/QTextCodec>
+#include <QtCore/QtEndian>
+
+#include <algorithm>
+
+namespace veltor::utils::journal {
+namespace {
+
+constexpr QUuid ChecksummedVersion{0x9fc29858, 0x1631, 0x44ab, 0x80, 0x89, 0x5f, 0xeb, 0x8d, 0x81, 0x85, 0x5a};
+constexpr QUuid PlainVersion{0x454fcf9b, 0xbdf9, 0x45ce, 0x9c, 0x1a, 0x19, 0x5d, 0xa1, 0x34, 0x90, 0xa1};
+
+/// Takes little-endian fields one after the other.
+class Source
+{
+public:
+    explicit Source(const char* bytes) noexcept
+        : m_at(bytes)
+    {
+    }
+
+    template <typename T>
+    Source& operator>>(T& value) noexcept
+    {
+        value = qFromLittleEndian<T>(m_at);
+        m_at += sizeof(T);
+        return *this;
+    }
+
+    Source& operator>>(QUuid& uuid) noexcept
+    {
+        *this >> uuid.data1 >> uuid.data2 >> uuid.data3;
+        std::copy_n(reinterpret_cast<const uchar*>(m_at), 8, uuid.data4);
+        m_at += 8;
+        return *this;
+    }
+
+private:
+    const char* m_at;
+};
+
+/// Puts little-endian fields one after the other.
+class Sink
+{
+public:
+    explicit Sink(char* bytes) noexcept
+        : m_at(bytes)
+    {
+    }
+
+    template <typename T>
+    Sink& operator<<(T value) noexcept
+    {
+        qToLittleEndian<T>(value, m_at);
+        m_at += sizeof(T);
+        return *this;
+    }
+
+    Sink& operator<<(const QUuid& uuid) noexcept
+    {
+        *this << uuid.data1 << uuid.data2 << uuid.data3;
+        m_at = std::copy_n(reinterpret_cast<const char*>(uuid.data4), 8, m_at);
+        return *this;
+    }
+
+private:
+    char* m_at;
+};
+
+QByteArray blank(quint64 size)
+{
+    return QByteArray(static_cast<int>(size), Qt::Uninitialized);
+}
+
+} // namespace
+
+std::optional<Layout> layoutOf(const QUuid& version)
+{
+    if (version == PlainVersion) {
+        return Layout::Plain;
+    }
+    if (version == ChecksummedVersion) {
+        return Layout::Checksummed;
+    }
+    return std::nullopt;
+}
+
+Header freshHeader()
+{
+    Header header;
+    header.version = ChecksummedVersion;
+    return header;
+}
+
+QUuid decodeVersion(const char* bytes)
+{
+    QUuid version;
+    Source(bytes) >> version;
+    return version;
+}
+
+Header decodeHeader(const char* bytes)
+{
+    Header header;
+    Source(bytes) >> header.version >> header.firstFile >> header.lastFile >> header.firstFree >> header.lastFree;
+    return header;
+}
+
+FileEntry decodeEntryHead(const char* bytes)
+{
+    FileEntry entry;
+    Source(bytes) >> entry.nextFile >> entry.firstChange >> entry.lastChange >> entry.fileSize >> entry.nameLength;
+    return entry;
+}
+
+ChangeHead decodeChangeHead(const char* bytes, Layout layout)
+{
+    ChangeHead head;
+    Source source(bytes);
+    source >> head.next >> head.previous >> head.position >> head.sizeBound;
+    if (layout == Layout::Checksummed) {
+        source >> head.checksum;
+    }
+    source >> head.length;
+    return head;
+}
+
+FreeRecord decodeFreeRecord(const char* bytes)
+{
+    FreeRecord record;
+    Source(bytes) >> record.next >> record.previous >> record.regionOffset >> record.regionSize;
+    return record;
+}
+
+QByteArray encodeHeader(const Header& header)
+{
+    QByteArray bytes = blank(HeaderSize);
+    Sink(bytes.data()) << header.version << header.firstFile << header.lastFile << header.firstFree
+                       << header.lastFree;
+    return bytes;
+}
+
+QByteArray encodeEntry(const FileEntry& entry, const QByteArray& name)
+{
+    QByteArray bytes = blank(EntryHeadSize);
+    Sink(bytes.data()) << entry.nextFile << entry.firstChange << entry.lastChange << entry.fileSize
+                       << static_cast<quint16>(name.size());
+    return bytes + name;
+}
+
+void encodeChangeHead(const ChangeHead& head, char* bytes)
+{
+    Sink(bytes) << head.next << head.previous << head.position << head.sizeBound << head.checksum << head.length;
+}
+
+QByteArray encodeLink(quint64 offset)
+{
+    QByteArray bytes = blank(sizeof offset);
+    Sink(bytes.data()) << offset;
+    return bytes;
+}
+
+QByteArray encodeLinks(quint64 first, quint64 last)
+{
+    return encodeLink(first) + encodeLink(last);
+}
+
+std::optional<QString> decodeName(const QByteArray& bytes)
+{
+    if (bytes.contains('\0')) {
+        return std::nullopt;
+    }
+    // IgnoreHeader: a name that begins with U+FEFF keeps it.
+    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+    QString name = QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
+    if (state.invalidChars != 0 || state.remainingChars != 0) {
+        return std::nullopt;
+    }
+    return name;
+}
+
+std::optional<QByteArray> encodeName(const QString& name)
+{
+    QByteArray bytes = name.toUtf8();
+    if (static_cast<quint64>(bytes.size()) > MaxNameLength || decodeName(bytes) != name) {
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+bool isUnfinishedLink(quint64 before, quint64 after, quint64 found) noexcept
+{
+    quint64 newBytes = 0; // mask of the bytes that arrived; the lowest byte is written first
+    for (int arrived = 0; arrived <= 8; ++arrived) {
+        if (found == ((after & newBytes) | (before & ~newBytes))) {
+            return true;
+        }
+        newBytes = (newBytes << 8) | 0xFF;
+    }
+    return false;
+}
+
+} // namespace veltor::utils::journal

@@ -1,0 +1,320 @@
+#include "utils/storage/JournalWalker.h"
+
+#include "utils/storage/JournalMessages.h"
+
+#include <QtCore/QIODevice>
+
+#include <limits>
+#include <unordered_set>
+#include <utility>
+
+namespace veltor::utils::journal {
+namespace {
+
+/// The last byte of a region; the largest offset there is when the sum would wrap.
+quint64 lastByte(quint64 offset, quint64 size)
+{
+    const quint64 last = size - 1;
+    return offset > std::numeric_limits<quint64>::max() - last ? std::numeric_limits<quint64>::max() : offset + last;
+}
+
+/// A first link that a kill tore may lead anywhere, zeros included, which would pass as a block of an
+/// empty file. The first block saved has the size that the file had when it was added.
+bool isStrayFirstChange(const FileEntry& entry, quint64 previous, const ChangeHead& head)
+{
+    return previous == 0 && entry.lastChange == 0 && head.sizeBound != entry.fileSize;
+}
+
+} // namespace
+
+JournalWalker::JournalWalker(QIODevice& journal, Mode mode)
+    : m_journal(journal)
+    , m_mode(mode)
+    , m_input(journal)
+    , m_budget(m_input.size())
+{
+}
+
+bool JournalWalker::walk(const FileVisitor& visitor)
+{
+    return walkHeader() && checkHeader() && walkFiles(visitor) && (m_mode == Mode::Salvage || walkFree());
+}
+
+bool JournalWalker::walkHeader()
+{
+    const char* const bytes = readRecord(0, HeaderSize);
+    if (!bytes) {
+        return false;
+    }
+    m_header = decodeHeader(bytes);
+    m_layout = layoutOf(m_header.version);
+    if (!m_layout) {
+        return fail(message::unknownVersion(m_header.version));
+    }
+    return m_budget.take(HeaderSize);
+}
+
+bool JournalWalker::checkHeader()
+{
+    const auto& [version, firstFile, lastFile, firstFree, lastFree] = m_header;
+    if ((firstFile == 0) != (lastFile == 0)) {
+        return fail(firstFile != 0 ? message::firstFileWithoutLast(firstFile) : message::lastFileWithoutFirst(lastFile));
+    }
+    if ((firstFree == 0) != (lastFree == 0)) {
+        return fail(firstFree != 0 ? message::firstFreeWithoutLast(firstFree) : message::lastFreeWithoutFirst(lastFree));
+    }
+    if (pointsIntoHeader(firstFile)) {
+        return fail(message::badFirstFile(firstFile));
+    }
+    if (pointsIntoHeader(lastFile)) {
+        return fail(message::badLastFile(lastFile));
+    }
+    if (pointsIntoHeader(firstFree)) {
+        return fail(message::badFirstFree(firstFree));
+    }
+    return !pointsIntoHeader(lastFree) || fail(message::badLastFree(lastFree));
+}
+
+bool JournalWalker::walkFiles(const FileVisitor& visitor)
+{
+    quint64 beforeLast = 0;
+    quint64 last = 0;
+    quint64 lastSize = 0;
+    std::unordered_set<quint64> visited;
+    for (quint64 offset = m_header.firstFile; offset != 0;) {
+        WalkedFile file;
+        file.offset = offset;
+        if (!visited.insert(offset).second || !m_budget.take(EntryHeadSize)) {
+            return fail(last != 0 ? message::badNextFile(offset, lastSize) : message::badFirstFile(offset));
+        }
+        const Outcome outcome = walkFile(file);
+        if (outcome == Outcome::Unreadable) {
+            // A link beyond the header's last file belongs to an append that was never finished.
+            return m_mode == Mode::Salvage && last != 0 && m_header.lastFile == last;
+        }
+        if (!visitor(file)) {
+            return fail(message::openFailed(file.name));
+        }
+        if (outcome == Outcome::Broken) {
+            return false;
+        }
+        beforeLast = last;
+        last = offset;
+        lastSize = file.entry.fileSize;
+        offset = file.entry.nextFile;
+    }
+    if (last == m_header.lastFile) {
+        return true;
+    }
+    if (m_mode == Mode::Salvage) {
+        return isUnfinishedLink(beforeLast, last, m_header.lastFile);
+    }
+    return fail(message::lastFileMismatch(last, m_header.lastFile));
+}
+
+JournalWalker::Outcome JournalWalker::walkFile(WalkedFile& file)
+{
+    const char* const bytes = readRecord(file.offset, EntryHeadSize);
+    if (!bytes) {
+        return Outcome::Unreadable;
+    }
+    file.entry = decodeEntryHead(bytes);
+    if (!checkEntry(file.entry)) {
+        return Outcome::Unreadable;
+    }
+    const Outcome outcome = walkChanges(file);
+    return outcome != Outcome::Unreadable && readName(file) ? outcome : Outcome::Unreadable;
+}
+
+bool JournalWalker::checkEntry(const FileEntry& entry)
+{
+    const auto& [nextFile, firstChange, lastChange, fileSize, nameLength] = entry;
+    const bool unfinishedFirst = m_mode == Mode::Salvage && lastChange == 0;
+    if (firstChange != 0 && lastChange == 0 && !unfinishedFirst) {
+        return fail(message::firstChangeWithoutLast(firstChange, fileSize));
+    }
+    if (firstChange == 0 && lastChange != 0) {
+        return fail(message::lastChangeWithoutFirst(lastChange, fileSize));
+    }
+    if (pointsIntoHeader(firstChange) && !unfinishedFirst) {
+        return fail(message::badFirstChange(firstChange, fileSize));
+    }
+    if (pointsIntoHeader(lastChange)) {
+        return fail(message::badLastChange(lastChange, fileSize));
+    }
+    return !pointsIntoHeader(nextFile) || fail(message::badNextFile(nextFile, fileSize));
+}
+
+JournalWalker::Outcome JournalWalker::walkChanges(WalkedFile& file)
+{
+    quint64 before = 0;
+    quint64 last = 0;
+    for (quint64 offset = file.entry.firstChange; offset != 0;) {
+        ChangeHead head;
+        if (!readChange(offset, last, head) || isStrayFirstChange(file.entry, last, head)) {
+            // The last change is linked before any byte of the file is overwritten: what lies beyond it
+            // was never needed.
+            const bool unfinished = file.entry.lastChange == last;
+            file.entry.lastChange = last;
+            return m_mode == Mode::Validate ? Outcome::Unreadable : unfinished ? Outcome::Whole : Outcome::Broken;
+        }
+        ++file.blockCount;
+        file.savedBytes += head.length;
+        before = last;
+        last = offset;
+        offset = head.next;
+    }
+    const quint64 stored = std::exchange(file.entry.lastChange, last);
+    if (stored == last) {
+        return Outcome::Whole;
+    }
+    if (m_mode == Mode::Salvage) {
+        return isUnfinishedLink(before, last, stored) ? Outcome::Whole : Outcome::Broken;
+    }
+    fail(message::lastChangeMismatch(stored, last));
+    return Outcome::Unreadable;
+}
+
+bool JournalWalker::readChange(quint64 offset, quint64 previous, ChangeHead& head)
+{
+    if (pointsIntoHeader(offset)) {
+        return fail(message::badNextChange(offset));
+    }
+    const quint64 headSize = changeHeadSize(*m_layout);
+    const char* const bytes = readRecord(offset, headSize);
+    if (!bytes) {
+        return false;
+    }
+    head = decodeChangeHead(bytes, *m_layout);
+    if (head.length > head.sizeBound || head.position > head.sizeBound - head.length) {
+        return fail(message::blockOutOfFile(head.length, head.position, head.sizeBound));
+    }
+    if (pointsIntoHeader(head.next)) {
+        return fail(message::badNextChange(head.next));
+    }
+    if (pointsIntoHeader(head.previous)) {
+        return fail(message::badPreviousChange(head.previous));
+    }
+    if (head.previous != previous) {
+        return fail(message::previousChangeMismatch(head.previous, previous));
+    }
+    return checkChangeData(offset + headSize, head);
+}
+
+bool JournalWalker::checkChangeData(quint64 offset, const ChangeHead& head)
+{
+    if (!m_budget.take(changeHeadSize(*m_layout))) {
+        return fail(message::badNextChange(offset - changeHeadSize(*m_layout)));
+    }
+    const quint64 available = m_input.size() - qMin(offset, m_input.size());
+    if (head.length > available) {
+        return fail(message::readFailed(offset, head.length, available));
+    }
+    if (!m_budget.take(head.length)) {
+        return fail(message::badNextChange(offset - changeHeadSize(*m_layout)));
+    }
+    quint32 checksum = 0;
+    quint64 readable = 0;
+    if (!m_input.checksum(offset, head.length, checksum, readable)) {
+        return fail(message::readFailed(offset, head.length, readable));
+    }
+    if (*m_layout == Layout::Checksummed && checksum != head.checksum) {
+        return fail(message::checksumMismatch(offset));
+    }
+    return true;
+}
+
+bool JournalWalker::readName(WalkedFile& file)
+{
+    const quint64 offset = file.offset + EntryHeadSize;
+    const quint64 length = file.entry.nameLength;
+    const JournalInput::Piece piece = m_input.fetch(offset, static_cast<qint64>(length));
+    if (piece.length < 0) {
+        return fail(message::nameSeekFailed(offset, file.offset));
+    }
+    if (static_cast<quint64>(piece.length) < length) {
+        return fail(message::nameReadFailed(offset, static_cast<quint64>(piece.length), length));
+    }
+    const std::optional<QString> name = decodeName(QByteArray(piece.data, static_cast<int>(length)));
+    if (!name) {
+        return fail(message::badName());
+    }
+    file.name = *name;
+    return m_budget.take(length) || fail(message::badNextFile(file.offset, file.entry.fileSize));
+}
+
+bool JournalWalker::walkFree()
+{
+    quint64 last = 0;
+    for (quint64 offset = m_header.firstFree; offset != 0;) {
+        const char* const bytes = readRecord(offset, FreeRecordSize);
+        if (!bytes) {
+            return false;
+        }
+        const FreeRecord record = decodeFreeRecord(bytes);
+        if (!checkFree(record)) {
+            return false;
+        }
+        if (record.previous != last) {
+            return fail(message::previousFreeMismatch(record.previous, last));
+        }
+        if (!m_budget.take(FreeRecordSize)) {
+            return fail(message::badNextFree(offset));
+        }
+        ++m_freeBlockCount;
+        last = offset;
+        offset = record.next;
+    }
+    return true;
+}
+
+bool JournalWalker::checkFree(const FreeRecord& record)
+{
+    if (record.regionSize == 0) {
+        return fail(message::emptyFreeBlock());
+    }
+    if (pointsIntoHeader(record.next)) {
+        return fail(message::badNextFree(record.next));
+    }
+    if (pointsIntoHeader(record.previous)) {
+        return fail(message::badPreviousFree(record.previous));
+    }
+    if (record.regionOffset < HeaderSize) {
+        return fail(message::badFreeRegion(record.regionOffset));
+    }
+    return readRecord(lastByte(record.regionOffset, record.regionSize), 1) != nullptr;
+}
+
+const char* JournalWalker::readRecord(quint64 offset, quint64 size)
+{
+    const JournalInput::Piece piece = m_input.fetch(offset, static_cast<qint64>(size));
+    if (piece.length < 0) {
+        fail(message::seekFailed(offset, m_input.size(), m_journal.isOpen()));
+        return nullptr;
+    }
+    if (static_cast<quint64>(piece.length) < size) {
+        fail(message::readFailed(offset, size, static_cast<quint64>(piece.length)));
+        return nullptr;
+    }
+    return piece.data;
+}
+
+bool JournalWalker::fail(const QString& message)
+{
+    m_fault = message;
+    return false;
+}
+
+bool isUnfinishedCreation(QIODevice& journal)
+{
+    JournalInput input(journal);
+    if (input.size() >= HeaderSize) {
+        return false;
+    }
+    const auto size = static_cast<qint64>(input.size());
+    const JournalInput::Piece piece = input.fetch(0, size);
+    return qMax<qint64>(piece.length, 0) == size
+           && encodeHeader(freshHeader()).startsWith(QByteArray(piece.data, static_cast<int>(size)));
+}
+
+} // namespace veltor::utils::journal

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "utils/storage/JournalFormat.h"
+#include "utils/storage/JournalInput.h"
+
+#include <functional>
+
+namespace veltor::utils::journal {
+
+/// One file entry with what its chain of change blocks was found to hold.
+struct WalkedFile
+{
+    quint64 offset = 0;
+    FileEntry entry;
+    QString name;
+    quint64 blockCount = 0;
+    quint64 savedBytes = 0;
+};
+
+/// Takes the space of every visited record out of what the journal holds. Records do not overlap, so a
+/// walk that runs out of it goes in circles or over the same records again.
+class RecordBudget
+{
+public:
+    explicit RecordBudget(quint64 journalSize) noexcept
+        : m_left(journalSize)
+    {
+    }
+
+    [[nodiscard]] bool take(quint64 bytes) noexcept
+    {
+        if (bytes > m_left) {
+            return false;
+        }
+        m_left -= bytes;
+        return true;
+    }
+
+private:
+    quint64 m_left;
+};
+
+/// Walks a journal once, in the order in which damage is reported; see docs/journal.md.
+///
+/// Validate accepts a whole journal only: the walk ends at the first fault and says which it is.
+/// Salvage takes what can be restored, silently. An append that a kill left unfinished is completed in
+/// memory and costs nothing else; a file whose chain breaks is kept with the blocks before the break and
+/// ends the walk, as does an entry that cannot be read.
+///
+/// No length or link of the journal decides an allocation or how long the walk takes: it is linear in
+/// the journal's size and needs the memory of one JournalInput.
+class JournalWalker
+{
+public:
+    enum class Mode { Validate, Salvage };
+
+    /// Gets each file in chain order; false refuses it as one that cannot be opened.
+    using FileVisitor = std::function<bool(const WalkedFile&)>;
+
+    JournalWalker(QIODevice& journal, Mode mode);
+
+    /// True when the journal was walked to its end and is whole, or merely unfinished when salvaging.
+    bool walk(const FileVisitor& visitor);
+
+    /// The first fault's text; empty while there is none.
+    [[nodiscard]] const QString& fault() const noexcept { return m_fault; }
+    /// What the header says; its version is null when it could not be read.
+    [[nodiscard]] const Header& header() const noexcept { return m_header; }
+    /// The layout of the header's version, nothing when it is unknown.
+    [[nodiscard]] std::optional<Layout> layout() const noexcept { return m_layout; }
+    [[nodiscard]] quint64 freeBlockCount() const noexcept { return m_freeBlockCount; }
+
+private:
+    enum class Outcome { Whole, Broken, Unreadable };
+
+    bool walkHeader();
+    bool checkHeader();
+    bool walkFiles(const FileVisitor& visitor);
+    bool walkFree();
+
+    Outcome walkFile(WalkedFile& file);
+    bool checkEntry(const FileEntry& entry);
+    Outcome walkChanges(WalkedFile& file);
+    bool readChange(quint64 offset, quint64 previous, ChangeHead& head);
+    bool checkChangeData(quint64 offset, const ChangeHead& head);
+    bool readName(WalkedFile& file);
+    bool checkFree(const FreeRecord& record);
+
+    const char* readRecord(quint64 offset, quint64 size);
+    bool fail(const QString& message);
+
+    QIODevice& m_journal;
+    Mode m_mode;
+    JournalInput m_input;
+    RecordBudget m_budget;
+    Header m_header;
+    std::optional<Layout> m_layout;
+    quint64 m_freeBlockCount = 0;
+    QString m_fault;
+};
+
+/// True when @p journal is empty or cut off within the header of a journal that protects nothing yet:
+/// what a kill leaves while a journal is being created.
+bool isUnfinishedCreation(QIODevice& journal);
+
+} // namespace veltor::utils::journal

@@ -1,0 +1,183 @@
+// A transaction is stopped, or meets a fault, at every single operation that reaches a device; so is its
+// recovery. Afterwards every file is as it was, bit for bit.
+
+#include "Scenario.h"
+#include "support/LogCapture.h"
+
+#include <QtCore/QFileInfo>
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace veltor::test {
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int RecoveryStride = 7; // the full enumeration runs without a sanitizer
+#else
+constexpr int RecoveryStride = 1;
+#endif
+
+constexpr Fate deaths[] = {Fate::NotApplied, Fate::Applied, Fate::Torn};
+
+class Fault : public testing::TestWithParam<Path>
+{
+protected:
+    /// Runs the transaction under a plan and commits it; true when everything went well.
+    bool transact(Plan& plan, bool keepOpen = false)
+    {
+        const PlanScope scope(plan);
+        m_journal = std::make_unique<PlannedRollbackFile>(GetParam());
+        const bool changed = m_journal->openJournal(m_files.journal(), QIODevice::WriteOnly) && m_files.change(*m_journal);
+        if (changed) {
+            m_journal->commit();
+        }
+        if (!keepOpen) {
+            m_journal.reset();
+        }
+        return changed;
+    }
+
+    bool recover(Plan& plan)
+    {
+        const PlanScope scope(plan);
+        return m_files.recover(GetParam());
+    }
+
+    int countOperations(bool reads = false)
+    {
+        m_files.reset();
+        Plan plan;
+        plan.reads = reads;
+        EXPECT_TRUE(transact(plan));
+        return plan.count;
+    }
+
+    void expectOriginals(const std::string& where)
+    {
+        ASSERT_TRUE(m_files.read() == Workspace::originals()) << where;
+        ASSERT_FALSE(QFileInfo::exists(m_files.journal())) << where;
+    }
+
+    static std::string where(const Plan& plan)
+    {
+        return "operation " + std::to_string(plan.chosen) + ", fate " + std::to_string(static_cast<int>(plan.fate));
+    }
+
+    QTemporaryDir m_directory;
+    Workspace m_files{m_directory.path()};
+    std::unique_ptr<PlannedRollbackFile> m_journal;
+    LogCapture m_log;
+};
+
+TEST_P(Fault, DeathAtEveryOperationIsRecoveredFrom)
+{
+    const int operations = countOperations();
+    ASSERT_GT(operations, 60);
+    const Contents committed = m_files.read();
+    int stops = 0;
+    for (int chosen = 0; chosen < operations; ++chosen) {
+        for (const Fate fate : deaths) {
+            m_files.reset();
+            Plan plan{chosen, fate};
+            const bool finished = transact(plan);
+            ASSERT_TRUE(plan.dead);
+            ++stops;
+            Plan none;
+            ASSERT_TRUE(recover(none)) << where(plan);
+            if (finished && fate == Fate::Applied) { // death right after the journal was removed
+                ASSERT_TRUE(m_files.read() == committed);
+            } else {
+                expectOriginals(where(plan));
+            }
+        }
+    }
+    RecordProperty("stop_points", stops);
+    std::printf("%d operations, %d stop points\n", operations, stops);
+}
+
+TEST_P(Fault, DeathDuringRecoveryIsRecoveredFrom)
+{
+    const int operations = countOperations();
+    int stops = 0;
+    for (int chosen = 2; chosen < operations; chosen += RecoveryStride) {
+        for (int step = 0;; ++step) {
+            bool met = false;
+            for (const Fate fate : deaths) {
+                m_files.reset();
+                Plan death{chosen, fate == Fate::Torn ? Fate::Torn : Fate::NotApplied};
+                transact(death);
+                Plan again{step, fate};
+                recover(again);
+                met = again.dead;
+                stops += met ? 1 : 0;
+                Plan none;
+                ASSERT_TRUE(recover(none)) << where(death) << ", recovery " << where(again);
+                expectOriginals(where(death) + ", recovery " + where(again));
+            }
+            if (!met) {
+                break;
+            }
+        }
+    }
+    RecordProperty("stop_points", stops);
+    std::printf("%d stop points\n", stops);
+}
+
+TEST_P(Fault, AnOperationThatFailsFailsTheTransactionWhichRollsBack)
+{
+    for (const bool reads : {false, true}) {
+        const int operations = countOperations(reads);
+        ASSERT_GT(operations, reads ? 10 : 60);
+        for (int chosen = 0; chosen < operations - (reads ? 0 : 1); ++chosen) { // the removal cannot fail half-way
+            for (const Fate fate : {Fate::Error, Fate::ShortWrite}) {
+                m_files.reset();
+                Plan plan{chosen, fate};
+                plan.reads = reads;
+                ASSERT_FALSE(transact(plan, true)) << where(plan);
+                ASSERT_FALSE(m_log.takeTexts(logging::LogLevel::Error).isEmpty()) << where(plan);
+                // The journal in hand and the journal on disk tell the same.
+                const bool recovered = chosen % 2 == 0 || chosen == 0 ? m_journal->rollback() : false;
+                m_journal.reset();
+                Plan none;
+                ASSERT_TRUE(recovered || recover(none)) << where(plan);
+                if (QFileInfo::exists(m_files.journal())) { // the journal itself could not be created
+                    ASSERT_EQ(chosen, 0);
+                    m_files.recover(GetParam());
+                }
+                expectOriginals(where(plan));
+            }
+        }
+    }
+}
+
+TEST_P(Fault, AFailedRollbackCanBeTriedAgain)
+{
+    m_files.reset();
+    Plan interrupted{countOperations() - 1, Fate::NotApplied};
+    m_files.reset();
+    transact(interrupted);
+    for (int chosen = 0;; ++chosen) {
+        m_files.reset();
+        Plan death = {interrupted.chosen, Fate::NotApplied};
+        transact(death);
+        Plan plan{chosen, Fate::Error};
+        const PlanScope scope(plan);
+        PlannedRollbackFile journal(GetParam());
+        ASSERT_TRUE(journal.openJournal(m_files.journal(), QIODevice::ReadWrite));
+        const bool first = journal.rollback();
+        if (plan.count <= chosen) {
+            ASSERT_TRUE(first);
+            break;
+        }
+        ASSERT_TRUE(first || journal.rollback()) << where(plan);
+        ASSERT_TRUE(m_files.read() == Workspace::originals()) << where(plan);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Storage, Fault, testing::Values(Path::Native, Path::Generic), [](const auto& row) {
+    return row.param == Path::Native ? std::string("Native") : std::string("Generic");
+});
+
+} // namespace
+} // namespace veltor::test
