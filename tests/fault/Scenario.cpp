@@ -74,8 +74,7 @@ class Change
 public:
     Change(const QString& path, utils::RollbackFile& journal)
         : m_ok(m_file.open(path, journal))
-    {
-    }
+    {}
     Change& write(qint64 position, const QByteArray& bytes)
     {
         m_ok = m_ok && m_file.seek(position) && m_file.write(bytes) == bytes.size();
@@ -221,12 +220,15 @@ Contents Workspace::read() const
 bool Workspace::change(utils::RollbackFile& journal) const
 {
     const QString map = path(QStringLiteral("map"));
-    return Change(map, journal).write(50, pattern(100, 9)).write(120, pattern(100, 8)).write(10000, "end")
-           && Change(path(QStringLiteral("index")), journal).resize(2000).write(1990, pattern(30, 7)).resize(6000)
-           && Change(path(QStringLiteral("empty")), journal).write(0, pattern(500, 6)).resize(0)
-           && Change(map, journal).write(12000, "beyond").resize(400).write(0, pattern(600, 5))
-           && Change(path(QStringLiteral("sub/names")), journal).write(0, pattern(300, 4)).resize(0)
-           && Change(path(QStringLiteral("index")), journal).write(0, pattern(6000, 3));
+    return Change(map, journal).write(50, pattern(100, 9)).write(120, pattern(100, 8)).write(10000, "end") &&
+           Change(path(QStringLiteral("index")), journal)
+               .resize(2000)
+               .write(1990, pattern(30, 7))
+               .resize(6000) &&
+           Change(path(QStringLiteral("empty")), journal).write(0, pattern(500, 6)).resize(0) &&
+           Change(map, journal).write(12000, "beyond").resize(400).write(0, pattern(600, 5)) &&
+           Change(path(QStringLiteral("sub/names")), journal).write(0, pattern(300, 4)).resize(0) &&
+           Change(path(QStringLiteral("index")), journal).write(0, pattern(6000, 3));
 }
 
 bool Workspace::recover(Path path) const

@@ -12,7 +12,8 @@
 namespace veltor::test {
 
 /// What becomes of one chosen operation on a device, and of all that follow.
-enum class Fate {
+enum class Fate
+{
     NotApplied, ///< the process dies before it
     Applied,    ///< the process dies right after it
     Torn,       ///< the process dies when half of its bytes have arrived
@@ -50,7 +51,11 @@ private:
 };
 
 /// Which of the two ways to a file a scenario takes.
-enum class Path { Native, Generic };
+enum class Path
+{
+    Native,
+    Generic
+};
 
 /// A RollbackFile whose files, and whose deletion of the journal, obey the plan in force.
 class PlannedRollbackFile : public utils::RollbackFile
@@ -58,8 +63,7 @@ class PlannedRollbackFile : public utils::RollbackFile
 public:
     explicit PlannedRollbackFile(Path path)
         : m_path(path)
-    {
-    }
+    {}
 
     bool openJournal(const QString& path, QIODevice::OpenMode mode);
     [[nodiscard]] IOPtr openFile(const QString& name) const override;

@@ -28,7 +28,8 @@ protected:
     {
         const PlanScope scope(plan);
         m_journal = std::make_unique<PlannedRollbackFile>(GetParam());
-        const bool changed = m_journal->openJournal(m_files.journal(), QIODevice::WriteOnly) && m_files.change(*m_journal);
+        const bool changed =
+            m_journal->openJournal(m_files.journal(), QIODevice::WriteOnly) && m_files.change(*m_journal);
         if (changed) {
             m_journal->commit();
         }
@@ -61,7 +62,8 @@ protected:
 
     static std::string where(const Plan& plan)
     {
-        return "operation " + std::to_string(plan.chosen) + ", fate " + std::to_string(static_cast<int>(plan.fate));
+        return "operation " + std::to_string(plan.chosen) + ", fate " +
+               std::to_string(static_cast<int>(plan.fate));
     }
 
     QTemporaryDir m_directory;
@@ -80,12 +82,12 @@ TEST_P(Fault, DeathAtEveryOperationIsRecoveredFrom)
         for (const Fate fate : deaths) {
             m_files.reset();
             Plan plan{chosen, fate};
-            const bool finished = transact(plan);
+            transact(plan);
             ASSERT_TRUE(plan.dead);
             ++stops;
             Plan none;
             ASSERT_TRUE(recover(none)) << where(plan);
-            if (finished && fate == Fate::Applied) { // death right after the journal was removed
+            if (chosen == operations - 1 && fate == Fate::Applied) { // the journal was removed: committed
                 ASSERT_TRUE(m_files.read() == committed);
             } else {
                 expectOriginals(where(plan));
@@ -128,9 +130,13 @@ TEST_P(Fault, AnOperationThatFailsFailsTheTransactionWhichRollsBack)
 {
     for (const bool reads : {false, true}) {
         const int operations = countOperations(reads);
-        ASSERT_GT(operations, reads ? 10 : 60);
-        for (int chosen = 0; chosen < operations - (reads ? 0 : 1); ++chosen) { // the removal cannot fail half-way
+        ASSERT_GT(operations, reads ? 5 : 60);
+        for (int chosen = 0; chosen < operations - (reads ? 0 : 1);
+             ++chosen) { // the removal cannot fail half-way
             for (const Fate fate : {Fate::Error, Fate::ShortWrite}) {
+                if (reads && fate == Fate::ShortWrite) {
+                    continue; // a device may give less than asked for and the rest later
+                }
                 m_files.reset();
                 Plan plan{chosen, fate};
                 plan.reads = reads;

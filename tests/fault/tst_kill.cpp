@@ -57,7 +57,8 @@ TEST(Kill, FilesAreAsTheyWereAfterAnyDeath)
         ASSERT_TRUE(files.recover(Path::Native)) << round;
         ASSERT_TRUE(files.read() == Workspace::originals()) << round;
     }
-    std::printf("%d rounds, %d killed while changing, %d while recovering\n", Rounds, killed, killedRecovering);
+    std::printf("%d rounds, %d killed while changing, %d while recovering\n", Rounds, killed,
+                killedRecovering);
     EXPECT_EQ(killed, Rounds);
 }
 

@@ -37,8 +37,7 @@ void PrintTo(const Damage& damage, std::ostream* out)
 }
 
 class JournalDamage : public testing::TestWithParam<Damage>
-{
-};
+{};
 
 TEST_P(JournalDamage, IsRefusedInItsOwnWords)
 {
@@ -64,76 +63,178 @@ TEST_P(JournalDamage, IsRefusedInItsOwnWords)
 
 const Damage damages[] = {
     {"empty", [](Image& i) { i.bytes.clear(); },
-     [](const Image&) { return text("Ошибка чтения данных отката по смещению 0 (должно быть прочитано 48, а прочитано 0)"); }},
+     [](const Image&) {
+         return text("Ошибка чтения данных отката по смещению 0 (должно быть прочитано 48, а прочитано 0)");
+     }},
     {"sixteenBytes", [](Image& i) { i.bytes.resize(16); },
-     [](const Image&) { return text("Ошибка чтения данных отката по смещению 0 (должно быть прочитано 48, а прочитано 16)"); }},
+     [](const Image&) {
+         return text("Ошибка чтения данных отката по смещению 0 (должно быть прочитано 48, а прочитано 16)");
+     }},
     {"unknownVersion", [](Image& i) { i.bytes[15] = 0; },
-     [](const Image&) { return text("Указана неизвестная версия файла отката ({9fc29858-1631-44ab-8089-5feb8d818500})"); }},
+     [](const Image&) {
+         return text("Указана неизвестная версия файла отката ({9fc29858-1631-44ab-8089-5feb8d818500})");
+     }},
     {"firstFileOnly", [](Image& i) { i.put<quint64>(i.lastFileAt, 0); },
-     [](const Image&) { return text("Задано смещение первого файла в цепочке (48), но не задано смещение последнего файла"); }},
-    {"lastFileOnlyBeforeItsRange", [](Image& i) { i.put<quint64>(i.firstFileAt, 0); i.put<quint64>(i.lastFileAt, 47); },
-     [](const Image&) { return text("Задано смещение последнего файла в цепочке (47), но не задано смещение первого файла"); }},
+     [](const Image&) {
+         return text("Задано смещение первого файла в цепочке (48), но не задано смещение последнего файла");
+     }},
+    {"lastFileOnlyBeforeItsRange",
+     [](Image& i) {
+         i.put<quint64>(i.firstFileAt, 0);
+         i.put<quint64>(i.lastFileAt, 47);
+     },
+     [](const Image&) {
+         return text("Задано смещение последнего файла в цепочке (47), но не задано смещение первого файла");
+     }},
     {"firstFreeOnly", [](Image& i) { i.put<quint64>(i.lastFreeAt, 0); },
-     [](const Image& i) { return text("Задано смещение первого свободного блока в цепочке (%0), но не задано смещение последнего свободного блока").arg(i.free1); }},
+     [](const Image& i) {
+         return text("Задано смещение первого свободного блока в цепочке (%0), но не задано смещение "
+                     "последнего свободного блока")
+             .arg(i.free1);
+     }},
     {"lastFreeOnly", [](Image& i) { i.put<quint64>(i.firstFreeAt, 0); },
-     [](const Image& i) { return text("Задано смещение последнего свободного блока в цепочке (%0), но не задано смещение первого свободного блока").arg(i.free2); }},
+     [](const Image& i) {
+         return text("Задано смещение последнего свободного блока в цепочке (%0), но не задано смещение "
+                     "первого свободного блока")
+             .arg(i.free2);
+     }},
     {"firstFileInHeader", [](Image& i) { i.put<quint64>(i.firstFileAt, 47); },
      [](const Image&) { return text("Некорректно указано смещение первого файла в цепочке (47)"); }},
     {"lastFileInHeader", [](Image& i) { i.put<quint64>(i.lastFileAt, 1); },
      [](const Image&) { return text("Некорректно указано смещение последнего файла в цепочке (1)"); }},
     {"firstFreeInHeader", [](Image& i) { i.put<quint64>(i.firstFreeAt, 47); },
-     [](const Image&) { return text("Некорректно указано смещение первого свободного блока в цепочке (47)"); }},
+     [](const Image&) {
+         return text("Некорректно указано смещение первого свободного блока в цепочке (47)");
+     }},
     {"lastFreeInHeader", [](Image& i) { i.put<quint64>(i.lastFreeAt, 2); },
-     [](const Image&) { return text("Некорректно указано смещение последнего свободного блока в цепочке (2)"); }},
+     [](const Image&) {
+         return text("Некорректно указано смещение последнего свободного блока в цепочке (2)");
+     }},
     {"firstFileBeyondAnyFile", [](Image& i) { i.put<quint64>(i.firstFileAt, ~0ULL - 7); },
-     [](const Image& i) { return text("Ошибка перехода к смещению 18446744073709551608 (размер файла отката %0, файл открыт)").arg(i.end()); }},
+     [](const Image& i) {
+         return text("Ошибка перехода к смещению 18446744073709551608 (размер файла отката %0, файл открыт)")
+             .arg(i.end());
+     }},
     {"firstFileBeyondTheEnd", [](Image& i) { i.put<quint64>(i.firstFileAt, 5000); },
-     [](const Image&) { return text("Ошибка чтения данных отката по смещению 5000 (должно быть прочитано 34, а прочитано 0)"); }},
+     [](const Image&) {
+         return text(
+             "Ошибка чтения данных отката по смещению 5000 (должно быть прочитано 34, а прочитано 0)");
+     }},
     {"firstChangeOnly", [](Image& i) { i.put<quint64>(i.fileA + i.lastChange, 0); },
-     [](const Image& i) { return text("Задано смещение первого изменения в цепочке (%0) файла размером 100, но не задано смещение последнего изменения").arg(i.blockA1); }},
+     [](const Image& i) {
+         return text("Задано смещение первого изменения в цепочке (%0) файла размером 100, но не задано "
+                     "смещение последнего изменения")
+             .arg(i.blockA1);
+     }},
     {"lastChangeOnly", [](Image& i) { i.put<quint64>(i.fileA + i.firstChange, 0); },
-     [](const Image& i) { return text("Задано смещение последнего изменения в цепочке (%0) файла размером 100, но не задано смещение первого изменения").arg(i.blockA2); }},
+     [](const Image& i) {
+         return text("Задано смещение последнего изменения в цепочке (%0) файла размером 100, но не задано "
+                     "смещение первого изменения")
+             .arg(i.blockA2);
+     }},
     {"firstChangeInHeader", [](Image& i) { i.put<quint64>(i.fileA + i.firstChange, 47); },
-     [](const Image&) { return text("Некорректное смещение первого изменения в цепочке (47) файла размером 100"); }},
+     [](const Image&) {
+         return text("Некорректное смещение первого изменения в цепочке (47) файла размером 100");
+     }},
     {"lastChangeInHeader", [](Image& i) { i.put<quint64>(i.fileA + i.lastChange, 47); },
-     [](const Image&) { return text("Некорректное смещение последнего изменения в цепочке (47) файла размером 100"); }},
+     [](const Image&) {
+         return text("Некорректное смещение последнего изменения в цепочке (47) файла размером 100");
+     }},
     {"nextFileInHeader", [](Image& i) { i.put<quint64>(i.fileA + i.nextFile, 47); },
-     [](const Image&) { return text("Некорректное смещение очередного (после файла размером 100) файла в цепочке (47)"); }},
+     [](const Image&) {
+         return text("Некорректное смещение очередного (после файла размером 100) файла в цепочке (47)");
+     }},
     {"filesInACircle", [](Image& i) { i.put<quint64>(i.fileB + i.nextFile, i.fileA); },
-     [](const Image& i) { return text("Некорректное смещение очередного (после файла размером 50) файла в цепочке (%0)").arg(i.fileA); }},
+     [](const Image& i) {
+         return text("Некорректное смещение очередного (после файла размером 50) файла в цепочке (%0)")
+             .arg(i.fileA);
+     }},
     {"blockOneByteTooLong", [](Image& i) { i.put<quint64>(i.blockA1 + i.position, 86); },
-     [](const Image&) { return text("Блок данных длиной 15 со смещением 86 выходит за границы файла (100)"); }},
+     [](const Image&) {
+         return text("Блок данных длиной 15 со смещением 86 выходит за границы файла (100)");
+     }},
     {"blockEndWraps", [](Image& i) { i.put<quint64>(i.blockA1 + i.position, ~0ULL); },
-     [](const Image&) { return text("Блок данных длиной 15 со смещением 18446744073709551615 выходит за границы файла (100)"); }},
+     [](const Image&) {
+         return text(
+             "Блок данных длиной 15 со смещением 18446744073709551615 выходит за границы файла (100)");
+     }},
     {"nextBlockInHeader", [](Image& i) { i.put<quint64>(i.blockA1 + i.next, 47); },
      [](const Image&) { return text("Некорректно указано смещение следующего блока изменений (47)"); }},
     {"previousBlockInHeader", [](Image& i) { i.put<quint64>(i.blockA2 + i.previous, 1); },
      [](const Image&) { return text("Некорректно указано смещение предыдущего блока изменений (1)"); }},
     {"blocksInACircle", [](Image& i) { i.put<quint64>(i.blockA2 + i.next, i.blockA1); },
-     [](const Image& i) { return text("Указанное смещение предыдущего блока (0) не соответствует полученному при прямом проходе по цепочке (%0)").arg(i.blockA2); }},
+     [](const Image& i) {
+         return text("Указанное смещение предыдущего блока (0) не соответствует полученному при прямом "
+                     "проходе по цепочке (%0)")
+             .arg(i.blockA2);
+     }},
     {"blockLongerThanTheJournal",
-     [](Image& i) { i.put<quint64>(i.blockA1 + i.sizeBound, ~0ULL); i.put<quint32>(i.blockA1 + 36, 0xFFFFFFFF); },
-     [](const Image& i) { return text("Ошибка чтения данных отката по смещению %0 (должно быть прочитано 4294967295, а прочитано %1)").arg(i.blockA1 + 40).arg(i.end() - i.blockA1 - 40); }},
+     [](Image& i) {
+         i.put<quint64>(i.blockA1 + i.sizeBound, ~0ULL);
+         i.put<quint32>(i.blockA1 + 36, 0xFFFFFFFF);
+     },
+     [](const Image& i) {
+         return text("Ошибка чтения данных отката по смещению %0 (должно быть прочитано 4294967295, а "
+                     "прочитано %1)")
+             .arg(i.blockA1 + 40)
+             .arg(i.end() - i.blockA1 - 40);
+     }},
     {"flippedBit", [](Image& i) { i.bytes[static_cast<int>(i.blockA1 + 43)] = 'z'; },
-     [](const Image& i) { return text("Не совпадает контрольная сумма данных отката по смещению %0").arg(i.blockA1 + 40); }},
+     [](const Image& i) {
+         return text("Не совпадает контрольная сумма данных отката по смещению %0").arg(i.blockA1 + 40);
+     }},
     {"lastChangeElsewhere", [](Image& i) { i.put<quint64>(i.fileA + i.lastChange, i.blockA1); },
-     [](const Image& i) { return text("Указанное в заголовке файла смещение последнего блока (%0) не соответствует полученному при прямом проходе по цепочке (%1)").arg(i.blockA1).arg(i.blockA2); }},
+     [](const Image& i) {
+         return text("Указанное в заголовке файла смещение последнего блока (%0) не соответствует "
+                     "полученному при прямом проходе по цепочке (%1)")
+             .arg(i.blockA1)
+             .arg(i.blockA2);
+     }},
     {"lastChangeElsewherePlain", [](Image& i) { i.put<quint64>(i.fileA + i.lastChange, i.blockA1); },
-     [](const Image& i) { return text("Указанное в заголовке файла смещение последнего блока (%0) не соответствует полученному при прямом проходе по цепочке (%1)").arg(i.blockA1).arg(i.blockA2); }, false},
+     [](const Image& i) {
+         return text("Указанное в заголовке файла смещение последнего блока (%0) не соответствует "
+                     "полученному при прямом проходе по цепочке (%1)")
+             .arg(i.blockA1)
+             .arg(i.blockA2);
+     },
+     false},
     {"nameCutOff",
-     [](Image& i) { i = Image(); i.put<quint64>(i.firstFreeAt, 0); i.put<quint64>(i.lastFreeAt, 0); i.put<quint64>(i.fileA + i.nextFile, i.end()); i.addFile("b", 50); i.put<quint64>(i.lastFileAt, i.end() - 35); i.put<quint16>(i.end() - 3, 9); },
-     [](const Image& i) { return text("Ошибка чтения имени файла по смещению %0 (прочитано 1 вместо 9)").arg(i.end() - 1); }},
+     [](Image& i) {
+         i = Image();
+         i.put<quint64>(i.firstFreeAt, 0);
+         i.put<quint64>(i.lastFreeAt, 0);
+         i.put<quint64>(i.fileA + i.nextFile, i.end());
+         i.addFile("b", 50);
+         i.put<quint64>(i.lastFileAt, i.end() - 35);
+         i.put<quint16>(i.end() - 3, 9);
+     },
+     [](const Image& i) {
+         return text("Ошибка чтения имени файла по смещению %0 (прочитано 1 вместо 9)").arg(i.end() - 1);
+     }},
     {"zeroInName", [](Image& i) { i.bytes[static_cast<int>(i.fileA + 34)] = 0; },
      [](const Image&) { return text("Имя файла содержит запрещенные символы"); }},
     {"nameNotUtf8", [](Image& i) { i.bytes[static_cast<int>(i.fileA + 34)] = '\xFF'; },
      [](const Image&) { return text("Имя файла содержит запрещенные символы"); }},
     {"nameCutInsideACharacter", [](Image& i) { i.bytes[static_cast<int>(i.fileA + 34)] = '\xD0'; },
      [](const Image&) { return text("Имя файла содержит запрещенные символы"); }},
-    {"fileGone", [](Image& i) { i = Image(); const quint64 entry = i.addFile("gone", 5); Q_UNUSED(entry) },
+    {"fileGone",
+     [](Image& i) {
+         i = Image();
+         const quint64 entry = i.addFile("gone", 5);
+         Q_UNUSED(entry)
+     },
      [](const Image&) { return text("Ошибка открытия файла 'gone'"); }},
     {"lastFileElsewhere", [](Image& i) { i.put<quint64>(i.lastFileAt, i.fileA); },
-     [](const Image& i) { return text("Смещение последнего блока цепочки (%0) не совпадает с указанным в заголовке файла (%1)").arg(i.fileB).arg(i.fileA); }},
-    {"emptyFreeBlockBeforeItsLinks", [](Image& i) { i.put<quint32>(i.free1 + 24, 0); i.put<quint64>(i.free1 + i.next, 3); },
+     [](const Image& i) {
+         return text("Смещение последнего блока цепочки (%0) не совпадает с указанным в заголовке файла (%1)")
+             .arg(i.fileB)
+             .arg(i.fileA);
+     }},
+    {"emptyFreeBlockBeforeItsLinks",
+     [](Image& i) {
+         i.put<quint32>(i.free1 + 24, 0);
+         i.put<quint64>(i.free1 + i.next, 3);
+     },
      [](const Image&) { return text("Пустой свободный блок"); }},
     {"nextFreeInHeader", [](Image& i) { i.put<quint64>(i.free1 + i.next, 3); },
      [](const Image&) { return text("Некорректное смещение следующего свободного блока (3)"); }},
@@ -142,11 +243,21 @@ const Damage damages[] = {
     {"freeRegionInHeader", [](Image& i) { i.put<quint64>(i.free1 + 16, 47); },
      [](const Image&) { return text("Некорректное смещение свободного блока в исходном файле (47)"); }},
     {"freeRegionBeyondTheEnd", [](Image& i) { i.put<quint64>(i.free1 + 16, i.end() - 3); },
-     [](const Image& i) { return text("Ошибка чтения данных отката по смещению %0 (должно быть прочитано 1, а прочитано 0)").arg(i.end()); }},
+     [](const Image& i) {
+         return text("Ошибка чтения данных отката по смещению %0 (должно быть прочитано 1, а прочитано 0)")
+             .arg(i.end());
+     }},
     {"freeRegionWraps", [](Image& i) { i.put<quint64>(i.free1 + 16, ~0ULL - 1); },
-     [](const Image& i) { return text("Ошибка перехода к смещению 18446744073709551615 (размер файла отката %0, файл открыт)").arg(i.end()); }},
+     [](const Image& i) {
+         return text("Ошибка перехода к смещению 18446744073709551615 (размер файла отката %0, файл открыт)")
+             .arg(i.end());
+     }},
     {"freeInACircle", [](Image& i) { i.put<quint64>(i.free2 + i.next, i.free1); },
-     [](const Image& i) { return text("Указанное смещение предыдущего свободного блока (0) не соответствует полученному при прямом проходе по цепочке (%0)").arg(i.free2); }},
+     [](const Image& i) {
+         return text("Указанное смещение предыдущего свободного блока (0) не соответствует полученному при "
+                     "прямом проходе по цепочке (%0)")
+             .arg(i.free2);
+     }},
 };
 
 INSTANTIATE_TEST_SUITE_P(Storage, JournalDamage, testing::ValuesIn(damages),
@@ -208,9 +319,11 @@ TEST(Journal, DeviceFaultsAreTold)
         EXPECT_FALSE(device.open(makeIOPtr(buffer), QIODevice::ReadWrite));
         return log.takeTexts(logging::LogLevel::Error).value(0);
     };
-    EXPECT_EQ(faultOf(0), text("Ошибка перехода к смещению 0 (размер файла отката %0, файл открыт)").arg(image.end()));
-    EXPECT_EQ(faultOf(entry + 34),
-              text("Ошибка позиционирования в файле по смещению %0 относительно %1").arg(entry + 34).arg(entry));
+    EXPECT_EQ(faultOf(0),
+              text("Ошибка перехода к смещению 0 (размер файла отката %0, файл открыт)").arg(image.end()));
+    EXPECT_EQ(
+        faultOf(entry + 34),
+        text("Ошибка позиционирования в файле по смещению %0 относительно %1").arg(entry + 34).arg(entry));
 
     LogCapture log;
     MemoryDevice device;

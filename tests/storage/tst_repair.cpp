@@ -25,8 +25,7 @@ void PrintTo(const Salvage& row, std::ostream* out)
 }
 
 class Repair : public testing::TestWithParam<Salvage>
-{
-};
+{};
 
 TEST_P(Repair, KeepsWhatIsWhole)
 {
@@ -64,20 +63,51 @@ TEST_P(Repair, KeepsWhatIsWhole)
 
 const Salvage salvages[] = {
     // Appends that a kill left unfinished: nothing is lost.
-    {"blockNotLinked", [](Image& i) { i.bytes += QByteArray(40, '?'); i.put<quint64>(i.lastFileAt, 0); i.put<quint64>(i.firstFileAt, 1); i = Image(i.headSize == 40); i.put<quint64>(i.lastFileAt, i.fileA); }, "a:2 b:1", true},
+    {"blockNotLinked",
+     [](Image& i) {
+         i.bytes += QByteArray(40, '?');
+         i.put<quint64>(i.lastFileAt, 0);
+         i.put<quint64>(i.firstFileAt, 1);
+         i = Image(i.headSize == 40);
+         i.put<quint64>(i.lastFileAt, i.fileA);
+     },
+     "a:2 b:1", true},
     {"firstBlockLinkedOnly", [](Image& i) { i.put<quint64>(i.fileB + i.lastChange, 0); }, "a:2 b:1", true},
-    {"laterBlockLinkedOnly", [](Image& i) { i.put<quint64>(i.fileA + i.lastChange, i.blockA1); }, "a:2 b:1", true},
+    {"laterBlockLinkedOnly", [](Image& i) { i.put<quint64>(i.fileA + i.lastChange, i.blockA1); }, "a:2 b:1",
+     true},
     {"entryLinkedOnly", [](Image& i) { i.put<quint64>(i.lastFileAt, i.fileA); }, "a:2 b:1", true},
-    {"firstLinkTorn", [](Image& i) { i.put<quint64>(i.fileB + i.firstChange, 17); i.put<quint64>(i.fileB + i.lastChange, 0); }, "a:2 b:0", true},
-    {"laterLinkTorn", [](Image& i) { i.put<quint64>(i.fileA + i.lastChange, i.blockA1); i.put<quint64>(i.blockA1 + i.next, i.blockA2 + 256); }, "a:1 b:1", true},
-    {"fileLinkTorn", [](Image& i) { i.put<quint64>(i.lastFileAt, i.fileA); i.put<quint64>(i.fileA + i.nextFile, i.fileB + 4096); }, "a:2", true},
+    {"firstLinkTorn",
+     [](Image& i) {
+         i.put<quint64>(i.fileB + i.firstChange, 17);
+         i.put<quint64>(i.fileB + i.lastChange, 0);
+     },
+     "a:2 b:0", true},
+    {"laterLinkTorn",
+     [](Image& i) {
+         i.put<quint64>(i.fileA + i.lastChange, i.blockA1);
+         i.put<quint64>(i.blockA1 + i.next, i.blockA2 + 256);
+     },
+     "a:1 b:1", true},
+    {"fileLinkTorn",
+     [](Image& i) {
+         i.put<quint64>(i.lastFileAt, i.fileA);
+         i.put<quint64>(i.fileA + i.nextFile, i.fileB + 4096);
+     },
+     "a:2", true},
     // Damage: the walk ends there.
-    {"blockOfFirstFileBroken", [](Image& i) { i.put<quint64>(i.blockA2 + i.previous, i.fileB); }, "a:1", false},
+    {"blockOfFirstFileBroken", [](Image& i) { i.put<quint64>(i.blockA2 + i.previous, i.fileB); }, "a:1",
+     false},
     {"blockOfLastFileBroken", [](Image& i) { i.put<quint64>(i.blockB1 + i.position, 50); }, "a:2 b:0", false},
-    {"lastChangeLeadsElsewhere", [](Image& i) { i.put<quint64>(i.fileA + i.lastChange, i.blockB1); }, "a:2", false},
+    {"lastChangeLeadsElsewhere", [](Image& i) { i.put<quint64>(i.fileA + i.lastChange, i.blockB1); }, "a:2",
+     false},
     {"entryBroken", [](Image& i) { i.put<quint64>(i.fileB + i.firstChange, 0); }, "a:2", false},
     {"nameBroken", [](Image& i) { i.bytes[static_cast<int>(i.fileB + 34)] = '\xFF'; }, "a:2", false},
-    {"fileGone", [](Image& i) { i = Image(i.headSize == 40); i.addFile("gone", 5); }, "a:2 b:1", false},
+    {"fileGone",
+     [](Image& i) {
+         i = Image(i.headSize == 40);
+         i.addFile("gone", 5);
+     },
+     "a:2 b:1", false},
     {"lastFileElsewhere", [](Image& i) { i.put<quint64>(i.lastFileAt, i.blockA1); }, "a:2 b:1", false},
     {"headerInconsistent", [](Image& i) { i.put<quint64>(i.lastFileAt, 0); }, "", false},
     {"unknownVersion", [](Image& i) { i.bytes[0] = 0; }, "", false},

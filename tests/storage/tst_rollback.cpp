@@ -57,7 +57,8 @@ TEST_F(Rollback, JournalHoldsTheDocumentedBytes)
     make("файл", "0123456789");
     RollbackFile journal;
     ASSERT_TRUE(begin(journal));
-    EXPECT_EQ(content("journal"), QByteArray::fromHex("5898C29F3116AB4480895FEB8D81855A") + QByteArray(32, '\0'));
+    EXPECT_EQ(content("journal"),
+              QByteArray::fromHex("5898C29F3116AB4480895FEB8D81855A") + QByteArray(32, '\0'));
     SecuredFile file;
     ASSERT_TRUE(file.open(path("файл"), journal));
     EXPECT_TRUE(file.seek(2));
@@ -67,17 +68,29 @@ TEST_F(Rollback, JournalHoldsTheDocumentedBytes)
 
     EXPECT_EQ(content("файл"), "01ab456789END");
     // Header; entry at 48 with an 8-byte name; block at 90 with 2 bytes; block at 132 without data.
-    EXPECT_EQ(content("journal").toHex(),
-              QByteArray("5898c29f3116ab4480895feb8d81855a"
-                         "3000000000000000"
-                         "3000000000000000"
-                         "00000000000000000000000000000000"
-                         "0000000000000000" "5a00000000000000" "8400000000000000" "0a00000000000000" "0800"
-                         "d184d0b0d0b9d0bb"
-                         "8400000000000000" "0000000000000000" "0200000000000000" "0a00000000000000"
-                         "faefd9b5" "02000000" "3233"
-                         "0000000000000000" "5a00000000000000" "0a00000000000000" "0a00000000000000"
-                         "00000000" "00000000"));
+    EXPECT_EQ(content("journal").toHex(), QByteArray("5898c29f3116ab4480895feb8d81855a"
+                                                     "3000000000000000"
+                                                     "3000000000000000"
+                                                     "00000000000000000000000000000000"
+                                                     "0000000000000000"
+                                                     "5a00000000000000"
+                                                     "8400000000000000"
+                                                     "0a00000000000000"
+                                                     "0800"
+                                                     "d184d0b0d0b9d0bb"
+                                                     "8400000000000000"
+                                                     "0000000000000000"
+                                                     "0200000000000000"
+                                                     "0a00000000000000"
+                                                     "faefd9b5"
+                                                     "02000000"
+                                                     "3233"
+                                                     "0000000000000000"
+                                                     "5a00000000000000"
+                                                     "0a00000000000000"
+                                                     "0a00000000000000"
+                                                     "00000000"
+                                                     "00000000"));
     EXPECT_TRUE(journal.rollback());
     EXPECT_EQ(content("файл"), "0123456789");
     EXPECT_FALSE(QFileInfo::exists(path("journal")));
@@ -118,7 +131,8 @@ TEST_F(Rollback, UndoesEveryKindOfChange)
     ASSERT_TRUE(again.openByName(QFileInfo(path("journal")), QIODevice::ReadOnly));
     EXPECT_EQ(again.protectedFiles()[0].blocks, journal.protectedFiles()[0].blocks);
     quint64 last = 0;
-    again.setRollbackProgress([&](quint64 restored, quint64 total) { last = restored == last + 1 ? total : 0; });
+    again.setRollbackProgress(
+        [&](quint64 restored, quint64 total) { last = restored == last + 1 ? total : 0; });
     last = 0;
     EXPECT_TRUE(again.rollback());
     EXPECT_TRUE(content("big") == big);

@@ -32,6 +32,9 @@ void printError(const QString& text);
 /// True when standard error is a terminal, where a progress line makes sense.
 bool hasTerminal();
 
+/// One line on standard error that the next one overwrites; a line break follows the last.
+void printProgress(const QString& text, bool last);
+
 /// One entry of the tool's table: `veltor NAME ARGUMENTS...`. `run` gets the words after the name.
 struct Command
 {

@@ -32,6 +32,11 @@ void printError(const QString& text)
     put(stderr, text + QLatin1Char('\n'));
 }
 
+void printProgress(const QString& text, bool last)
+{
+    put(stderr, QStringLiteral("\r\x1b[K") + text + (last ? QStringLiteral("\n") : QString()));
+}
+
 bool hasTerminal()
 {
 #ifdef _WIN32

@@ -181,6 +181,10 @@ public:
     /// False when the last repair() had to leave something out.
     [[nodiscard]] bool repairedWhole() const noexcept { return m_repairedWhole; }
 
+    /// True for a device that holds a journal, whole, salvaged or cut short while it was created; false
+    /// after open() refused one (until repair() has looked at it) and for what never was a journal.
+    [[nodiscard]] bool isRecognized() const noexcept { return m_state != State::Refused; }
+
     /// The protected files in the order in which they were added.
     [[nodiscard]] std::vector<ProtectedFile> protectedFiles() const;
     /// The journal's version; null when there is none that could be read.
@@ -217,7 +221,8 @@ protected:
 
 private:
     /// What the journal held may be used for.
-    enum class State {
+    enum class State
+    {
         Appendable,   ///< checked or new, with checksums, writable
         RollbackOnly, ///< any other that was checked or salvaged; or partly rolled back
         Refused,      ///< not a journal, or failed the check and was not repaired
@@ -244,7 +249,7 @@ private:
 
     IOPtr m_journal;
     FileMap m_files;
-    QHash<QString, Key> m_keys;                                              // by stored name
+    QHash<QString, Key> m_keys;                                                    // by stored name
     std::map<std::pair<unsigned long long, unsigned long long>, Key> m_identities; // by the file itself
     State m_state = State::Refused;
     bool m_repairedWhole = false;

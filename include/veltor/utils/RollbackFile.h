@@ -46,8 +46,8 @@ public:
     [[nodiscard]] IOPtr openFile(const QString& name) const override;
 
     /// Puts a file under protection. The stored name is relative to the journal when the file lies beneath
-    /// the journal's directory, else the canonical path; all spellings of one path, and all hard links of one file,
-    /// give one key. The journal itself is refused.
+    /// the journal's directory, else the canonical path; all spellings of one path, and all hard links of one
+    /// file, give one key. The journal itself is refused.
     Key addFile(const QFileInfo& file) override;
 
 protected:
@@ -55,8 +55,10 @@ protected:
     /// finished transaction can never be rolled back later.
     void remove(const IOPtr& device) override;
 
-    /// The journal's file, as given to openByName().
+    /// The journal's file, as given to openByName(). A subclass that makes the journal's device itself
+    /// sets it before it calls open().
     [[nodiscard]] const QFileInfo& journalInfo() const noexcept { return m_journalInfo; }
+    void setJournalInfo(const QFileInfo& journal) { m_journalInfo = journal; }
 
 private:
     [[nodiscard]] QString storedName(const QString& canonicalPath) const;

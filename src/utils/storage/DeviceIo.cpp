@@ -18,7 +18,8 @@ int nativeDescriptor(QIODevice& device)
         return -1;
     }
     const QIODevice::OpenMode mode = device.openMode();
-    if (!mode.testFlag(QIODevice::Unbuffered) || mode.testFlag(QIODevice::Append) || mode.testFlag(QIODevice::Text)) {
+    if (!mode.testFlag(QIODevice::Unbuffered) || mode.testFlag(QIODevice::Append) ||
+        mode.testFlag(QIODevice::Text)) {
         return -1;
     }
     return static_cast<QFile&>(device).handle();
@@ -34,8 +35,7 @@ bool fits(quint64 position, qint64 length)
 DeviceIo::DeviceIo(QIODevice& device)
     : m_device(device)
     , m_descriptor(nativeDescriptor(device))
-{
-}
+{}
 
 quint64 DeviceIo::size() const
 {
@@ -54,7 +54,8 @@ qint64 DeviceIo::readAt(quint64 position, char* buffer, qint64 length) const
         return -1;
     }
     if (m_descriptor >= 0) {
-        return qMax<qint64>(0, platform::fileIo().readAt(m_descriptor, static_cast<qint64>(position), buffer, length));
+        return qMax<qint64>(
+            0, platform::fileIo().readAt(m_descriptor, static_cast<qint64>(position), buffer, length));
     }
     if (position >= size()) {
         return 0; // some devices grow when they are positioned beyond their end

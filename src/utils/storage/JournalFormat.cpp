@@ -8,7 +8,8 @@
 namespace veltor::utils::journal {
 namespace {
 
-constexpr QUuid ChecksummedVersion{0x9fc29858, 0x1631, 0x44ab, 0x80, 0x89, 0x5f, 0xeb, 0x8d, 0x81, 0x85, 0x5a};
+constexpr QUuid ChecksummedVersion{0x9fc29858, 0x1631, 0x44ab, 0x80, 0x89, 0x5f,
+                                   0xeb,       0x8d,   0x81,   0x85, 0x5a};
 constexpr QUuid PlainVersion{0x454fcf9b, 0xbdf9, 0x45ce, 0x9c, 0x1a, 0x19, 0x5d, 0xa1, 0x34, 0x90, 0xa1};
 
 /// Takes little-endian fields one after the other.
@@ -17,8 +18,7 @@ class Source
 public:
     explicit Source(const char* bytes) noexcept
         : m_at(bytes)
-    {
-    }
+    {}
 
     template <typename T>
     Source& operator>>(T& value) noexcept
@@ -46,8 +46,7 @@ class Sink
 public:
     explicit Sink(char* bytes) noexcept
         : m_at(bytes)
-    {
-    }
+    {}
 
     template <typename T>
     Sink& operator<<(T value) noexcept
@@ -103,14 +102,16 @@ QUuid decodeVersion(const char* bytes)
 Header decodeHeader(const char* bytes)
 {
     Header header;
-    Source(bytes) >> header.version >> header.firstFile >> header.lastFile >> header.firstFree >> header.lastFree;
+    Source(bytes) >> header.version >> header.firstFile >> header.lastFile >> header.firstFree >>
+        header.lastFree;
     return header;
 }
 
 FileEntry decodeEntryHead(const char* bytes)
 {
     FileEntry entry;
-    Source(bytes) >> entry.nextFile >> entry.firstChange >> entry.lastChange >> entry.fileSize >> entry.nameLength;
+    Source(bytes) >> entry.nextFile >> entry.firstChange >> entry.lastChange >> entry.fileSize >>
+        entry.nameLength;
     return entry;
 }
 
@@ -151,7 +152,8 @@ QByteArray encodeEntry(const FileEntry& entry, const QByteArray& name)
 
 void encodeChangeHead(const ChangeHead& head, char* bytes)
 {
-    Sink(bytes) << head.next << head.previous << head.position << head.sizeBound << head.checksum << head.length;
+    Sink(bytes) << head.next << head.previous << head.position << head.sizeBound << head.checksum
+                << head.length;
 }
 
 QByteArray encodeLink(quint64 offset)

@@ -25,7 +25,8 @@ constexpr quint64 EntryLastChangeAt = 16;
 constexpr quint64 ChangeNextAt = 0;
 
 /// How change blocks are laid out; told by the header's version identifier.
-enum class Layout {
+enum class Layout
+{
     Checksummed, ///< 40-byte head with a CRC-32C of the data; the only one ever created
     Plain,       ///< 36-byte head, no checksum; read, never written
 };

@@ -16,8 +16,7 @@ JournalInput::JournalInput(QIODevice& journal)
     : m_io(journal)
     , m_size(m_io.size())
     , m_reach(MinReach)
-{
-}
+{}
 
 JournalInput::Piece JournalInput::fetch(quint64 offset, qint64 length, quint64 endHint)
 {

@@ -40,10 +40,10 @@ private:
     DeviceIo m_io;
     quint64 m_size;
     std::vector<char> m_window;
-    quint64 m_start = 0;  // the window holds [m_start, m_start + m_length)
+    quint64 m_start = 0; // the window holds [m_start, m_start + m_length)
     qint64 m_length = 0;
-    qint64 m_used = 0;    // bytes handed out of this window
-    qint64 m_reach;       // how much the next window is to hold
+    qint64 m_used = 0; // bytes handed out of this window
+    qint64 m_reach;    // how much the next window is to hold
 };
 
 } // namespace veltor::utils::journal

@@ -15,7 +15,8 @@ namespace {
 quint64 lastByte(quint64 offset, quint64 size)
 {
     const quint64 last = size - 1;
-    return offset > std::numeric_limits<quint64>::max() - last ? std::numeric_limits<quint64>::max() : offset + last;
+    return offset > std::numeric_limits<quint64>::max() - last ? std::numeric_limits<quint64>::max()
+                                                               : offset + last;
 }
 
 /// A first link that a kill tore may lead anywhere, zeros included, which would pass as a block of an
@@ -32,8 +33,7 @@ JournalWalker::JournalWalker(QIODevice& journal, Mode mode)
     , m_mode(mode)
     , m_input(journal)
     , m_budget(m_input.size())
-{
-}
+{}
 
 bool JournalWalker::walk(const FileVisitor& visitor)
 {
@@ -58,10 +58,12 @@ bool JournalWalker::checkHeader()
 {
     const auto& [version, firstFile, lastFile, firstFree, lastFree] = m_header;
     if ((firstFile == 0) != (lastFile == 0)) {
-        return fail(firstFile != 0 ? message::firstFileWithoutLast(firstFile) : message::lastFileWithoutFirst(lastFile));
+        return fail(firstFile != 0 ? message::firstFileWithoutLast(firstFile)
+                                   : message::lastFileWithoutFirst(lastFile));
     }
     if ((firstFree == 0) != (lastFree == 0)) {
-        return fail(firstFree != 0 ? message::firstFreeWithoutLast(firstFree) : message::lastFreeWithoutFirst(lastFree));
+        return fail(firstFree != 0 ? message::firstFreeWithoutLast(firstFree)
+                                   : message::lastFreeWithoutFirst(lastFree));
     }
     if (pointsIntoHeader(firstFile)) {
         return fail(message::badFirstFile(firstFile));
@@ -156,7 +158,9 @@ JournalWalker::Outcome JournalWalker::walkChanges(WalkedFile& file)
             // was never needed.
             const bool unfinished = file.entry.lastChange == last;
             file.entry.lastChange = last;
-            return m_mode == Mode::Validate ? Outcome::Unreadable : unfinished ? Outcome::Whole : Outcome::Broken;
+            return m_mode == Mode::Validate ? Outcome::Unreadable
+                   : unfinished             ? Outcome::Whole
+                                            : Outcome::Broken;
         }
         ++file.blockCount;
         file.savedBytes += head.length;
@@ -313,8 +317,8 @@ bool isUnfinishedCreation(QIODevice& journal)
     }
     const auto size = static_cast<qint64>(input.size());
     const JournalInput::Piece piece = input.fetch(0, size);
-    return qMax<qint64>(piece.length, 0) == size
-           && encodeHeader(freshHeader()).startsWith(QByteArray(piece.data, static_cast<int>(size)));
+    return qMax<qint64>(piece.length, 0) == size &&
+           encodeHeader(freshHeader()).startsWith(QByteArray(piece.data, static_cast<int>(size)));
 }
 
 } // namespace veltor::utils::journal

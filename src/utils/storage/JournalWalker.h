@@ -24,8 +24,7 @@ class RecordBudget
 public:
     explicit RecordBudget(quint64 journalSize) noexcept
         : m_left(journalSize)
-    {
-    }
+    {}
 
     [[nodiscard]] bool take(quint64 bytes) noexcept
     {
@@ -52,7 +51,11 @@ private:
 class JournalWalker
 {
 public:
-    enum class Mode { Validate, Salvage };
+    enum class Mode
+    {
+        Validate,
+        Salvage
+    };
 
     /// Gets each file in chain order; false refuses it as one that cannot be opened.
     using FileVisitor = std::function<bool(const WalkedFile&)>;
@@ -71,7 +74,12 @@ public:
     [[nodiscard]] quint64 freeBlockCount() const noexcept { return m_freeBlockCount; }
 
 private:
-    enum class Outcome { Whole, Broken, Unreadable };
+    enum class Outcome
+    {
+        Whole,
+        Broken,
+        Unreadable
+    };
 
     bool walkHeader();
     bool checkHeader();

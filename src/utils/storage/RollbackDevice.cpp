@@ -27,8 +27,7 @@ const logging::LoggerMessager& openLog()
 
 RollbackDevice::RollbackDevice()
     : m_journal(nullIOPtr())
-{
-}
+{}
 
 RollbackDevice::~RollbackDevice()
 {
@@ -92,7 +91,8 @@ bool RollbackDevice::createJournal()
     const QByteArray bytes = encodeHeader(header);
     const qint64 written = io.writeAt(0, bytes.constData(), bytes.size());
     if (written != bytes.size()) {
-        LogInfo::error(journal::message::journalWriteFailed(0, journal::HeaderSize, static_cast<quint64>(written)));
+        LogInfo::error(
+            journal::message::journalWriteFailed(0, journal::HeaderSize, static_cast<quint64>(written)));
         return false;
     }
     // A device that is no file cannot be cut: what it held stays behind the header, where nothing leads.

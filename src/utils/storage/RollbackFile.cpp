@@ -36,7 +36,8 @@ IOPtr openJournal(const QString& path, QIODevice::OpenMode mode)
         file->open(QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered);
         return makeIOPtr(file.release());
     }
-    IOPtr device = openRegular(path, mode & QIODevice::WriteOnly ? QIODevice::ReadWrite : QIODevice::ReadOnly);
+    IOPtr device =
+        openRegular(path, mode & QIODevice::WriteOnly ? QIODevice::ReadWrite : QIODevice::ReadOnly);
     return device->isOpen() ? std::move(device) : openRegular(path, QIODevice::ReadOnly);
 }
 
@@ -107,8 +108,8 @@ QString RollbackFile::storedName(const QString& canonicalPath) const
 {
     const QDir directory(m_journalInfo.absoluteDir().canonicalPath());
     const QString relative = directory.relativeFilePath(canonicalPath);
-    const bool outside = relative == QLatin1String("..") || relative.startsWith(QLatin1String("../"))
-                         || QDir::isAbsolutePath(relative);
+    const bool outside = relative == QLatin1String("..") || relative.startsWith(QLatin1String("../")) ||
+                         QDir::isAbsolutePath(relative);
     return outside ? canonicalPath : relative;
 }
 
@@ -126,7 +127,8 @@ void RollbackFile::remove(const IOPtr& device)
     if (left->isOpen()) {
         const QByteArray header = encodeHeader(journal::freshHeader());
         const DeviceIo io(*left);
-        if (io.writeAt(0, header.constData(), header.size()) != header.size() || !io.resize(journal::HeaderSize)) {
+        if (io.writeAt(0, header.constData(), header.size()) != header.size() ||
+            !io.resize(journal::HeaderSize)) {
             LogInfo::error(message::fileWriteFailed(path, 0));
         }
     }

@@ -39,13 +39,12 @@ public:
         , m_info(info)
         , m_io(*info.device)
         , m_restored(std::move(restored))
-    {
-    }
+    {}
 
     bool run()
     {
-        return readLayout() && restoreBlocks() && restoreLength()
-               && (m_io.flush() || refuse(message::fileFlushFailed(m_info.name)));
+        return readLayout() && restoreBlocks() && restoreLength() &&
+               (m_io.flush() || refuse(message::fileFlushFailed(m_info.name)));
     }
 
 private:
@@ -53,7 +52,8 @@ private:
     {
         const journal::JournalInput::Piece piece = m_input.fetch(0, journal::VersionSize);
         if (piece.length != journal::VersionSize) {
-            return refuse(message::readFailed(0, journal::VersionSize, static_cast<quint64>(qMax<qint64>(piece.length, 0))));
+            return refuse(message::readFailed(0, journal::VersionSize,
+                                              static_cast<quint64>(qMax<qint64>(piece.length, 0))));
         }
         m_layout = journal::layoutOf(journal::decodeVersion(piece.data)).value_or(journal::Layout::Plain);
         return true;
@@ -88,8 +88,8 @@ private:
 
     bool cut(quint64 sizeBound)
     {
-        return m_io.size() <= sizeBound || m_io.resize(sizeBound)
-               || refuse(message::fileResizeFailed(m_info.name, sizeBound));
+        return m_io.size() <= sizeBound || m_io.resize(sizeBound) ||
+               refuse(message::fileResizeFailed(m_info.name, sizeBound));
     }
 
     bool restoreData(quint64 block, const journal::ChangeHead& head)
@@ -121,8 +121,8 @@ private:
 
     bool restoreLength()
     {
-        return m_io.size() == m_info.fileSize || m_io.resize(m_info.fileSize)
-               || refuse(message::fileResizeFailed(m_info.name, m_info.fileSize));
+        return m_io.size() == m_info.fileSize || m_io.resize(m_info.fileSize) ||
+               refuse(message::fileResizeFailed(m_info.name, m_info.fileSize));
     }
 
     journal::JournalInput m_input;
@@ -167,12 +167,14 @@ bool RollbackDevice::rollbackFileImpl(FileItem& file)
     if (!info.device || !info.device->isOpen()) {
         return refuse(message::fileClosed(info.name));
     }
-    return FileRestorer(*m_journal, info, [this] {
-               ++m_restoredBlocks;
-               if (m_progress) {
-                   m_progress(m_restoredBlocks, m_blocksToRestore);
-               }
-           }).run();
+    return FileRestorer(*m_journal, info,
+                        [this] {
+                            ++m_restoredBlocks;
+                            if (m_progress) {
+                                m_progress(m_restoredBlocks, m_blocksToRestore);
+                            }
+                        })
+        .run();
 }
 
 void RollbackDevice::repair()
@@ -186,7 +188,8 @@ void RollbackDevice::repair()
         IOPtr device = openFile(file->second.name);
         if (device && device->isOpen()) {
             file->second.device = std::move(device);
-            repairLog(972).write(QStringLiteral("File ") + file->second.name + QStringLiteral(" has been repaired"));
+            repairLog(972).write(QStringLiteral("File ") + file->second.name +
+                                 QStringLiteral(" has been repaired"));
             ++file;
         } else {
             m_repairedWhole = false;
@@ -201,7 +204,8 @@ void RollbackDevice::salvage()
 {
     m_state = State::Refused;
     journal::JournalWalker walker(*m_journal, journal::JournalWalker::Mode::Salvage);
-    m_repairedWhole = walker.walk([this](const journal::WalkedFile& file) { return takeFile(file, nullIOPtr()); });
+    m_repairedWhole =
+        walker.walk([this](const journal::WalkedFile& file) { return takeFile(file, nullIOPtr()); });
     m_version = walker.header().version;
     if (walker.layout()) {
         m_state = State::RollbackOnly;

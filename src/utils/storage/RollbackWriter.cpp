@@ -105,7 +105,8 @@ RollbackDevice::Key RollbackDevice::addFileImpl(const QString& name)
     return appendEntry(name, *storedName, std::move(device));
 }
 
-RollbackDevice::Key RollbackDevice::appendEntry(const QString& name, const QByteArray& storedName, IOPtr device)
+RollbackDevice::Key RollbackDevice::appendEntry(const QString& name, const QByteArray& storedName,
+                                                IOPtr device)
 {
     RollbackFileInfo info;
     info.name = name;
@@ -203,7 +204,8 @@ bool RollbackDevice::appendBlock(FileItem& file, const char* block, qint64 size)
     const quint64 offset = findBlock(static_cast<unsigned int>(size));
     const QByteArray link = journal::encodeLink(offset);
     const bool first = info.lastChange == 0;
-    const quint64 linkAt = first ? key + journal::EntryFirstChangeAt : info.lastChange + journal::ChangeNextAt;
+    const quint64 linkAt =
+        first ? key + journal::EntryFirstChangeAt : info.lastChange + journal::ChangeNextAt;
     const std::array writes{journal::Write{offset, block, size}, writeOf(linkAt, link),
                             writeOf(key + journal::EntryLastChangeAt, link)};
     const std::size_t done = writeJournal(writes.data(), writes.size());

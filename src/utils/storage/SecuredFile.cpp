@@ -16,8 +16,7 @@ void keepDevice(RollbackDevice*) {}
 SecuredFile::SecuredFile(QObject* parent)
     : QFileDevice(parent)
     , m_device(nullptr, &keepDevice)
-{
-}
+{}
 
 SecuredFile::~SecuredFile()
 {
