@@ -21,7 +21,8 @@ namespace {
 struct Engine
 {
     using Word = std::uint64_t;
-    VELTOR_CRC32C_ENGINE_TARGET static std::uint32_t step(std::uint32_t crc, Word word) noexcept
+    using Register = std::uint32_t;
+    VELTOR_CRC32C_ENGINE_TARGET static Register step(Register crc, Word word) noexcept
     {
 #if defined(_MSC_VER)
         return __crc32cd(crc, word);
@@ -31,7 +32,7 @@ struct Engine
         return __builtin_aarch64_crc32cx(crc, word);
 #endif
     }
-    VELTOR_CRC32C_ENGINE_TARGET static std::uint32_t step(std::uint32_t crc, unsigned char byte) noexcept
+    VELTOR_CRC32C_ENGINE_TARGET static Register step(Register crc, unsigned char byte) noexcept
     {
 #if defined(_MSC_VER)
         return __crc32cb(crc, byte);

@@ -4,8 +4,6 @@
 
 #include "utils/storage/crc32c/Polynomial.h"
 
-#include <cstring>
-
 #if defined(__GNUC__) && !defined(__clang__)
 // GCC 12 warns of its own "undefined" registers inside the intrinsics (GCC bug 105593).
 #pragma GCC diagnostic ignored "-Wuninitialized"
@@ -92,35 +90,18 @@ VELTOR_CRC32C_AVX512 inline std::uint32_t reduce(__m512i lanes) noexcept
     return static_cast<std::uint32_t>(_mm_crc32_u64(_mm_crc32_u64(0, first), second));
 }
 
-VELTOR_CRC32C_AVX512 inline std::uint32_t shortRun(std::uint32_t crc, const unsigned char* p,
-                                                   std::size_t size) noexcept
-{
-    std::uint64_t wide = crc;
-    for (; size >= 8; p += 8, size -= 8) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, p, sizeof word);
-        wide = _mm_crc32_u64(wide, word);
-    }
-    crc = static_cast<std::uint32_t>(wide);
-    for (; size > 0; --size)
-        crc = _mm_crc32_u8(crc, *p++);
-    return crc;
-}
-
 } // namespace
 
 VELTOR_CRC32C_AVX512 std::uint32_t avx512(std::uint32_t previous, const void* data, std::size_t size) noexcept
 {
     const auto* p = static_cast<const unsigned char*>(data);
-    std::uint32_t crc = ~previous;
-    if (size >= 256) {
-        const __m512i over512 = carryOver<512>();
-        __m512i lanes = foldWide(crc, p, size);
-        for (; size >= 64; p += 64, size -= 64)
-            lanes = fold(lanes, over512, load(p));
-        crc = reduce(lanes);
-    }
-    return ~shortRun(crc, p, size);
+    if (size < 256)
+        return sse42(previous, data, size);
+    const __m512i over512 = carryOver<512>();
+    __m512i lanes = foldWide(~previous, p, size);
+    for (; size >= 64; p += 64, size -= 64)
+        lanes = fold(lanes, over512, load(p));
+    return sse42(~reduce(lanes), p, size);
 }
 
 } // namespace veltor::utils::crc32cvariants

@@ -38,8 +38,9 @@ private:
     std::array<std::array<std::uint32_t, 256>, 4> m_tables{};
 };
 
-/// Engine: `Word`, the unsigned type its instruction takes at once, and step(crc, value) for it and
-/// for bytes; all on the bare register, not complemented.
+/// Engine: `Word`, the unsigned type its instruction takes at once; `Register`, the type the instruction
+/// keeps the CRC in, to spare conversions between steps; step(crc, value) for words and for bytes. All
+/// on the bare register, not complemented.
 template <class Engine>
 VELTOR_CRC32C_ENGINE_TARGET inline typename Engine::Word loadWord(const unsigned char* p) noexcept
 {
@@ -50,15 +51,16 @@ VELTOR_CRC32C_ENGINE_TARGET inline typename Engine::Word loadWord(const unsigned
 
 /// One stream, for short runs.
 template <class Engine>
-VELTOR_CRC32C_ENGINE_TARGET inline std::uint32_t sequential(std::uint32_t crc, const unsigned char* p,
+VELTOR_CRC32C_ENGINE_TARGET inline std::uint32_t sequential(std::uint32_t begin, const unsigned char* p,
                                                             std::size_t size) noexcept
 {
+    typename Engine::Register crc = begin;
     constexpr std::size_t step = sizeof(typename Engine::Word);
     for (; size >= step; p += step, size -= step)
         crc = Engine::step(crc, loadWord<Engine>(p));
     for (; size > 0; --size)
         crc = Engine::step(crc, *p++);
-    return crc;
+    return static_cast<std::uint32_t>(crc);
 }
 
 /// Three neighbouring stretches at a time, as long as they fit: the instruction takes three cycles
@@ -72,14 +74,17 @@ VELTOR_CRC32C_ENGINE_TARGET inline std::uint32_t threeStreams(std::uint32_t crc,
     static_assert(stretch % step == 0);
     static constexpr ZeroBytes zeroBytes{static_cast<std::uint32_t>(stretch)};
     for (; size >= 3 * stretch; p += 3 * stretch, size -= 3 * stretch) {
-        std::uint32_t second = 0;
-        std::uint32_t third = 0;
+        typename Engine::Register first = crc;
+        typename Engine::Register second = 0;
+        typename Engine::Register third = 0;
         for (std::size_t i = 0; i < stretch; i += step) {
-            crc = Engine::step(crc, loadWord<Engine>(p + i));
+            first = Engine::step(first, loadWord<Engine>(p + i));
             second = Engine::step(second, loadWord<Engine>(p + stretch + i));
             third = Engine::step(third, loadWord<Engine>(p + 2 * stretch + i));
         }
-        crc = zeroBytes.append(zeroBytes.append(crc) ^ second) ^ third;
+        const std::uint32_t both =
+            zeroBytes.append(static_cast<std::uint32_t>(first)) ^ static_cast<std::uint32_t>(second);
+        crc = zeroBytes.append(both) ^ static_cast<std::uint32_t>(third);
     }
     return crc;
 }
@@ -90,9 +95,11 @@ VELTOR_CRC32C_ENGINE_TARGET inline std::uint32_t interleaved(std::uint32_t previ
 {
     const auto* p = static_cast<const unsigned char*>(data);
     std::uint32_t crc = ~previous;
-    crc = threeStreams<Engine, 2048>(crc, p, size);
-    crc = threeStreams<Engine, 256>(crc, p, size);
-    crc = threeStreams<Engine, 64>(crc, p, size);
+    if (size >= 3 * 64) {
+        crc = threeStreams<Engine, 2048>(crc, p, size);
+        crc = threeStreams<Engine, 256>(crc, p, size);
+        crc = threeStreams<Engine, 64>(crc, p, size);
+    }
     return ~sequential<Engine>(crc, p, size);
 }
 

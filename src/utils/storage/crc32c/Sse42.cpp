@@ -14,20 +14,22 @@ struct Engine
 {
 #ifdef VELTOR_CRC32C_X86_64
     using Word = std::uint64_t;
-    VELTOR_CRC32C_ENGINE_TARGET static std::uint32_t step(std::uint32_t crc, Word word) noexcept
+    using Register = std::uint64_t;
+    VELTOR_CRC32C_ENGINE_TARGET static Register step(Register crc, Word word) noexcept
     {
-        return static_cast<std::uint32_t>(_mm_crc32_u64(crc, word));
+        return _mm_crc32_u64(crc, word);
     }
 #else
     using Word = std::uint32_t;
-    VELTOR_CRC32C_ENGINE_TARGET static std::uint32_t step(std::uint32_t crc, Word word) noexcept
+    using Register = std::uint32_t;
+    VELTOR_CRC32C_ENGINE_TARGET static Register step(Register crc, Word word) noexcept
     {
         return _mm_crc32_u32(crc, word);
     }
 #endif
-    VELTOR_CRC32C_ENGINE_TARGET static std::uint32_t step(std::uint32_t crc, unsigned char byte) noexcept
+    VELTOR_CRC32C_ENGINE_TARGET static Register step(Register crc, unsigned char byte) noexcept
     {
-        return _mm_crc32_u8(crc, byte);
+        return _mm_crc32_u8(static_cast<std::uint32_t>(crc), byte);
     }
 };
 
