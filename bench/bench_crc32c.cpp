@@ -39,7 +39,7 @@ void cached(benchmark::State& state, Crc32cFunction function)
         return;
     }
     const unsigned char* data = bytes.data();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(data);
         benchmark::DoNotOptimize(function(0, data, bytes.size()));
     }
@@ -50,7 +50,7 @@ void streamed(benchmark::State& state, Crc32cFunction function)
 {
     constexpr std::size_t run = std::size_t{1} << 20;
     static const auto bytes = someBytes(512 * run);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (std::size_t at = 0; at < bytes.size(); at += run)
             benchmark::DoNotOptimize(function(0, bytes.data() + at, run));
     }

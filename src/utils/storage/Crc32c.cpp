@@ -40,7 +40,7 @@ std::array<Crc32cVariant, 4> crc32cVariants() noexcept
     Crc32cFunction avx512 = nullptr;
     Crc32cFunction sse42 = nullptr;
     Crc32cFunction armv8 = nullptr;
-#ifdef VELTOR_CRC32C_X86_64
+#ifdef VELTOR_CRC32C_AVX512
     avx512 = &crc32cvariants::avx512;
 #endif
 #ifdef VELTOR_CRC32C_X86

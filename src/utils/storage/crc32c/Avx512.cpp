@@ -1,6 +1,6 @@
 #include "utils/storage/crc32c/Variants.h"
 
-#ifdef VELTOR_CRC32C_X86_64
+#ifdef VELTOR_CRC32C_AVX512
 
 #include "utils/storage/crc32c/Polynomial.h"
 
@@ -18,7 +18,7 @@
 // reflected residue k in the low 32 bits is then h * k * x^33 as 128 bits, so the residue of x^(n - 33)
 // carries h over n bits. A 128-bit lane's first half is carried 64 bits further than its second.
 
-#define VELTOR_CRC32C_AVX512 VELTOR_CRC32C_TARGET("sse4.2,pclmul,avx512f,vpclmulqdq")
+#define VELTOR_CRC32C_AVX512_TARGET VELTOR_CRC32C_TARGET("sse4.2,pclmul,avx512f,vpclmulqdq")
 
 namespace veltor::utils::crc32cvariants {
 namespace {
@@ -33,21 +33,21 @@ constexpr long long carrySecond(std::uint32_t bits) noexcept
     return powerOfX(bits - 33);
 }
 
-VELTOR_CRC32C_AVX512 inline __m512i load(const unsigned char* p) noexcept
+VELTOR_CRC32C_AVX512_TARGET inline __m512i load(const unsigned char* p) noexcept
 {
     return _mm512_loadu_si512(p);
 }
 
 /// Constants that carry every lane over @p bits.
 template <std::uint32_t bits>
-VELTOR_CRC32C_AVX512 inline __m512i carryOver() noexcept
+VELTOR_CRC32C_AVX512_TARGET inline __m512i carryOver() noexcept
 {
     return _mm512_set_epi64(carrySecond(bits), carryFirst(bits), carrySecond(bits), carryFirst(bits),
                             carrySecond(bits), carryFirst(bits), carrySecond(bits), carryFirst(bits));
 }
 
 /// lanes * x^n + next, lane by lane, for the constants of n bits.
-VELTOR_CRC32C_AVX512 inline __m512i fold(__m512i lanes, __m512i constants, __m512i next) noexcept
+VELTOR_CRC32C_AVX512_TARGET inline __m512i fold(__m512i lanes, __m512i constants, __m512i next) noexcept
 {
     constexpr int sumOfThree = 0x96;
     return _mm512_ternarylogic_epi64(_mm512_clmulepi64_epi128(lanes, constants, 0x00),
@@ -56,8 +56,8 @@ VELTOR_CRC32C_AVX512 inline __m512i fold(__m512i lanes, __m512i constants, __m51
 
 /// Four accumulators over stretches of 256 bytes: enough to hide the multiplication's latency.
 /// Takes at least 256 bytes; returns what stands for all of them in the place of the last 64.
-VELTOR_CRC32C_AVX512 inline __m512i foldWide(std::uint32_t crc, const unsigned char*& p,
-                                             std::size_t& size) noexcept
+VELTOR_CRC32C_AVX512_TARGET inline __m512i foldWide(std::uint32_t crc, const unsigned char*& p,
+                                                    std::size_t& size) noexcept
 {
     const __m512i over2048 = carryOver<2048>();
     __m512i a = _mm512_xor_si512(load(p), _mm512_zextsi128_si512(_mm_cvtsi32_si128(static_cast<int>(crc))));
@@ -75,7 +75,7 @@ VELTOR_CRC32C_AVX512 inline __m512i foldWide(std::uint32_t crc, const unsigned c
 }
 
 /// The CRC of the 64 bytes that @p lanes stand for.
-VELTOR_CRC32C_AVX512 inline std::uint32_t reduce(__m512i lanes) noexcept
+VELTOR_CRC32C_AVX512_TARGET inline std::uint32_t reduce(__m512i lanes) noexcept
 {
     // The last lane stays where it is: multiplied by nothing, added afterwards.
     const __m512i toLast = _mm512_set_epi64(0, 0, carrySecond(128), carryFirst(128), carrySecond(256),
@@ -92,7 +92,8 @@ VELTOR_CRC32C_AVX512 inline std::uint32_t reduce(__m512i lanes) noexcept
 
 } // namespace
 
-VELTOR_CRC32C_AVX512 std::uint32_t avx512(std::uint32_t previous, const void* data, std::size_t size) noexcept
+VELTOR_CRC32C_AVX512_TARGET std::uint32_t avx512(std::uint32_t previous, const void* data,
+                                                 std::size_t size) noexcept
 {
     const auto* p = static_cast<const unsigned char*>(data);
     if (size < 256)

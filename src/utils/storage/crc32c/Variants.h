@@ -6,9 +6,13 @@
 #if defined(__x86_64__) || defined(_M_X64)
 #define VELTOR_CRC32C_X86 1
 #define VELTOR_CRC32C_X86_64 1
+// GCC for 64-bit Windows cannot align the stack for spilled vector registers (GCC bug 54412).
+#if !defined(_WIN32) || !defined(__GNUC__) || defined(__clang__)
+#define VELTOR_CRC32C_AVX512 1
+#endif
 #elif defined(__i386__) || defined(_M_IX86)
 #define VELTOR_CRC32C_X86 1
-#elif defined(__aarch64__) || defined(_M_ARM64)
+#elif (defined(__aarch64__) && !defined(__AARCH64EB__)) || defined(_M_ARM64)
 #define VELTOR_CRC32C_ARM64 1
 #endif
 
@@ -27,7 +31,7 @@ std::uint32_t portable(std::uint32_t previous, const void* data, std::size_t siz
 #ifdef VELTOR_CRC32C_X86
 std::uint32_t sse42(std::uint32_t previous, const void* data, std::size_t size) noexcept;
 #endif
-#ifdef VELTOR_CRC32C_X86_64
+#ifdef VELTOR_CRC32C_AVX512
 std::uint32_t avx512(std::uint32_t previous, const void* data, std::size_t size) noexcept;
 #endif
 #ifdef VELTOR_CRC32C_ARM64
