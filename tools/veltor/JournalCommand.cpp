@@ -154,15 +154,13 @@ int show(const QFileInfo& path, bool json)
     const ErrorNote note;
     const bool valid = journal.openByName(path, QIODevice::ReadOnly);
     const QString fault = note.text();
-    if (!valid && !journal.isOpen()) {
-        return Failed; // not even there
-    }
-    if (!valid) {
+    const bool there = journal.isOpen();
+    if (!valid && there) {
         journal.repair();
     }
     if (json) {
         showAsJson(journal, valid ? QString() : fault);
-    } else {
+    } else if (there) {
         showAsTable(journal, valid);
     }
     return valid ? Done : Failed;
