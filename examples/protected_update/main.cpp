@@ -38,8 +38,7 @@ class Pause
 public:
     explicit Pause(long long afterBlocks)
         : m_left(afterBlocks)
-    {
-    }
+    {}
 
     void blockWritten()
     {

@@ -107,7 +107,6 @@ public:
 
     using RollbackDevice::addFileImpl;
     using RollbackDevice::existingFile;
-    using RollbackDevice::findBlock;
     using RollbackDevice::flushList;
 
     QStringList missing;

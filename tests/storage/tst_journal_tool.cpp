@@ -71,7 +71,8 @@ TEST_F(JournalTool, ShowsAndRollsBack)
     const QJsonObject shown = showJson(0);
     EXPECT_EQ(shown[QStringLiteral("status")].toString(), QLatin1String("valid"));
     EXPECT_EQ(shown[QStringLiteral("message")].toString(), QString());
-    EXPECT_EQ(shown[QStringLiteral("version")].toString(), QLatin1String("{9fc29858-1631-44ab-8089-5feb8d81855a}"));
+    EXPECT_EQ(shown[QStringLiteral("version")].toString(),
+              QLatin1String("{9fc29858-1631-44ab-8089-5feb8d81855a}"));
     EXPECT_EQ(shown[QStringLiteral("freeBlocks")].toInt(), 2);
     const QJsonArray files = shown[QStringLiteral("files")].toArray();
     ASSERT_EQ(files.size(), 2);
@@ -98,8 +99,8 @@ TEST_F(JournalTool, RefusesDamageAndKeepsWhatItCannotSalvage)
     image.bytes[static_cast<int>(image.blockB1 + 40)] = 'x';
     write("journal", image.bytes);
     const QJsonObject shown = showJson(1);
-    const QString message =
-        QString::fromUtf8("Не совпадает контрольная сумма данных отката по смещению %0").arg(image.blockB1 + 40);
+    const QString message = QString::fromUtf8("Не совпадает контрольная сумма данных отката по смещению %0")
+                                .arg(image.blockB1 + 40);
     EXPECT_EQ(shown[QStringLiteral("status")].toString(), QLatin1String("refused"));
     EXPECT_EQ(shown[QStringLiteral("message")].toString(), message);
     EXPECT_EQ(m_err, message);

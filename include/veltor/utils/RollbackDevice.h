@@ -159,6 +159,9 @@ public:
     /// @return false when saving fails (no byte of the file has changed then) or when not all was written
     bool writeBlock(Key key, const QByteArray& data);
 
+    /// Where a new record goes: the journal's end, whatever its @p size.
+    [[nodiscard]] unsigned long long findBlock(unsigned int size) const;
+
     /// Makes the new contents final: removes the journal, forgets all files.
     void commit();
 
@@ -209,9 +212,6 @@ protected:
 
     /// Saves one range as one change block.
     bool addBlockImpl(FileItem& file, unsigned long long position, unsigned int length);
-
-    /// Where a new record goes: the journal's end, whatever its @p size.
-    [[nodiscard]] unsigned long long findBlock(unsigned int size) const;
 
     /// Writes each pair's bytes to its offset in the journal, in order; ends at the first failure.
     bool flushList(const std::vector<std::pair<unsigned long long, QByteArray>>& writes);
