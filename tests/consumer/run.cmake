@@ -1,0 +1,18 @@
+# Install, configure, build, run; the first step that fails ends the test.
+file(REMOVE_RECURSE "${WORK_DIR}")
+set(flags "")
+if(SANITIZE)
+  set(flags "-fsanitize=${SANITIZE}")
+elseif(COVERAGE)
+  set(flags "--coverage")
+endif()
+
+function(step)
+  execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+step("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${WORK_DIR}/prefix")
+step("${CMAKE_COMMAND}" -G "${GENERATOR}" -S "${CONSUMER_DIR}" -B "${WORK_DIR}/build"
+  "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_CXX_FLAGS=${flags}" "-DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix")
+step("${CMAKE_COMMAND}" --build "${WORK_DIR}/build")
+step("${WORK_DIR}/build/consumer")

@@ -1,0 +1,117 @@
+#include "support/LogCapture.h"
+#include "support/Printers.h"
+
+#include <QtCore/QtGlobal>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace veltor::logging {
+namespace {
+
+struct QtLine
+{
+    QtMsgType type;
+    QByteArray category, file, function;
+    int line;
+    QString text;
+};
+std::vector<QtLine> qtLines;
+
+void recordQtLine(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    qtLines.push_back({type, context.category, context.file, context.function, context.line, text});
+}
+
+TEST(Logging, defaultSinkHandsThePlaceToQt)
+{
+    qtLines.clear();
+    const auto former = qInstallMessageHandler(recordQtLine);
+    const std::vector<std::pair<LogLevel, QtMsgType>> levels{{LogLevel::Detail, QtInfoMsg},
+                                                             {LogLevel::Info, QtInfoMsg},
+                                                             {LogLevel::Warning, QtWarningMsg},
+                                                             {LogLevel::Error, QtCriticalMsg}};
+    for (const auto& level : levels) {
+        LoggerMessager(level.first, "a.cpp", 7, "f()").write(QStringLiteral("100 %s ы"));
+    }
+    qInstallMessageHandler(former);
+    ASSERT_EQ(qtLines.size(), levels.size());
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        EXPECT_EQ(qtLines[i].type, levels[i].second);
+        EXPECT_EQ(qtLines[i].category, "veltor.utils");
+        EXPECT_EQ(qtLines[i].file, "a.cpp");
+        EXPECT_EQ(qtLines[i].line, 7);
+        EXPECT_EQ(qtLines[i].function, "f()");
+        EXPECT_EQ(qtLines[i].text, QStringLiteral("100 %s ы"));
+    }
+}
+
+TEST(Logging, streamWritesOneLineWithASpaceAfterEachItem)
+{
+    test::LogCapture capture;
+    {
+        LogStream stream = LoggerMessager(LogLevel::Info, "a.cpp", 7, "f()").write();
+        LogStream moved = std::move(stream);
+        moved << "имя" << 5 << QStringLiteral("x");
+        EXPECT_TRUE(capture.take().empty());
+    }
+    LoggerFacade::write(LogLevel::Error, QStringLiteral("plain"));
+    const auto records = capture.take();
+    ASSERT_EQ(records.size(), 2U);
+    EXPECT_EQ(records[0].text, QStringLiteral("имя 5 x "));
+    EXPECT_EQ(records[0].line, 7);
+    EXPECT_EQ(records[1].level, LogLevel::Error);
+    EXPECT_EQ(records[1].file, QString());
+    EXPECT_EQ(records[1].line, 0);
+}
+
+TEST(Logging, sinkIsExchangedRestoredAndMayThrow)
+{
+    int calls = 0;
+    EXPECT_FALSE(setLogSink([&calls](const LogRecord&) {
+        ++calls;
+        throw std::runtime_error("sink");
+    }));
+    EXPECT_NO_THROW(LoggerFacade::write(LogLevel::Error, QStringLiteral("a")));
+    EXPECT_EQ(calls, 1);
+    EXPECT_TRUE(setLogSink({}));
+
+    qtLines.clear();
+    const auto former = qInstallMessageHandler(recordQtLine);
+    LoggerFacade::write(LogLevel::Error, QStringLiteral("b"));
+    qInstallMessageHandler(former);
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(qtLines.size(), 1U);
+}
+
+TEST(Logging, everyLineReachesOneSinkWhileSinksAreExchanged)
+{
+    constexpr int threads = 3;
+    constexpr int lines = 500;
+    std::atomic<int> received{0};
+    const LogSink count = [&received](const LogRecord&) { ++received; };
+    setLogSink(count);
+    std::vector<std::thread> writers;
+    for (int t = 0; t < threads; ++t) {
+        writers.emplace_back([] {
+            for (int i = 0; i < lines; ++i) {
+                LoggerFacade::write(LogLevel::Info, QStringLiteral("line"));
+            }
+        });
+    }
+    for (int i = 0; i < lines; ++i) {
+        EXPECT_TRUE(setLogSink(count));
+    }
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
+    setLogSink({});
+    EXPECT_EQ(received, threads * lines);
+}
+
+} // namespace
+} // namespace veltor::logging
