@@ -9,85 +9,138 @@
 
 namespace veltor::test {
 
-/// A journal put together byte by byte, independently of the code under test. Two files, "a" (100 bytes,
-/// blocks A1 and A2) and "b" (50 bytes, block B1), and two free records.
-struct JournalImage
+/// A journal put together byte by byte, independently of the code under test: the files "a" (100 bytes,
+/// blocks A1 and A2) and "b" (50 bytes, block B1), and two free records F1 and F2.
+class JournalImage
 {
-    static constexpr quint64 firstFileAt = 16, lastFileAt = 24, firstFreeAt = 32, lastFreeAt = 40;
-    static constexpr quint64 nextFile = 0, firstChange = 8, lastChange = 16, fileSize = 24, nameLength = 32;
-    static constexpr quint64 next = 0, previous = 8, position = 16, sizeBound = 24;
-
+public:
     explicit JournalImage(bool checksums = true)
-        : headSize(checksums ? 40 : 36)
+        : m_headSize(checksums ? 40 : 36)
     {
         bytes = QByteArray::fromHex(checksums ? "5898C29F3116AB4480895FEB8D81855A"
                                               : "9BCF4F45F9BDCE459C1A195DA13490A1");
         bytes += QByteArray(32, '\0');
-        fileA = addFile("a", 100);
-        blockA1 = addBlock(fileA, 0, 10, 100, QByteArray("saved bytes one"), 0x654E1E42);
-        fileB = addFile("b", 50);
-        blockA2 = addBlock(fileA, blockA1, 40, 100, QByteArray(), 0);
-        blockB1 = addBlock(fileB, 0, 0, 50, QByteArray("b"), 0xD280B0C4);
-        free1 = addFree(0, 60, 4);
-        free2 = addFree(free1, 64, 4);
+        addFile("a", 100);
+        addBlock("A1", "a", 0, 10, 100, "saved bytes one", 0x654E1E42);
+        addFile("b", 50);
+        addBlock("A2", "a", at("A1"), 40, 100, "", 0);
+        addBlock("B1", "b", 0, 0, 50, "b", 0xD280B0C4);
+        addFree("F1", 0, 60);
+        addFree("F2", at("F1"), 64);
     }
 
-    template <typename T>
-    void put(quint64 offset, T value)
+    /// The place of a record or of a field ("a", "A1.previous", "firstFile", "end"), plus a number if one
+    /// is added ("A1+40"), or a number by itself.
+    quint64 at(const QString& expression) const
     {
-        if (offset + sizeof value > static_cast<quint64>(bytes.size())) {
-            bytes += QByteArray(static_cast<int>(offset + sizeof value) - bytes.size(), '\0');
+        static const QMap<QString, quint64> fields{
+            {QStringLiteral("next"), 0},        {QStringLiteral("first"), 8},
+            {QStringLiteral("previous"), 8},    {QStringLiteral("last"), 16},
+            {QStringLiteral("position"), 16},   {QStringLiteral("region"), 16},
+            {QStringLiteral("bound"), 24},      {QStringLiteral("size"), 24},
+            {QStringLiteral("nameLength"), 32}, {QStringLiteral("name"), 34},
+            {QStringLiteral("length"), 36},     {QStringLiteral("firstFile"), 16},
+            {QStringLiteral("lastFile"), 24},   {QStringLiteral("firstFree"), 32},
+            {QStringLiteral("lastFree"), 40}};
+        quint64 sum = 0;
+        for (const QString& term : expression.split(QLatin1Char('+'))) {
+            for (const QString& name : term.split(QLatin1Char('.'))) {
+                bool number = false;
+                const quint64 value = name.toULongLong(&number);
+                sum += number                         ? value
+                       : name == QLatin1String("end") ? static_cast<quint64>(bytes.size())
+                       : m_records.contains(name)     ? m_records[name]
+                                                      : fields[name];
+            }
         }
-        qToLittleEndian(value, bytes.data() + offset);
+        return sum;
     }
+    quint64 at(const char* expression) const { return at(QString::fromLatin1(expression)); }
 
-    quint64 at(quint64 offset) const { return qFromLittleEndian<quint64>(bytes.constData() + offset); }
-    quint64 end() const { return static_cast<quint64>(bytes.size()); }
-
-    quint64 addFile(const QByteArray& name, quint64 size)
+    /// Damages the image by a list of words: "PLACE=VALUE" writes 8 bytes, "PLACE:N=VALUE" N of them,
+    /// "cut=PLACE" ends the journal there.
+    void damage(const char* words)
     {
-        const quint64 entry = end();
-        const quint64 last = at(lastFileAt);
-        put<quint64>(last == 0 ? firstFileAt : last + nextFile, entry);
-        put<quint64>(lastFileAt, entry);
-        put<quint64>(entry + fileSize, size);
-        put<quint64>(entry + nextFile, 0);
-        put<quint16>(entry + nameLength, static_cast<quint16>(name.size()));
-        bytes += name;
-        return entry;
-    }
-
-    quint64 addBlock(quint64 entry, quint64 before, quint64 from, quint64 bound, const QByteArray& data,
-                     quint32 checksum)
-    {
-        const quint64 block = end();
-        put<quint64>(before == 0 ? entry + firstChange : before + next, block);
-        put<quint64>(entry + lastChange, block);
-        put<quint64>(block + previous, before);
-        put<quint64>(block + position, from);
-        put<quint64>(block + sizeBound, bound);
-        if (headSize == 40) {
-            put<quint32>(block + 32, checksum);
+        for (const QString& word : QString::fromLatin1(words).split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+            const QStringList sides = word.split(QLatin1Char('='));
+            const QStringList target = sides[0].split(QLatin1Char(':'));
+            const quint64 value = at(sides[1]);
+            if (target[0] == QLatin1String("cut")) {
+                bytes.truncate(static_cast<int>(value));
+            } else {
+                put(at(target[0]), value, target.value(1, QStringLiteral("8")).toInt());
+            }
         }
-        put<quint32>(block + headSize - 4, static_cast<quint32>(data.size()));
-        bytes += data;
-        return block;
     }
 
-    quint64 addFree(quint64 before, quint64 region, quint32 size)
+    /// A message in which {PLACE} stands for the number.
+    QString message(const char* text) const
     {
-        const quint64 record = end();
-        put<quint64>(before == 0 ? firstFreeAt : before + next, record);
-        put<quint64>(lastFreeAt, record);
-        put<quint64>(record + previous, before);
-        put<quint64>(record + 16, region);
-        put<quint32>(record + 24, size);
-        return record;
+        QString message = QString::fromUtf8(text);
+        for (int open = message.indexOf(QLatin1Char('{')); open >= 0 && !message.contains(QLatin1Char('-'));
+             open = message.indexOf(QLatin1Char('{'))) {
+            const int close = message.indexOf(QLatin1Char('}'));
+            message.replace(open, close - open + 1,
+                            QString::number(at(message.mid(open + 1, close - open - 1))));
+        }
+        return message;
     }
 
-    quint64 headSize;
     QByteArray bytes;
-    quint64 fileA, blockA1, fileB, blockA2, blockB1, free1, free2;
+
+private:
+    void put(quint64 offset, quint64 value, int size)
+    {
+        char little[8];
+        qToLittleEndian(value, little);
+        bytes.replace(static_cast<int>(offset), size, little, size);
+    }
+
+    /// Appends a record of fields (value, size), links it and remembers its place.
+    void append(const char* name, const QString& link, const QString& end,
+                std::initializer_list<std::pair<quint64, int>> fields)
+    {
+        const quint64 record = static_cast<quint64>(bytes.size());
+        put(at(link), record, 8);
+        put(at(end), record, 8);
+        for (const auto& [value, size] : fields) {
+            bytes += QByteArray(size, '\0');
+            put(static_cast<quint64>(bytes.size() - size), value, size);
+        }
+        m_records[QString::fromLatin1(name)] = record;
+    }
+
+    void addFile(const char* name, quint64 size)
+    {
+        const QString link = QLatin1String(m_records.isEmpty() ? "firstFile" : "a.next");
+        append(name, link, QStringLiteral("lastFile"),
+               {{0, 8}, {0, 8}, {0, 8}, {size, 8}, {qstrlen(name), 2}});
+        bytes += name;
+    }
+
+    void addBlock(const char* name, const char* file, quint64 previous, quint64 from, quint64 bound,
+                  const QByteArray& data, quint64 checksum)
+    {
+        const QString entry = QString::fromLatin1(file);
+        append(name, previous == 0 ? entry + QLatin1String(".first") : QString::number(previous),
+               entry + QLatin1String(".last"),
+               {{0, 8},
+                {previous, 8},
+                {from, 8},
+                {bound, 8},
+                {checksum, m_headSize - 36},
+                {static_cast<quint64>(data.size()), 4}});
+        bytes += data;
+    }
+
+    void addFree(const char* name, quint64 previous, quint64 region)
+    {
+        append(name, previous == 0 ? QStringLiteral("firstFree") : QString::number(previous),
+               QStringLiteral("lastFree"), {{0, 8}, {previous, 8}, {region, 8}, {4, 4}});
+    }
+
+    int m_headSize;
+    QMap<QString, quint64> m_records;
 };
 
 /// A rollback device on a journal in memory; every file of the journal opens as a buffer of its own,

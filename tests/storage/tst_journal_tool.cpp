@@ -96,11 +96,10 @@ TEST_F(JournalTool, ShowsAndRollsBack)
 TEST_F(JournalTool, RefusesDamageAndKeepsWhatItCannotSalvage)
 {
     JournalImage image;
-    image.bytes[static_cast<int>(image.blockB1 + 40)] = 'x';
+    image.damage("B1+40:1=7");
     write("journal", image.bytes);
     const QJsonObject shown = showJson(1);
-    const QString message = QString::fromUtf8("Не совпадает контрольная сумма данных отката по смещению %0")
-                                .arg(image.blockB1 + 40);
+    const QString message = image.message("Не совпадает контрольная сумма данных отката по смещению {B1+40}");
     EXPECT_EQ(shown[QStringLiteral("status")].toString(), QLatin1String("refused"));
     EXPECT_EQ(shown[QStringLiteral("message")].toString(), message);
     EXPECT_EQ(m_err, message);
@@ -119,7 +118,7 @@ TEST_F(JournalTool, RefusesDamageAndKeepsWhatItCannotSalvage)
 TEST_F(JournalTool, RepairsAnUnfinishedAppendWithoutLeftovers)
 {
     JournalImage image;
-    image.put<quint64>(image.fileA + JournalImage::lastChange, image.blockA1);
+    image.damage("a.last=A1");
     write("journal", image.bytes);
     EXPECT_EQ(run("show"), 1);
     EXPECT_EQ(run("repair"), 0);
