@@ -153,13 +153,13 @@ int show(const QFileInfo& path, bool json)
     RollbackFile journal;
     const ErrorNote note;
     const bool valid = journal.openByName(path, QIODevice::ReadOnly);
-    const QString fault = note.text();
+    const QString fault = valid ? QString() : note.text();
     const bool there = journal.isOpen();
     if (!valid && there) {
         journal.repair();
     }
     if (json) {
-        showAsJson(journal, valid ? QString() : fault);
+        showAsJson(journal, fault);
     } else if (there) {
         showAsTable(journal, valid);
     }

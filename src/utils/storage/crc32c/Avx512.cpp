@@ -96,12 +96,14 @@ VELTOR_CRC32C_AVX512_TARGET std::uint32_t avx512(std::uint32_t previous, const v
                                                  std::size_t size) noexcept
 {
     const auto* p = static_cast<const unsigned char*>(data);
-    if (size < 256)
+    if (size < 256) {
         return sse42(previous, data, size);
+    }
     const __m512i over512 = carryOver<512>();
     __m512i lanes = foldWide(~previous, p, size);
-    for (; size >= 64; p += 64, size -= 64)
+    for (; size >= 64; p += 64, size -= 64) {
         lanes = fold(lanes, over512, load(p));
+    }
     return sse42(~reduce(lanes), p, size);
 }
 

@@ -23,8 +23,9 @@ public:
             auto& table = m_tables[bit / 8];
             const std::uint32_t single = 1u << bit % 8;
             const std::uint32_t residue = product(1u << bit, power);
-            for (std::uint32_t below = 0; below < single; ++below)
+            for (std::uint32_t below = 0; below < single; ++below) {
                 table[single + below] = table[below] ^ residue;
+            }
         }
     }
 
@@ -56,10 +57,12 @@ VELTOR_CRC32C_ENGINE_TARGET inline std::uint32_t sequential(std::uint32_t begin,
 {
     typename Engine::Register crc = begin;
     constexpr std::size_t step = sizeof(typename Engine::Word);
-    for (; size >= step; p += step, size -= step)
+    for (; size >= step; p += step, size -= step) {
         crc = Engine::step(crc, loadWord<Engine>(p));
-    for (; size > 0; --size)
+    }
+    for (; size > 0; --size) {
         crc = Engine::step(crc, *p++);
+    }
     return static_cast<std::uint32_t>(crc);
 }
 

@@ -19,8 +19,9 @@ constexpr std::uint32_t product(std::uint32_t a, std::uint32_t b) noexcept
 {
     std::uint32_t sum = 0;
     for (; b != 0; b <<= 1) {
-        if ((b & 0x80000000u) != 0)
+        if ((b & 0x80000000u) != 0) {
             sum ^= a;
+        }
         a = timesX(a);
     }
     return sum;
@@ -31,8 +32,9 @@ constexpr std::uint32_t powerOfX(std::uint32_t n) noexcept
 {
     std::uint32_t result = 0x80000000u;
     for (std::uint32_t square = 0x40000000u; n != 0; n >>= 1) {
-        if ((n & 1u) != 0)
+        if ((n & 1u) != 0) {
             result = product(result, square);
+        }
         square = product(square, square);
     }
     return result;

@@ -18,8 +18,9 @@ constexpr std::array<Table, 8> makeTables() noexcept
     for (std::uint32_t byte = 0; byte < 256; ++byte) {
         std::uint32_t residue = byte;
         for (Table& table : tables) {
-            for (int bit = 0; bit < 8; ++bit)
+            for (int bit = 0; bit < 8; ++bit) {
                 residue = timesX(residue);
+            }
             table[byte] = residue;
         }
     }
@@ -37,8 +38,9 @@ std::uint32_t littleEndian(const unsigned char* p) noexcept
 
 std::uint32_t singleBytes(std::uint32_t crc, const unsigned char* p, std::size_t count) noexcept
 {
-    for (; count > 0; --count)
+    for (; count > 0; --count) {
         crc = (crc >> 8) ^ tables[0][(crc ^ *p++) & 0xFFu];
+    }
     return crc;
 }
 
