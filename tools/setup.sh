@@ -9,6 +9,7 @@ set -euo pipefail
 packages=(
   g++ cmake ninja-build git pkg-config
   qtbase5-dev qttools5-dev qttools5-dev-tools
+  libproj-dev
   libgtest-dev libgmock-dev
   python3-dev
 )
