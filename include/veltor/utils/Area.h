@@ -41,7 +41,8 @@ cartesianPolygonAreaPerimeter(const QVector<QPointF>& ring);
 /// their excess by L'Huilier's theorem (Todhunter, Spherical Trigonometry, section 102). Longitudes are
 /// taken as they stand: each edge is the shorter arc between its ends, but its sign follows the stored
 /// numbers, so a ring that steps from 179 to -179 gets a wrong area (its perimeter is right); unroll such
-/// a ring to 181 first. A ring around a pole is right when it steps along the pole or the +-180 meridian.
+/// a ring to 181 first. A ring around the north pole that steps along the +-180 meridian and the pole is
+/// right; one around the south pole gives the area of the rest of the sphere.
 /// A point that repeats the one before it (within a relative 1e-12) is skipped.
 ///
 /// Two points give 0 for both results, unlike on the ellipsoid.
@@ -53,10 +54,9 @@ sphericalPolygonAreaPerimeter(const QVector<QPointF>& ring, double radius);
 /// Area and perimeter on the ellipsoid, edges being geodesics; by PROJ's `geod_polygonarea` (C. F. F.
 /// Karney, Algorithms for geodesics, J. Geodesy 87 (2013), section 6).
 ///
-/// Rings may cross the +-180 meridian and enclose a pole. Longitudes may exceed 180. Of the two sides of a
-/// ring the smaller one is measured or the larger one, as the sign of the area says; rings larger than a
-/// hemisphere come out as the rest of the Earth. Two points give an area of 0 and the length there and
-/// back. The errors are below 0.1 square metre a vertex and 15 nanometres an edge.
+/// Rings may cross the +-180 meridian and enclose a pole; longitudes may exceed 180. Of the two sides of a
+/// ring the smaller one is measured. Two points give an area of 0 and the length there and back. The
+/// errors on WGS 84 are below 0.1 square metre a vertex and 15 nanometres an edge.
 [[nodiscard]] VELTOR_UTILS_EXPORT double ellipsoidPolygonArea(const QVector<QPointF>& ring, double a,
                                                               double rf);
 [[nodiscard]] VELTOR_UTILS_EXPORT std::pair<double, double>
