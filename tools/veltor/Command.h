@@ -29,6 +29,9 @@ public:
 void print(const QString& text);
 void printError(const QString& text);
 
+/// Replaces the progress line on standard error, which must be a terminal; an empty one removes it.
+void printProgress(const QString& line);
+
 /// True when standard error is a terminal, where a progress line makes sense.
 bool hasTerminal();
 
@@ -40,6 +43,8 @@ struct Command
     int (*run)(const QStringList& arguments);
 };
 
+int runDistance(const QStringList& arguments);
 int runJournal(const QStringList& arguments);
+int runMeasure(const QStringList& arguments);
 
 } // namespace veltor::tool

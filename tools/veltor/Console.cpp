@@ -32,6 +32,11 @@ void printError(const QString& text)
     put(stderr, text + QLatin1Char('\n'));
 }
 
+void printProgress(const QString& line)
+{
+    put(stderr, QStringLiteral("\r\033[K") + line);
+}
+
 bool hasTerminal()
 {
 #ifdef _WIN32
