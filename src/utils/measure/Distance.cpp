@@ -18,9 +18,10 @@ bool isSphere(double rf)
     return std::fabs(rf) <= tolerance;
 }
 
-double reducedLatitude(double latitudeDeg, double f)
+/// Tangent of the reduced latitude.
+double reducedTangent(double latitudeDeg, double f)
 {
-    return std::atan((1 - f) * std::tan(latitudeDeg * radiansPerDegree));
+    return (1 - f) * std::tan(latitudeDeg * radiansPerDegree);
 }
 
 double square(double x)
@@ -50,12 +51,12 @@ double lambertCore(double beta1, double beta2, QPointF p1, QPointF p2, double a,
 class VincentyInverse
 {
 public:
-    VincentyInverse(double u1, double u2, double f)
+    VincentyInverse(double tanU1, double tanU2, double f)
         : m_f(f)
-        , m_sinU1(std::sin(u1))
-        , m_cosU1(std::cos(u1))
-        , m_sinU2(std::sin(u2))
-        , m_cosU2(std::cos(u2))
+        , m_cosU1(1 / std::sqrt(1 + tanU1 * tanU1))
+        , m_sinU1(tanU1 * m_cosU1)
+        , m_cosU2(1 / std::sqrt(1 + tanU2 * tanU2))
+        , m_sinU2(tanU2 * m_cosU2)
     {}
 
     /// Sets the auxiliary arc for @p lambda. False: its sine is 0, the points coincide or are antipodal.
@@ -113,10 +114,10 @@ private:
     }
 
     double m_f;
-    double m_sinU1;
     double m_cosU1;
-    double m_sinU2;
+    double m_sinU1;
     double m_cosU2;
+    double m_sinU2;
     double m_sinSigma = 0;
     double m_cosSigma = 0;
     double m_sigma = 0;
@@ -158,10 +159,10 @@ double vincentyDistance(QPointF p1, QPointF p2, double a, double rf)
         return a * centralAngleOfRadians(p1, p2);
     }
     const double f = 1 / rf;
-    const double u1 = reducedLatitude(p1.y(), f);
-    const double u2 = reducedLatitude(p2.y(), f);
+    const double tanU1 = reducedTangent(p1.y(), f);
+    const double tanU2 = reducedTangent(p2.y(), f);
     const double l = (p2.x() - p1.x()) * radiansPerDegree;
-    VincentyInverse inverse(u1, u2, f);
+    VincentyInverse inverse(tanU1, tanU2, f);
     double lambda = l;
     for (int round = 0; round < 100; ++round) {
         if (!inverse.setArc(lambda)) {
@@ -173,7 +174,7 @@ double vincentyDistance(QPointF p1, QPointF p2, double a, double rf)
         }
         lambda = next;
     }
-    return lambertCore(u1, u2, p1, p2, a, f);
+    return lambertCore(std::atan(tanU1), std::atan(tanU2), p1, p2, a, f);
 }
 
 double lambertDistance(QPointF p1, QPointF p2, double a, double rf)
@@ -185,7 +186,8 @@ double lambertDistance(QPointF p1, QPointF p2, double a, double rf)
         return a * centralAngleOfRadians(p1, p2);
     }
     const double f = 1 / rf;
-    return lambertCore(reducedLatitude(p1.y(), f), reducedLatitude(p2.y(), f), p1, p2, a, f);
+    return lambertCore(std::atan(reducedTangent(p1.y(), f)), std::atan(reducedTangent(p2.y(), f)), p1, p2, a,
+                       f);
 }
 
 QPointF directGeodesicProblem(QPointF start, double azimuthDeg, double distanceMetres, double a, double rf)
