@@ -55,7 +55,8 @@ Ring ring(const QJsonValue& value, bool geographic)
 std::vector<Ring> rings(const QJsonValue& value, bool geographic)
 {
     std::vector<Ring> result;
-    for (const QJsonValue& item : array(value, "a list of lines")) {
+    const QJsonArray items = array(value, "a list of lines");
+    for (const QJsonValue& item : items) {
         result.push_back(ring(item, geographic));
     }
     return result;
@@ -69,7 +70,8 @@ bool readGeometry(const QJsonObject& geometry, bool geographic, MapFeature& feat
     if (kind == QLatin1String("Polygon")) {
         feature.polygons.push_back(rings(coordinates, geographic));
     } else if (kind == QLatin1String("MultiPolygon")) {
-        for (const QJsonValue& polygon : array(coordinates, "a list of polygons")) {
+        const QJsonArray polygons = array(coordinates, "a list of polygons");
+        for (const QJsonValue& polygon : polygons) {
             feature.polygons.push_back(rings(polygon, geographic));
         }
     } else if (kind == QLatin1String("LineString")) {
@@ -88,7 +90,7 @@ QString nameOf(const QJsonObject& feature, int number)
     for (const QJsonValue& name :
          {properties.value(QLatin1String("name")), properties.value(QLatin1String("NAME")),
           feature.value(QLatin1String("id"))}) {
-        const QString text = name.toVariant().toString();
+        QString text = name.toVariant().toString();
         if (!text.isEmpty()) {
             return text;
         }
@@ -132,9 +134,9 @@ MapContents readDocument(const QByteArray& bytes, bool geographic)
         readFeature(root, 1, geographic, contents);
         return contents;
     }
-    const QJsonValue features = root.value(QLatin1String("features"));
+    const QJsonArray features = array(root.value(QLatin1String("features")), "a list of features");
     int number = 0;
-    for (const QJsonValue& feature : array(features, "a list of features")) {
+    for (const QJsonValue& feature : features) {
         ++number;
         if (feature.toObject().value(QLatin1String("type")).toString() != QLatin1String("Feature")) {
             fail(QStringLiteral("feature %1: not of the type Feature").arg(number));
