@@ -14,12 +14,14 @@
 /// |rf| <= 1e-12 a sphere of radius a where the function says so. Distances are in the unit of `a`,
 /// azimuths in degrees clockwise from north.
 ///
-/// | function            | error on WGS 84, see docs/measurement.md            |
-/// |---------------------|------------------------------------------------------|
-/// | ellipsoidDistance() | 15 nanometres                                        |
-/// | vincentyDistance()  | @VINC@ |
-/// | lambertDistance()   | @LAMB@ |
-/// | sphericalDistance() | @SPHE@ |
+/// | function            | largest difference from the geodesic on WGS 84              |
+/// |---------------------|--------------------------------------------------------------|
+/// | ellipsoidDistance() | 15 nanometres (against exact integrals)                      |
+/// | vincentyDistance()  | 7 micrometres to 1,000 km, 0.1 mm to 19,900 km               |
+/// | lambertDistance()   | 1.4 m in 1,000 km, 13 m to 10,000 km, 500 m to 19,000 km     |
+/// | sphericalDistance() | 0.56 % of the distance                                       |
+///
+/// The differences were measured on 200,000 pairs in all directions; docs/measurement.md plots them.
 ///
 /// All functions are reentrant and throw nothing. NaN and infinite coordinates give NaN. The ellipsoid
 /// last used by a thread is kept prepared, so that measuring many pairs on one ellipsoid prepares it once.
@@ -46,15 +48,15 @@ namespace veltor::utils {
 /// - Points that are equal within a relative 1e-12 (an absolute one beside a 0), and positions **exactly
 ///   antipodal** to each other, whose auxiliary arc has a sine of 0, give 0.
 /// - Near the antipode, where the iteration does not settle in 100 rounds, the result is Lambert's formula
-///   and shares its error of up to tens of kilometres there.
+///   and shares its error, which was up to 18 km there.
 /// - |rf| <= 1e-12 gives the great circle on the sphere of radius a with the coordinates **taken as
 ///   radians**, unlike ellipsoidDistance().
 [[nodiscard]] VELTOR_UTILS_EXPORT double vincentyDistance(QPointF p1, QPointF p2, double a, double rf);
 
 /// Length of the geodesic to the first order of the flattening, by Lambert's formula for long lines (W. D.
 /// Lambert, The distance between two widely separated points on the surface of the Earth, J. Washington
-/// Acad. Sci. 32 (1942)). No iteration; metres of error, growing without a bound to speak of near the
-/// antipode. Equal points and |rf| <= 1e-12 as with vincentyDistance(): 0, and **radians**.
+/// Acad. Sci. 32 (1942)). No iteration: the same time for every pair. Near the antipode the error grows to
+/// 18 km. Equal points and |rf| <= 1e-12 as with vincentyDistance(): 0, and **radians**.
 [[nodiscard]] VELTOR_UTILS_EXPORT double lambertDistance(QPointF p1, QPointF p2, double a, double rf);
 
 /// The point reached from @p start along the geodesic of the given azimuth.
@@ -71,8 +73,9 @@ namespace veltor::utils {
 /// Distance and azimuth of the shortest geodesic from @p p1 to @p p2; directGeodesicProblem() inverts it.
 ///
 /// @param rf  as for directGeodesicProblem(): infinity, not 0, for a sphere
-/// @return (distance, azimuth at p1 in degrees within [0, 360)). Equal points give (0, 180), as PROJ has
-///         it; of several shortest geodesics (antipodes, poles) PROJ's choice.
+/// @return (distance, azimuth at p1 in degrees within [0, 360)). Where several geodesics are the shortest
+///         (antipodes, poles) the azimuth is PROJ's choice; equal points give (0, 180), south of the
+///         equator (0, 0).
 [[nodiscard]] VELTOR_UTILS_EXPORT std::pair<double, double> backGeodesicProblem(QPointF p1, QPointF p2,
                                                                                 double a, double rf);
 
