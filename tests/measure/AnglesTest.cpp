@@ -18,15 +18,12 @@ TEST(Angles, DirectionsOfTheScreenAndOfMathematicsMirrorEachOther)
     EXPECT_EQ(pointsAngleDirect({0, 0}, {0, 1}), pi / 2);
     EXPECT_EQ(lineAngle({1, 1, 3, -1}), pi / 4);
     EXPECT_EQ(lineAngleDirect({1, 1, 3, -1}), -pi / 4);
-    EXPECT_EQ(pointsAngle({0, 0}, {-1, 0}), pi);
 }
 
 TEST(Angles, LengthsAndPointsAlongASegment)
 {
-    EXPECT_EQ(lengthSquared(3, -4), 25);
     EXPECT_EQ(lengthSquared({1, 2}, {4, 6}), 25);
     EXPECT_EQ(lengthSquared(QLineF(1, 2, 4, 6)), 25);
-    EXPECT_EQ(scaleLength({1, 2}, {3, 6}, 0.5), QPointF(2, 4));
     EXPECT_EQ(scaleLength({1, 2}, {3, 6}, -1), QPointF(-1, -2));
 }
 
@@ -59,7 +56,6 @@ TEST(Angles, SeparationOfTwoDirections)
 {
     EXPECT_EQ(angleBetween(10, 350, 360), 20);
     EXPECT_EQ(angleBetween(350, 10, 360), 20);
-    EXPECT_EQ(angleBetween(90, 90, 360), 0);
     EXPECT_EQ(angleBetween(0, 720, 360), 0);
     EXPECT_EQ(angleBetween(-170, 170, 360), 20);
     EXPECT_EQ(angleBetween(10, 740, 360), 350); // further apart than a period: the complement
@@ -67,7 +63,6 @@ TEST(Angles, SeparationOfTwoDirections)
 
 TEST(Angles, Quadrants)
 {
-    EXPECT_EQ(quadrant(0), 0);
     EXPECT_EQ(quadrant(3 * pi / 4), 1);
     EXPECT_EQ(quadrant(pi + 0.1), 2);
     EXPECT_EQ(quadrant(-0.1), 3);

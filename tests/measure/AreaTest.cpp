@@ -40,7 +40,6 @@ TEST(PlanarArea, HasItsSignOnlyInTheDeterminant)
     EXPECT_EQ(determinant({square[3], square[2], square[1], square[0]}), 2);
     EXPECT_EQ(cartesianPolygonAreaPerimeter(square), std::make_pair(1.0, 4.0));
     EXPECT_EQ(cartesianPolygonAreaPerimeter(square + Ring{square[0]}), std::make_pair(1.0, 4.0));
-    EXPECT_EQ(cartesianPolygonArea({square[3], square[2], square[1], square[0]}), 1);
     EXPECT_EQ(cartesianRectArea({0, 0, -2, 3}), -6);
 }
 
@@ -107,7 +106,6 @@ TEST(Area, IsTheSameFromAnyStartAndInEitherDirection)
         // A flattening next to nothing is next to the sphere.
         expectEqual(ellipsoidPolygonAreaPerimeter(ring, a, 1e13), sphericalPolygonAreaPerimeter(ring, a));
         EXPECT_EQ(ellipsoidPolygonAreaPerimeter(ring, a, 0), sphericalPolygonAreaPerimeter(ring, a));
-        EXPECT_EQ(sphericalPolygonArea(ring, a), sphericalPolygonAreaPerimeter(ring, a).first);
     }
 }
 

