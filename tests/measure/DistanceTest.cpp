@@ -142,6 +142,9 @@ TEST(Distance, SphericalFallbacksReadDegreesOrRadians)
         EXPECT_NEAR(vincentyDistance(p1, p2, a, flat), inRadians, 1e-7);
         EXPECT_NEAR(lambertDistance(p1, p2, a, flat), inRadians, 1e-7);
     }
+    // Past a quarter turn the haversine of next to nothing may round below 0.
+    const QPointF farNorth(3.1415925716228501, 34.938561966158289);
+    EXPECT_NEAR(vincentyDistance({0, -31.796969272763498}, farNorth, 1, 0), 0, 1e-6);
 }
 
 TEST(Distance, VincentyAndLambertAtCoincidenceAndAntipodes)
@@ -161,11 +164,13 @@ TEST(Distance, VincentyAndLambertAtCoincidenceAndAntipodes)
 
 TEST(Distance, NotANumberStaysOne)
 {
-    const QPointF bad(std::nan(""), 1);
-    EXPECT_TRUE(std::isnan(sphericalDistance(bad, {0, 0})));
-    EXPECT_TRUE(std::isnan(ellipsoidDistance(bad, {0, 0}, a, rf)));
-    EXPECT_TRUE(std::isnan(vincentyDistance(bad, {0, 0}, a, rf)));
-    EXPECT_TRUE(std::isnan(lambertDistance(bad, {0, 0}, a, rf)));
+    for (const double value : {std::nan(""), std::numeric_limits<double>::infinity()}) {
+        const QPointF bad(value, 1);
+        EXPECT_TRUE(std::isnan(sphericalDistance(bad, {0, 0})));
+        EXPECT_TRUE(std::isnan(ellipsoidDistance(bad, {0, 0}, a, rf)));
+        EXPECT_TRUE(std::isnan(vincentyDistance(bad, {0, 0}, a, rf)));
+        EXPECT_TRUE(std::isnan(lambertDistance(bad, {0, 0}, a, rf)));
+    }
     EXPECT_TRUE(std::isnan(ellipsoidDistance({0, 91}, {0, 0}, a, rf)));
 }
 

@@ -19,8 +19,8 @@
 /// |rf| <= 1e-12 is a sphere of radius a, a negative rf a prolate ellipsoid. Results are in the unit of
 /// `a` or of the radius (metres, square metres); pairs are (area, perimeter).
 ///
-/// Fewer than two points give 0. A NaN or infinite coordinate gives NaN. All functions are reentrant and
-/// throw nothing; the ellipsoid last used is prepared once a thread.
+/// Fewer than two points give 0. A NaN coordinate gives NaN; so does an infinite one, or infinity on the
+/// plane. All functions are reentrant and throw nothing; the ellipsoid last used is prepared once a thread.
 namespace veltor::utils {
 
 /// The trapezoid sum S of the ring, the sum of (y + y') * (x - x') over its edges: minus twice the signed

@@ -23,11 +23,13 @@
 ///
 /// The differences were measured on 200,000 pairs in all directions; docs/measurement.md plots them.
 ///
-/// All functions are reentrant and throw nothing. NaN and infinite coordinates give NaN. The ellipsoid
-/// last used by a thread is kept prepared, so that measuring many pairs on one ellipsoid prepares it once.
+/// All functions are reentrant and throw nothing. On the sphere and the ellipsoid NaN and infinite
+/// coordinates give NaN. The ellipsoid last used by a thread is kept prepared, so that measuring many
+/// pairs on one ellipsoid prepares it once.
 namespace veltor::utils {
 
-/// Planar distance, in the unit of the coordinates; no overflow on the way (hypot).
+/// Planar distance, in the unit of the coordinates; no overflow on the way (hypot). Infinite where an
+/// offset is.
 [[nodiscard]] VELTOR_UTILS_EXPORT double cartesianDistance(QPointF p1, QPointF p2);
 
 /// Great-circle distance in metres on the sphere of radius 6370997 m, by the haversine formula (R. W.

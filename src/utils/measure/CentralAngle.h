@@ -12,8 +12,8 @@ constexpr double radiansPerDegree = 0.017453292519943295;
 constexpr double tolerance = 1e-12;
 
 /// Haversine of the arc between two positions from the differences of latitude and longitude and the
-/// latitudes, in radians; the arc is 2 asin(sqrt(h)). Algebraically within [0, 1] for all real arguments;
-/// roundings near the antipode are cut off, so that the arc is not NaN there.
+/// latitudes, in radians; the arc is 2 asin(sqrt(h)). Algebraically within [0, 1] for all real arguments,
+/// also for latitudes beyond a quarter turn; roundings past the ends are cut off, lest the arc be NaN.
 [[nodiscard]] inline double haversine(double dLatitude, double dLongitude, double latitude1, double latitude2)
 {
     const double sinLatitude = std::sin(dLatitude / 2);
