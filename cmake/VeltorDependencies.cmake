@@ -4,6 +4,8 @@
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
 find_package(Qt5 5.15 REQUIRED COMPONENTS Core Concurrent)
+# Only the geodesic routines of its C interface are used.
+find_package(PROJ CONFIG REQUIRED)
 find_package(Qt5 5.15 QUIET OPTIONAL_COMPONENTS Widgets)
 
 if(BUILD_TESTING)

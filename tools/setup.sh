@@ -9,12 +9,13 @@ set -euo pipefail
 packages=(
   g++ cmake ninja-build git pkg-config
   qtbase5-dev qttools5-dev qttools5-dev-tools
+  libproj-dev
   libgtest-dev libgmock-dev
   python3-dev
 )
 for group in "$@"; do
   case $group in
-    bench) packages+=(libbenchmark-dev libisal-dev libsqlite3-dev) ;;
+    bench) packages+=(libbenchmark-dev geographiclib-tools libboost-dev libgeographiclib-dev libisal-dev libsqlite3-dev) ;;
     ci) packages+=(clang-format clang-tidy) ;;
     *) echo "tools/setup.sh: unknown group '$group' (bench, ci)" >&2; exit 2 ;;
   esac

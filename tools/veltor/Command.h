@@ -29,11 +29,11 @@ public:
 void print(const QString& text);
 void printError(const QString& text);
 
+/// Replaces the progress line on standard error, which must be a terminal; an empty one removes it.
+void printProgress(const QString& line);
+
 /// True when standard error is a terminal, where a progress line makes sense.
 bool hasTerminal();
-
-/// One line on standard error that the next one overwrites; a line break follows the last.
-void printProgress(const QString& text, bool last);
 
 /// One entry of the tool's table: `veltor NAME ARGUMENTS...`. `run` gets the words after the name.
 struct Command
@@ -43,6 +43,8 @@ struct Command
     int (*run)(const QStringList& arguments);
 };
 
+int runDistance(const QStringList& arguments);
 int runJournal(const QStringList& arguments);
+int runMeasure(const QStringList& arguments);
 
 } // namespace veltor::tool

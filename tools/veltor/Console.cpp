@@ -32,9 +32,9 @@ void printError(const QString& text)
     put(stderr, text + QLatin1Char('\n'));
 }
 
-void printProgress(const QString& text, bool last)
+void printProgress(const QString& line)
 {
-    put(stderr, QStringLiteral("\r\x1b[K") + text + (last ? QStringLiteral("\n") : QString()));
+    put(stderr, QStringLiteral("\r\033[K") + line);
 }
 
 bool hasTerminal()

@@ -63,13 +63,15 @@ void showProgress(RollbackFile& journal)
     if (!hasTerminal()) {
         return;
     }
-    auto timer = std::make_shared<QElapsedTimer>();
-    timer->start();
-    journal.setRollbackProgress([timer](quint64 restored, quint64 total) {
-        const bool last = restored == total;
-        if (timer->elapsed() >= 200 || (last && total >= 10000)) {
-            timer->start();
-            printProgress(QStringLiteral("%1 of %2 blocks restored").arg(restored).arg(total), last);
+    QElapsedTimer timer;
+    timer.start();
+    journal.setRollbackProgress([timer, shown = false](quint64 restored, quint64 total) mutable {
+        if (restored == total) {
+            printProgress(QString());
+        } else if (!shown || timer.elapsed() >= 200) {
+            shown = true;
+            timer.start();
+            printProgress(QStringLiteral("%1 of %2 blocks restored").arg(restored).arg(total));
         }
     });
 }

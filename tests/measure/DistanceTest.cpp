@@ -1,0 +1,211 @@
+#include "Table.h"
+
+#include <veltor/core/CalcMode.h>
+#include <veltor/utils/Distance.h>
+
+#include "support/Printers.h"
+
+#include <gtest/gtest.h>
+
+#include <geodesic.h>
+
+#include <cmath>
+#include <map>
+#include <random>
+#include <thread>
+
+using namespace veltor::utils;
+using veltor::core::CalcMode;
+using veltor::core::findCalcMode;
+
+namespace {
+
+constexpr double a = 6378137;
+constexpr double rf = 298.257223563;
+constexpr double radiansPerDegree = 0.017453292519943295;
+
+struct Geodesic
+{
+    QString kind;
+    double a, rf;
+    QPointF p1, p2;
+    double distance, azimuth;
+};
+
+const std::vector<Geodesic>& geodesics()
+{
+    static const std::vector<Geodesic> table = [] {
+        std::vector<Geodesic> rows;
+        for (const QStringList& row : veltor::test::readTable("geodesics.csv")) {
+            const auto number = [&](int column) { return row[column].toDouble(); };
+            rows.push_back({row[0], number(1), number(2), QPointF(number(3), number(4)),
+                            QPointF(number(5), number(6)), number(7), number(8)});
+        }
+        return rows;
+    }();
+    return table;
+}
+
+QPointF randomPosition(std::mt19937_64& random)
+{
+    return {std::uniform_real_distribution<double>(-180, 180)(random),
+            std::uniform_real_distribution<double>(-89, 89)(random)};
+}
+
+TEST(CalcMode, KeywordsIgnoreCaseAndBlanks)
+{
+    const std::map<CalcMode, const char*> rows{
+        {CalcMode::Cartesian, "cartesian,plane"},
+        {CalcMode::Spherical, "spherical,  Sphere\t"},
+        {CalcMode::Ellipsoidal, "ELLIPSOIDAL,ellipsoid,ellipse"},
+        {CalcMode::Auto, "auto,default,,  "},
+        {CalcMode::Invalid, "spheroid"},
+    };
+    for (const auto& [mode, words] : rows) {
+        for (const QString& word : QString::fromUtf8(words).split(QLatin1Char(','))) {
+            EXPECT_EQ(findCalcMode(word), mode) << word.toStdString();
+        }
+    }
+}
+
+TEST(Distance, EllipsoidalFormsAgreeWithTheReferenceTable)
+{
+    ASSERT_GT(geodesics().size(), 400U);
+    for (const Geodesic& row : geodesics()) {
+        SCOPED_TRACE(row.kind.toStdString() + " " + std::to_string(row.distance));
+        // The series that PROJ uses loses digits with the sixth power of the flattening.
+        const double error = std::fabs(row.rf) < 100 ? 2e-7 : 5e-8;
+        EXPECT_NEAR(ellipsoidDistance(row.p1, row.p2, row.a, row.rf), row.distance, error);
+        const auto [distance, azimuth] = backGeodesicProblem(row.p1, row.p2, row.a, row.rf);
+        EXPECT_NEAR(distance, row.distance, error);
+        EXPECT_GE(azimuth, 0);
+        EXPECT_LT(azimuth, 360);
+        if (row.kind != QLatin1String("tiny")) {
+            EXPECT_NEAR(std::remainder(azimuth - row.azimuth, 360), 0, 1e-9);
+        }
+        if (row.kind != QLatin1String("antipodal") && std::fabs(row.rf) > 200) {
+            EXPECT_NEAR(vincentyDistance(row.p1, row.p2, row.a, row.rf), row.distance, 2e-4);
+        }
+    }
+}
+
+TEST(Distance, DirectProblemInvertsTheBackProblem)
+{
+    for (const Geodesic& row : geodesics()) {
+        const auto [distance, azimuth] = backGeodesicProblem(row.p1, row.p2, row.a, row.rf);
+        const QPointF end = directGeodesicProblem(row.p1, azimuth, distance, row.a, row.rf);
+        EXPECT_NEAR(ellipsoidDistance(end, row.p2, row.a, row.rf), 0, 1e-7) << row.kind.toStdString();
+    }
+}
+
+TEST(Distance, IsSymmetricAndKeepsTheTriangleInequality)
+{
+    std::mt19937_64 random(4);
+    for (int i = 0; i < 2000; ++i) {
+        const QPointF p = randomPosition(random);
+        const QPointF q = randomPosition(random);
+        const QPointF r = randomPosition(random);
+        const double pq = ellipsoidDistance(p, q, a, rf);
+        ASSERT_NEAR(pq, ellipsoidDistance(q, p, a, rf), 1e-8);
+        ASSERT_LE(pq, ellipsoidDistance(p, r, a, rf) + ellipsoidDistance(r, q, a, rf) + 1e-8);
+        ASSERT_NEAR(sphericalDistance(p, q), sphericalDistance(q, p), 1e-7);
+        ASSERT_NEAR(lambertDistance(p, q, a, rf), lambertDistance(q, p, a, rf), 1e-6);
+        ASSERT_NEAR(sphericalDistance(p, q), pq, 0.0057 * pq);
+        if (pq < 18e6) {
+            ASSERT_NEAR(lambertDistance(p, q, a, rf), pq, 1.2e-5 * pq);
+            ASSERT_NEAR(vincentyDistance(p, q, a, rf), pq, 2e-4);
+        }
+    }
+}
+
+TEST(Distance, OnPlaneAndSphere)
+{
+    EXPECT_EQ(cartesianDistance({1, 1}, {4, 5}), 5);
+    EXPECT_DOUBLE_EQ(cartesianDistance({0, 0}, {3e200, 4e200}), 5e200);
+    EXPECT_NEAR(sphericalDistance({10, 20}, {10, 21}), 111194.87428, 1e-4);
+    EXPECT_EQ(sphericalDistance({10, 20}, {10, 20}), 0);
+    EXPECT_NEAR(sphericalDistance({0, 60}, {180, 60}), 60 * 111194.87428, 1e-3);
+    std::mt19937_64 random(5);
+    for (int i = 0; i < 5000; ++i) { // roundings above a haversine of 1 must not make NaN
+        const QPointF p = randomPosition(random);
+        ASSERT_NEAR(sphericalDistance(p, {p.x() + 180, -p.y()}), 6370997.0 * 180 * radiansPerDegree, 0.2);
+    }
+}
+
+TEST(Distance, SphericalFallbacksReadDegreesOrRadians)
+{
+    const QPointF p1(0.1, 0.2);
+    const QPointF p2(0.3, 0.5);
+    EXPECT_NEAR(ellipsoidDistance(p1, p2, a, 0), sphericalDistance(p1, p2) * a / 6370997.0, 1e-8);
+    const double inRadians = sphericalDistance(p1 / radiansPerDegree, p2 / radiansPerDegree) * a / 6370997.0;
+    for (const double flat : {0.0, 1e-12, -1e-12}) {
+        EXPECT_NEAR(vincentyDistance(p1, p2, a, flat), inRadians, 1e-7);
+        EXPECT_NEAR(lambertDistance(p1, p2, a, flat), inRadians, 1e-7);
+    }
+    // Past a quarter turn the haversine of next to nothing may round below 0.
+    const QPointF farNorth(3.1415925716228501, 34.938561966158289);
+    EXPECT_NEAR(vincentyDistance({0, -31.796969272763498}, farNorth, 1, 0), 0, 1e-6);
+}
+
+TEST(Distance, VincentyAndLambertAtCoincidenceAndAntipodes)
+{
+    const QPointF p(30, 40);
+    EXPECT_EQ(vincentyDistance(p, p, a, rf), 0);
+    EXPECT_EQ(lambertDistance(p, {30 + 1e-12, 40}, a, rf), 0);
+    EXPECT_EQ(vincentyDistance({0, 0}, {180, 0}, a, rf), 0);
+    EXPECT_EQ(vincentyDistance({0, 90}, {0, -90}, a, rf), 0);
+    EXPECT_EQ(lambertDistance({1e-200, 5}, {2e-200, 5}, a, rf),
+              lambertDistance({2e-200, 5}, {1e-200, 5}, a, rf));
+    const QPointF nearAntipode(179.7, 0.5); // the iteration does not settle
+    EXPECT_EQ(vincentyDistance({0, 0}, nearAntipode, a, rf), lambertDistance({0, 0}, nearAntipode, a, rf));
+    EXPECT_NEAR(vincentyDistance({0, 0}, nearAntipode, a, rf), ellipsoidDistance({0, 0}, nearAntipode, a, rf),
+                40e3);
+}
+
+TEST(Distance, NotANumberStaysOne)
+{
+    for (const double value : {std::nan(""), std::numeric_limits<double>::infinity()}) {
+        const QPointF bad(value, 1);
+        EXPECT_TRUE(std::isnan(sphericalDistance(bad, {0, 0})));
+        EXPECT_TRUE(std::isnan(ellipsoidDistance(bad, {0, 0}, a, rf)));
+        EXPECT_TRUE(std::isnan(vincentyDistance(bad, {0, 0}, a, rf)));
+        EXPECT_TRUE(std::isnan(lambertDistance(bad, {0, 0}, a, rf)));
+    }
+    EXPECT_TRUE(std::isnan(ellipsoidDistance({0, 91}, {0, 0}, a, rf)));
+}
+
+TEST(Distance, DirectProblemUnrollsTheLongitude)
+{
+    const double equator = 2 * 3.14159265358979323846 * a;
+    EXPECT_NEAR(directGeodesicProblem({170, 0}, 90, equator, a, rf).x(), 530, 1e-9);
+    EXPECT_NEAR(directGeodesicProblem({170, 0}, 90, -equator / 4, a, rf).x(), 80, 1e-9);
+}
+
+TEST(Distance, BackAzimuthLiesWithinOneTurn)
+{
+    EXPECT_NEAR(backGeodesicProblem({10, 0}, {9, 0}, a, rf).second, 270, 1e-12);
+    // A hair west of north: 360 less that hair rounds to 360.
+    EXPECT_EQ(backGeodesicProblem({0, 0}, {-1e-15, 80}, a, rf).second, 0);
+}
+
+TEST(Distance, ThreadsAndChangingEllipsoidsGetTheirOwnGeodesic)
+{
+    const auto check = [] {
+        std::mt19937_64 random(6);
+        for (int i = 0; i < 500; ++i) {
+            const double inverse = i % 3 == 0 ? rf : 100.0 + i % 2;
+            const QPointF p = randomPosition(random);
+            const QPointF q = randomPosition(random);
+            geod_geodesic fresh;
+            geod_init(&fresh, a, 1 / inverse);
+            double expected = 0;
+            geod_inverse(&fresh, p.y(), p.x(), q.y(), q.x(), &expected, nullptr, nullptr);
+            ASSERT_EQ(ellipsoidDistance(p, q, a, inverse), expected);
+        }
+    };
+    std::thread other(check);
+    check();
+    other.join();
+}
+
+} // namespace
