@@ -1,0 +1,154 @@
+#include <veltor/utils/TextCodecs.h>
+
+#include "support/LogCapture.h"
+#include "support/Printers.h"
+
+#include <QtCore/QTemporaryDir>
+#include <QtCore/QTextCodec>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <vector>
+
+namespace veltor::utils {
+namespace {
+
+QString u(const char* text)
+{
+    return QString::fromUtf8(text);
+}
+
+TEST(CodecForName, FailsLoudlyOnAnUnknownName)
+{
+    EXPECT_EQ(codecForName(u("UTF-8"))->mibEnum(), 106);
+    try {
+        codecForName(u("abcdefghijklmnopqrstuvwxyz1234"));
+        FAIL();
+    } catch (const std::invalid_argument& error) {
+        EXPECT_STREQ(error.what(), "Неизвестная кодировка abcdefghijklmnopqrstu");
+    }
+}
+
+TEST(FromUnicode, FillsAFieldOfLimitedSize)
+{
+    const struct Row
+    {
+        const char* text;
+        int maxBytes;
+        const char* codec;
+        QByteArray bytes;
+        bool fits;
+    } rows[] = {
+        {"0123456789", 4, "ISO-8859-1", "0123", false},
+        {"0123", 4, "ISO-8859-1", "0123", true},
+        {"Жук", 4, "UTF-8", "\xD0\x96\xD1\x83", false},
+        {"Жук", 5, "UTF-8", "\xD0\x96\xD1\x83\xD0", false},
+        {"Жук", 6, "UTF-8", "\xD0\x96\xD1\x83\xD0\xBA", true},
+        {"Жук", 3, "windows-1251", "\xC6\xF3\xEA", true},
+        {"Ж", 4, "UTF-16LE", "\xFF\xFE\x16\x04", true},
+        {"", 0, "UTF-8", "", true},
+        {"a", 0, "UTF-8", "", false},
+        {"", -1, "UTF-8", "", false},
+    };
+    for (const Row& row : rows) {
+        bool fits = !row.fits;
+        EXPECT_EQ(fromUnicode(u(row.text), row.maxBytes, codecForName(u(row.codec)), &fits), row.bytes)
+            << row.text;
+        EXPECT_EQ(fits, row.fits) << row.text << ' ' << row.maxBytes;
+    }
+    // The byte-order mark takes its share.
+    EXPECT_EQ(fromUnicode(u("aa"), 4, codecForName(u("UTF-16")), nullptr).left(2).toHex(), "fffe");
+    EXPECT_EQ(fromUnicode(u("aa"), 4, codecForName(u("UTF-16")), nullptr).size(), 4);
+}
+
+TEST(FromUnicodeVerbose, LogsWhatDoesNotFit)
+{
+    test::LogCapture log;
+    bool fits = true;
+    EXPECT_EQ(fromUnicodeVerbose(u("a%2b"), 3, codecForName(u("UTF-8")), &fits), "a%2");
+    EXPECT_FALSE(fits);
+    const auto records = log.take();
+    ASSERT_EQ(records.size(), 1U);
+    EXPECT_EQ(records[0].text, u("Строка a%2... в кодировке UTF-8 превышает допустимый размер 3"));
+    EXPECT_EQ(records[0].level, logging::LogLevel::Warning);
+    EXPECT_EQ(records[0].file, u("QtUtils"));
+    EXPECT_TRUE(records[0].function.contains(u("fromUnicodeVerbose")));
+    EXPECT_EQ(fromUnicodeVerbose(u("abc"), 3, codecForName(u("UTF-8")), nullptr), "abc");
+    EXPECT_TRUE(log.take().empty());
+}
+
+TEST(EnumUtf32, WalksCodePointsBothWays)
+{
+    const QString lone = QString(QChar(0xDC00)) + QChar(0xD83D);
+    const struct Row
+    {
+        QString text;
+        std::vector<unsigned> points;
+    } rows[] = {
+        {QString(), {}},
+        {u("a😀я"), {'a', 0x1F600, 0x44F}},
+        {lone, {0xDC00, 0xD83D}},
+        {QChar(0xD83D) + u("😀"), {0xD83D, 0x1F600}},
+        {u("😀") + QChar(0xDE00), {0x1F600, 0xDE00}},
+    };
+    for (const Row& row : rows) {
+        std::vector<unsigned> points;
+        const auto collect = [&points](unsigned point) {
+            points.push_back(point);
+            return true;
+        };
+        EXPECT_TRUE(enumUTF32(row.text, collect));
+        EXPECT_EQ(points, row.points);
+        points.clear();
+        EXPECT_TRUE(enumUTF32reverse(row.text, collect));
+        std::reverse(points.begin(), points.end());
+        EXPECT_EQ(points, row.points);
+    }
+    int calls = 0;
+    const auto stop = [&calls](unsigned) { return ++calls < 2; };
+    EXPECT_FALSE(enumUTF32(u("abc"), stop));
+    EXPECT_EQ(calls, 2);
+    EXPECT_FALSE(enumUTF32reverse(u("abc"), stop));
+    EXPECT_EQ(calls, 3);
+}
+
+TEST(AvailableCodecs, ListsEachOnce)
+{
+    const QStringList names = availableCodecs();
+    EXPECT_TRUE(names.contains(u("UTF-8")));
+    EXPECT_TRUE(names.contains(u("windows-1251")));
+    EXPECT_EQ(QStringList(names).removeDuplicates(), 0);
+}
+
+TEST(CodecForTextFile, ReadsTheByteOrderMark)
+{
+    const QTemporaryDir directory;
+    const struct Row
+    {
+        QByteArray bytes;
+        const char* codec;
+    } rows[] = {
+        {"\xEF\xBB\xBF text", "UTF-8"},
+        {QByteArray("\xFF\xFE\n\0", 4), "UTF-16LE"},
+        {QByteArray("\xFF\xFE\0\0\n\0\0\0", 8), "UTF-32LE"},
+        {"plain", nullptr},
+        {"", nullptr},
+    };
+    for (const Row& row : rows) {
+        QFile file(directory.filePath(u("text")));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(row.bytes);
+        file.close();
+        const QTextCodec* codec = codecForTextFile(file.fileName());
+        ASSERT_EQ(codec == nullptr, row.codec == nullptr);
+        if (codec != nullptr) {
+            EXPECT_EQ(codec->name(), row.codec);
+        }
+    }
+    EXPECT_EQ(codecForTextFile(directory.filePath(u("missing"))), nullptr);
+}
+
+} // namespace
+} // namespace veltor::utils
