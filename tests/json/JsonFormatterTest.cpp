@@ -76,18 +76,14 @@ TEST(JsonFormatter, WritesScalarsBare)
         QJsonValue value;
         const char* expected;
     } rows[] = {
-        {QJsonValue(), "null"},
         {true, "true~"},
         {false, "false~"},
         {0.5, ".5"},
-        {-1e-300, "-1e-300"},
         {1000000000000.125, "1000000000000.13"},
         {u("Жя😀/\x7f"), "\"Жя😀/\x7f\""},
         {u("a\"b\\c\t\n\b\f\r\x01\x1f\x0b"), "\"a\\\"b\\\\c\\t\\n\\b\\f\\r\\u0001\\u001f\\u000b\""},
         {u("Ж\"\\\t"), "\"Ж\\\"\\\\\\t\""},
         {QString(QChar(0xD800)), "\"?\""},
-        {QString(QChar(0)), "\"\\u0000\""},
-        {u(""), "\"\""},
         {QJsonValue(QJsonValue::Undefined), ""},
     };
     for (const Row& row : rows) {

@@ -28,7 +28,6 @@ TEST(RegularExpressionCache, HandsOutOneExpressionPerPatternAndOptions)
     const auto caseless = cache.retrieve(pattern(1), QRegularExpression::CaseInsensitiveOption);
     EXPECT_NE(caseless, first);
     EXPECT_TRUE(caseless->match(QStringLiteral("A")).hasMatch());
-    EXPECT_NE(cache.retrieve(pattern(1).toUpper()), first);
     const auto invalid = cache.retrieve(QStringLiteral("("));
     EXPECT_FALSE(invalid->isValid());
     EXPECT_EQ(cache.retrieve(QStringLiteral("(")), invalid);

@@ -5,13 +5,7 @@
 #include <QtCore/QRegularExpression>
 #include <QtCore/QString>
 
-#include <atomic>
-#include <list>
-#include <map>
 #include <memory>
-#include <mutex>
-#include <shared_mutex>
-#include <utility>
 
 namespace veltor::utils {
 
@@ -53,24 +47,8 @@ public:
     void remove(const QString& pattern, QRegularExpression::PatternOptions options = {});
 
 private:
-    using Entry = std::pair<const ExpressionFlags, std::shared_ptr<QRegularExpression>>;
-    using Position = std::list<Entry>::iterator;
-
-    std::shared_ptr<QRegularExpression> find(const ExpressionFlags& key);
-    void markExpressionAsUsed(Position position);
-    void removeUnusedExpression();
-    void updateFront();
-
-    // Taken in this order. Those who only look up hold m_lock shared and change the order of m_entries,
-    // and nothing else, under m_listMutex; the others hold m_lock alone.
-    std::shared_mutex m_lock;
-    std::mutex m_listMutex;
-
-    std::list<Entry> m_entries; // most recently used first
-    std::map<ExpressionFlags, Position> m_index;
-    unsigned m_limit = 0;
-    // The first entry, written together with the order: repeated hits on it leave m_listMutex alone.
-    std::atomic<const Entry*> m_front = {nullptr};
+    struct Store;
+    std::unique_ptr<Store> m_store;
 };
 
 } // namespace veltor::utils
