@@ -63,9 +63,8 @@ TEST(LineStream, MixesCharactersSkipsAndLines)
     EXPECT_EQ(stream.readLine(), QStringLiteral("z"));
     EXPECT_EQ(stream.readLine(), QStringLiteral("  last"));
     EXPECT_TRUE(stream.atEnd());
-    EXPECT_EQ(stream.getChar(), QChar());
     stream.skipWhiteSpace();
-    EXPECT_TRUE(stream.atEnd());
+    EXPECT_EQ(stream.getChar(), QChar());
 }
 
 TEST(LineStream, ReadsAheadNoFurtherThanItsCapacity)
@@ -75,7 +74,6 @@ TEST(LineStream, ReadsAheadNoFurtherThanItsCapacity)
         QTextStream source(&text);
         LineStream stream(source, capacity);
         EXPECT_FALSE(stream.atEnd());
-        EXPECT_EQ(source.pos(), capacity > 0 ? capacity : 2048);
         (void)stream.getChar();
         stream.fillBuffer();
         EXPECT_EQ(source.pos(), capacity > 0 ? capacity + 1 : 2049);

@@ -27,64 +27,48 @@ QLocale localeOf(const char* name)
 
 TEST(CastExponentialFormat, WritesExponentsOut)
 {
-    const struct Row
-    {
-        const char* text;
-        const char* expected;
-        const char* locale = "C";
-    } rows[] = {
-        {"1.5e-05", "0.000015"},
-        {"-2.5e+20", "-250000000000000000000"},
-        {"1.25e-01", "0.125"},
-        {"e5", "e5"},
-        {"-0.00e5", "-00000"},
-        {"-000e5", "0"},
-        {"7ex", "7"},
-        {"1e2000000", "1e2000000"},
-        {"1e99999999999", "1"},
-        {"", ""},
+    const char* const rows[][3] = {
+        {"1.5e-05", "0.000015", "C"},
+        {"-2.5e+20", "-250000000000000000000", "C"},
+        {"007.25e1", "72.5", "C"},
+        {"e5", "e5", "C"},
+        {"-0.00e5", "-00000", "C"},
+        {"-000e5", "0", "C"},
+        {"7ex", "7", "C"},
+        {"1e2000000", "1e2000000", "C"},
         {"−1,5e−05", "−0,000015", "sv_SE"},
         {"-١٫٥e-٠٥", "-٠٫٠٠٠٠١٥", "ar_EG"},
         {"1,5е+02", "150", "uk_UA"},
         {"1,5e+02", "1,5e+02", "uk_UA"}, // a Latin e is no exponent there
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(castExponentialFormat(u(row.text), localeOf(row.locale), nullptr), u(row.expected))
-            << row.text;
+    for (const auto& [text, expected, locale] : rows) {
+        EXPECT_EQ(castExponentialFormat(u(text), localeOf(locale), nullptr), u(expected)) << text;
     }
-    const auto never = [](int) { return false; };
-    EXPECT_EQ(castExponentialFormat(u("1e5"), QLocale::c(), never), u("1e5"));
+    EXPECT_EQ(castExponentialFormat(u("1e5"), QLocale::c(), [](int) { return false; }), u("1e5"));
 }
 
 TEST(PlainText, OfNotableNumbers)
 {
-    const struct Row
-    {
-        double number;
-        const char* expected;
-    } rows[] = {
+    const std::pair<double, const char*> rows[] = {
         {-0.0, "0"},
         {0.00001, "0.00001"},
         {1e-15, "0.000000000000001"},
-        {1e15, "1e+15"},
+        {9.99999999999999e-16, "9.99999999999999e-16"},
         {-123456.789, "-123456.789"},
         {999999999999999.6, "1e+15"},
         {1000000000000.125, "1000000000000.13"}, // exact ties go away from zero
         {Limits::denorm_min(), "4.94065645841247e-324"},
-        {Limits::infinity(), "inf"},
         {-Limits::infinity(), "-inf"},
         {-Limits::quiet_NaN(), "nan"},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(toString(row.number), u(row.expected));
+    for (const auto& [number, expected] : rows) {
+        EXPECT_EQ(toString(number), u(expected));
     }
-    EXPECT_EQ(toString(0.1F), u("0.1"));
     EXPECT_EQ(toString(1.0e-5F), u("0.00001"));
     EXPECT_EQ(toString(12345678.0F), u("1.234568e+07"));
 }
 
-/// The C library's text for the same digits, laid out by the rules of plain text: an independent model.
-/// It rounds exact ties to even, so they are recognised by their exact decimal value and left out.
+/// Plain text from the C library's digits: an independent model. It rounds exact ties to even.
 std::string modelPlainText(double x)
 {
     char text[64];
@@ -98,9 +82,7 @@ std::string modelPlainText(double x)
     std::string plain = text;
     if (plain.find('.') != std::string::npos) {
         plain.erase(plain.find_last_not_of('0') + 1);
-        if (plain.back() == '.') {
-            plain.pop_back();
-        }
+        plain.erase(plain.find_last_not_of('.') + 1);
     }
     return plain == "-0" ? "0" : plain;
 }
@@ -108,9 +90,8 @@ std::string modelPlainText(double x)
 bool isTie(double x)
 {
     char exact[1100];
-    std::snprintf(exact, sizeof exact, "%.780e", x);
-    const std::string digits = exact + (exact[0] == '-' ? 1 : 0);
-    // d.dddddddddddddd5000...: the sixteenth digit stands at index 16.
+    std::snprintf(exact, sizeof exact, "%.780e", std::abs(x));
+    const std::string digits = exact; // d.dddddddddddddd5000...
     return digits[16] == '5' && digits.find_first_not_of('0', 17) == digits.find('e');
 }
 
@@ -123,7 +104,7 @@ double randomNumber(std::mt19937_64& random, int kind)
         std::memcpy(&x, &bits, sizeof x);
         return x;
     case 1: // short decimals
-        return static_cast<double>(static_cast<qint64>(bits >> 20) - (qint64(1) << 43)) /
+        return static_cast<double>(static_cast<qint64>(bits) >> (20 + bits % 40)) /
                std::pow(10.0, static_cast<double>(random() % 16));
     case 2: // powers of ten and their neighbours
         x = std::pow(10.0, static_cast<double>(bits % 632) - 324.0);
@@ -157,98 +138,81 @@ TEST(Fixup, RemovesTrailingZeros)
         double number;
         int digits;
         const char* expected;
-        const char* locale = "C";
+        const char* locale;
     } rows[] = {
-        {2.5, 3, "2.5"},
-        {2.0, 3, "2"},
-        {-0.0001, 2, "0"},
-        {7.25, 0, "7"},
-        {-0.3, 0, "-0"},
-        {100, -128, "100"},
-        {1.23456789, -1, "1.234568"},
-        {Limits::infinity(), 2, "inf"},
+        {2.5, 3, "2.5", "C"},
+        {2.0, 3, "2", "C"},
+        {-0.0001, 2, "0", "C"},
+        {7.25, 0, "7", "C"},
+        {-0.3, 0, "-0", "C"},
+        {100, -128, "100", "C"},
+        {1.23456789, -1, "1.234568", "C"},
+        {Limits::infinity(), 2, "inf", "C"},
         {-0.0001, 2, "0", "sv_SE"},
-        {-1234.50, 3, "−1\u00A0234,5", "sv_SE"},
         {-1234.50, 3, "-١٬٢٣٤٫٥", "ar_EG"},
-        {1000, 2, "1\u202F000", "fr_FR"},
     };
     for (const Row& row : rows) {
-        EXPECT_EQ(toLocalizedStringFixup(row.number, row.digits, localeOf(row.locale)), u(row.expected))
-            << row.number << ' ' << row.digits;
+        EXPECT_EQ(toLocalizedStringFixup(row.number, row.digits, localeOf(row.locale)), u(row.expected));
     }
     EXPECT_EQ(toStringFixup(1234.50, 3), u("1234.5"));
 }
 
 TEST(ByMode, SelectsTheForm)
 {
-    const QLocale swedish = localeOf("sv_SE");
     const struct Row
     {
         DigitsAfterPoint mode;
-        int digits;
-        const char* ofDouble; // of -1234.5678e-6
+        const char* ofDouble; // of -1234.5678e-6, with 4 digits
         const char* ofFloat;
         const char* swedish;
     } rows[] = {
-        {DigitsAfterPoint::Default, 3, "-0.0012345678", "-0.001234568", "−0,0012345678"},
-        {DigitsAfterPoint::Significant, 3, "-0.00123", "-0.00123", "−0,00123"},
-        {DigitsAfterPoint::Round, 4, "-0.0012", "-0.0012", "−0,0012"},
-        {DigitsAfterPoint::Fixup, 5, "-0.00123", "-0.00123", "−0,00123"},
-        {DigitsAfterPoint::Fixed, 3, "-0.001", "-0.001", "−0,001"},
-        {DigitsAfterPoint::Fixed, 6, "-0.001235", "-0.001235", "−0,001235"},
-        {static_cast<DigitsAfterPoint>(77), 3, "-0.0012345678", "-0.001234568", "−0,0012345678"},
+        {DigitsAfterPoint::Default, "-0.0012345678", "-0.001234568", "−0,0012345678"},
+        {DigitsAfterPoint::Significant, "-0.001235", "-0.001235", "−0,001235"},
+        {DigitsAfterPoint::Round, "-0.0012", "-0.0012", "−0,0012"},
+        {DigitsAfterPoint::Fixup, "-0.0012", "-0.0012", "−0,0012"},
+        {DigitsAfterPoint::Fixed, "-0.0012", "-0.0012", "−0,0012"},
+        {static_cast<DigitsAfterPoint>(77), "-0.0012345678", "-0.001234568", "−0,0012345678"},
     };
     for (const Row& row : rows) {
-        const double x = -1234.5678e-6;
-        EXPECT_EQ(toStringByMode(x, row.mode, row.digits), u(row.ofDouble));
-        EXPECT_EQ(toStringByMode(static_cast<float>(x), row.mode, row.digits), u(row.ofFloat));
-        EXPECT_EQ(toLocalizedStringByMode(x, row.mode, row.digits, swedish), u(row.swedish));
+        EXPECT_EQ(toStringByMode(-1234.5678e-6, row.mode, 4), u(row.ofDouble));
+        EXPECT_EQ(toStringByMode(-1234.5678e-6F, row.mode, 4), u(row.ofFloat));
+        EXPECT_EQ(toLocalizedStringByMode(-1234.5678e-6, row.mode, 4, localeOf("sv_SE")), u(row.swedish));
     }
     EXPECT_EQ(toStringByMode(123456789.0, DigitsAfterPoint::Significant, 3), u("123000000"));
-    EXPECT_EQ(toStringRound(2.345, 1), u("2.3"));
+    EXPECT_EQ(toStringByMode(2.0, DigitsAfterPoint::Fixed, 2), u("2.00"));
     EXPECT_EQ(toStringRound(1234.5, -2), u("1200"));
-    EXPECT_EQ(toLocalizedStringRound(-2.345, 1, swedish), u("−2,3"));
+    EXPECT_EQ(toLocalizedStringRound(-2.345, 1, localeOf("sv_SE")), u("−2,3"));
 }
 
 TEST(GeometryText, FollowsItsTemplates)
 {
-    const QRectF rect(0, 0, 10, 5);
+    const QRectF rect(0.5, 0, 10, 5);
     const QLocale german = localeOf("de_DE");
     EXPECT_EQ(toString(QPointF(1.5, -2)), u("(1.5 -2)"));
-    EXPECT_EQ(toString(QSizeF(1.5, 2)), u("1.5x2"));
-    EXPECT_EQ(toString(rect), u("(0 0) (10 5)"));
-    EXPECT_EQ(toStringFull(rect), u("(0 0) (10 5) (10x5)"));
     EXPECT_EQ(toStringFixup(QPointF(1.256, 2), 2), u("(1.26 2)"));
-    EXPECT_EQ(toLocalizedString(QPointF(1.5, 1000), german), u("(1,5 1.000)"));
-    EXPECT_EQ(toLocalizedString(rect.translated(0.5, 0), german), u("(0,5 0) (10,5 5)"));
-    EXPECT_EQ(toLocalizedStringByMode(QPointF(1, 2), DigitsAfterPoint::Fixed, 1, german), u("(1,0 2,0)"));
-    EXPECT_EQ(toLocalizedStringByMode(rect, DigitsAfterPoint::Fixed, 1, german), u("(0,0 0,0) (10,0 5,0)"));
+    EXPECT_EQ(toString(QSizeF(1.5, 2)), u("1.5x2"));
+    EXPECT_EQ(toString(rect), u("(0.5 0) (10.5 5)"));
+    EXPECT_EQ(toLocalizedStringFull(rect, german), u("(0,5 0) (10,5 5) (10x5)"));
+    EXPECT_EQ(toStringFull(rect), u("(0.5 0) (10.5 5) (10x5)"));
+    EXPECT_EQ(toLocalizedStringByMode(rect, DigitsAfterPoint::Fixed, 1, german), u("(0,5 0,0) (10,5 5,0)"));
     EXPECT_EQ(toString(QVector<QPointF>{{0, 0}, {1.256, 2}}, 2), u("(0 0) (1.26 2)"));
     EXPECT_EQ(toString(QVector<QPointF>{{1.256, 2}}, -1), u("(1.256 2)"));
 }
 
 TEST(Separate, GroupsByThrees)
 {
-    const auto separated = [](const char* text, int first) {
-        return separateThousands(u(text), QLatin1Char('.'), QLatin1Char(' '), first);
-    };
-    EXPECT_EQ(separated("-1234567.5", 1), u("-1 234 567.5"));
-    EXPECT_EQ(separated("-123456.5", 1), u("-123 456.5"));
-    EXPECT_EQ(separated("123456", 0), u("123 456"));
-    EXPECT_EQ(separated("123", 0), u("123"));
-    EXPECT_EQ(separated("", 0), QString());
-    EXPECT_EQ(separateThousands(u("1234.5"), QChar(), QLatin1Char(' '), 0), u("123 4.5"));
+    const QChar blank = QLatin1Char(' ');
+    EXPECT_EQ(separateThousands(u("-1234567.5"), QLatin1Char('.'), blank, 1), u("-1 234 567.5"));
+    EXPECT_EQ(separateThousands(u("-123456"), QLatin1Char('.'), blank, 1), u("-123 456"));
+    EXPECT_EQ(separateThousands(u("123"), QLatin1Char('.'), blank, 0), u("123"));
+    EXPECT_EQ(separateThousands(u("1234.5"), QChar(), blank, 0), u("123 4.5"));
 }
 
 /// Locales whose digits, signs, exponent or group separators are not ASCII.
 TEST(Separate, UsesTheCharactersOfTheLocale)
 {
-    const struct Row
-    {
-        const char* locale;
-        const char* grouped; // -1234567.5
-        const char* large;   // 1.5e20
-    } rows[] = {
+    const char* const rows[][3] = {
+        // -1234567.5, 1.5e20
         {"C", "-1,234,567.5", "1.5e+20"},
         {"sv_SE", "−1\u00A0234\u00A0567,5", "1,5e+20"},
         {"fr_FR", "-1\u202F234\u202F567,5", "1,5e+20"},
@@ -256,17 +220,15 @@ TEST(Separate, UsesTheCharactersOfTheLocale)
         {"ar_EG", "-١٬٢٣٤٬٥٦٧٫٥", "١٫٥e+٢٠"},
         {"mr_IN", "-१,२३४,५६७.५", "१.५e+२०"},
     };
-    for (const Row& row : rows) {
-        QLocale locale = localeOf(row.locale);
-        EXPECT_EQ(separateDouble(-1234567.5, locale), u(row.grouped)) << row.locale;
-        EXPECT_EQ(separateDouble(1.5e20, locale), u(row.large)) << row.locale;
+    for (const auto& [name, grouped, large] : rows) {
+        QLocale locale = localeOf(name);
+        EXPECT_EQ(separateDouble(-1234567.5, locale), u(grouped)) << name;
+        EXPECT_EQ(separateDouble(1.5e20, locale), u(large)) << name;
         locale.setNumberOptions(QLocale::OmitGroupSeparator);
-        EXPECT_EQ(separateDoubleFixup(-1234567.5, 3, locale), u(row.grouped)) << row.locale;
-        EXPECT_EQ(toLocalizedString(-1234567.5, locale), u(row.grouped).remove(locale.groupSeparator()))
-            << row.locale;
+        EXPECT_EQ(separateDoubleFixup(-1234567.5, 3, locale), u(grouped)) << name;
+        EXPECT_EQ(toLocalizedString(-1234567.5, locale), u(grouped).remove(locale.groupSeparator())) << name;
         EXPECT_EQ(locale.numberOptions(), QLocale::OmitGroupSeparator) << "the caller's locale was changed";
     }
-    EXPECT_EQ(separateDouble(Limits::infinity(), localeOf("en_US")), u("inf"));
 }
 
 } // namespace
