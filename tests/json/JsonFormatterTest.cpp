@@ -158,13 +158,10 @@ TEST(JsonFormatter, WritesWhatParsesBack)
     }
 }
 
-/// Keeps what it is given, and fails from the first byte that finds no room.
+/// Keeps what it is given and says that it failed.
 class FailingDevice : public QIODevice
 {
 public:
-    explicit FailingDevice(qint64 room)
-        : m_room(room)
-    {}
     QList<QByteArray> tokens;
 
 protected:
@@ -172,38 +169,31 @@ protected:
     qint64 writeData(const char* data, qint64 size) override
     {
         tokens.append(QByteArray(data, static_cast<int>(size)));
-        m_room -= size;
-        return m_room < 0 ? -1 : size;
+        return -1;
     }
-
-private:
-    qint64 m_room;
 };
 
-TEST(JsonFormatter, HandsEachTokenToTheDevice)
+TEST(JsonFormatter, HandsEachTokenToTheDeviceWhateverItAnswers)
 {
-    for (const qint64 room : {100, 3, 0}) {
-        FailingDevice device(room);
-        JsonFormatter(lend(device), JsonFormatter::formatDelimited)
-            .write(QJsonObject{{u("a\n"), -1}, {u("b"), 2}});
-        const QList<QByteArray> expected = {"{", "\"a\\n\"", ":", " ", "-1", ",",
-                                            " ", "\"b\"",    ":", " ", "2",  "}"};
-        EXPECT_EQ(device.tokens, expected);
-    }
+    FailingDevice device;
+    JsonFormatter(lend(device), JsonFormatter::formatDelimited)
+        .write(QJsonObject{{u("a\n"), -1}, {u("b"), 2}});
+    const QList<QByteArray> expected = {"{", "\"a\\n\"", ":", " ", "-1", ",",
+                                        " ", "\"b\"",    ":", " ", "2",  "}"};
+    EXPECT_EQ(device.tokens, expected);
 }
 
 TEST(JsonFormatter, OwnsAndOpensItsDevice)
 {
     JsonFormatter(nullIOPtr(), JsonFormatter::formatCompact).write(1);
-    QBuffer readable;
-    readable.open(QIODevice::ReadOnly);
-    JsonFormatter(lend(readable), JsonFormatter::formatCompact).write(1);
-    EXPECT_EQ(readable.data(), "");
     QPointer<QBuffer> owned = new QBuffer;
     {
         const JsonFormatter formatter(makeIOPtr(owned), JsonFormatter::formatCompact);
         formatter.write(1);
         formatter.write(u("a"));
+        EXPECT_EQ(owned->data(), "1\"a\"");
+        owned->close();
+        formatter.write(2);
         EXPECT_EQ(owned->data(), "1\"a\"");
     }
     EXPECT_TRUE(owned.isNull());

@@ -1,3 +1,4 @@
+#include <veltor/utils/NumberFormat.h>
 #include <veltor/utils/NumberToText.h>
 
 #include "support/Printers.h"
@@ -9,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <random>
+#include <tuple>
 
 namespace veltor::utils {
 namespace {
@@ -133,50 +135,35 @@ TEST(PlainText, EqualsQtAndTheModelOverRandomNumbers)
 
 TEST(Fixup, RemovesTrailingZeros)
 {
-    const struct Row
-    {
-        double number;
-        int digits;
-        const char* expected;
-        const char* locale;
-    } rows[] = {
-        {2.5, 3, "2.5", "C"},
-        {2.0, 3, "2", "C"},
-        {-0.0001, 2, "0", "C"},
-        {7.25, 0, "7", "C"},
-        {-0.3, 0, "-0", "C"},
-        {100, -128, "100", "C"},
-        {1.23456789, -1, "1.234568", "C"},
-        {Limits::infinity(), 2, "inf", "C"},
-        {-0.0001, 2, "0", "sv_SE"},
-        {-1234.50, 3, "-١٬٢٣٤٫٥", "ar_EG"},
+    const std::tuple<double, int, const char*> rows[] = {
+        {2.5, 3, "2.5"},
+        {2.0, 3, "2"},
+        {-0.0001, 2, "0"},
+        {7.25, 0, "7"},
+        {-0.3, 0, "-0"},
+        {100, -128, "100"},
+        {1.23456789, -1, "1.234568"},
+        {Limits::infinity(), 2, "inf"},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(toLocalizedStringFixup(row.number, row.digits, localeOf(row.locale)), u(row.expected));
+    for (const auto& [number, digits, expected] : rows) {
+        EXPECT_EQ(toStringFixup(number, digits), u(expected));
     }
-    EXPECT_EQ(toStringFixup(1234.50, 3), u("1234.5"));
+    EXPECT_EQ(toLocalizedStringFixup(-0.0001, 2, localeOf("sv_SE")), u("0"));
 }
 
 TEST(ByMode, SelectsTheForm)
 {
-    const struct Row
-    {
-        DigitsAfterPoint mode;
-        const char* ofDouble; // of -1234.5678e-6, with 4 digits
-        const char* ofFloat;
-        const char* swedish;
-    } rows[] = {
-        {DigitsAfterPoint::Default, "-0.0012345678", "-0.001234568", "−0,0012345678"},
-        {DigitsAfterPoint::Significant, "-0.001235", "-0.001235", "−0,001235"},
-        {DigitsAfterPoint::Round, "-0.0012", "-0.0012", "−0,0012"},
-        {DigitsAfterPoint::Fixup, "-0.0012", "-0.0012", "−0,0012"},
-        {DigitsAfterPoint::Fixed, "-0.0012", "-0.0012", "−0,0012"},
-        {static_cast<DigitsAfterPoint>(77), "-0.0012345678", "-0.001234568", "−0,0012345678"},
+    const std::tuple<DigitsAfterPoint, const char*, const char*> rows[] = {
+        {DigitsAfterPoint::Default, "−0,0012345678", "-0.001234568"},
+        {DigitsAfterPoint::Significant, "−0,001235", "-0.001235"},
+        {DigitsAfterPoint::Round, "−0,0012", "-0.0012"},
+        {DigitsAfterPoint::Fixup, "−0,0012", "-0.0012"},
+        {DigitsAfterPoint::Fixed, "−0,0012", "-0.0012"},
+        {static_cast<DigitsAfterPoint>(77), "−0,0012345678", "-0.001234568"},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(toStringByMode(-1234.5678e-6, row.mode, 4), u(row.ofDouble));
-        EXPECT_EQ(toStringByMode(-1234.5678e-6F, row.mode, 4), u(row.ofFloat));
-        EXPECT_EQ(toLocalizedStringByMode(-1234.5678e-6, row.mode, 4, localeOf("sv_SE")), u(row.swedish));
+    for (const auto& [mode, ofDouble, ofFloat] : rows) {
+        EXPECT_EQ(toLocalizedStringByMode(-1234.5678e-6, mode, 4, localeOf("sv_SE")), u(ofDouble));
+        EXPECT_EQ(toStringByMode(-1234.5678e-6F, mode, 4), u(ofFloat));
     }
     EXPECT_EQ(toStringByMode(123456789.0, DigitsAfterPoint::Significant, 3), u("123000000"));
     EXPECT_EQ(toStringByMode(2.0, DigitsAfterPoint::Fixed, 2), u("2.00"));
@@ -228,6 +215,86 @@ TEST(Separate, UsesTheCharactersOfTheLocale)
         EXPECT_EQ(separateDoubleFixup(-1234567.5, 3, locale), u(grouped)) << name;
         EXPECT_EQ(toLocalizedString(-1234567.5, locale), u(grouped).remove(locale.groupSeparator())) << name;
         EXPECT_EQ(locale.numberOptions(), QLocale::OmitGroupSeparator) << "the caller's locale was changed";
+    }
+}
+
+TEST(NumberFormat, KeepsItsFieldsApart)
+{
+    NumberFormat format(NumberFormat::Exponential, true, 0xFFFFFFFFU);
+    EXPECT_EQ(format.unused(), 0x1FFFFFFFU);
+    EXPECT_EQ(format.presentation(), NumberFormat::Exponential);
+    format.setUnused(5).setPresentation(NumberFormat::Standard);
+    EXPECT_TRUE(format.omitLeadingZero());
+    EXPECT_EQ(format.setOmitLeadingZero(false).unused(), 5U);
+    EXPECT_EQ(format.setLocale(QLocale(QLocale::German)).locale().numberOptions(),
+              QLocale::OmitGroupSeparator);
+}
+
+TEST(NumberFormat, PresentsNumbers)
+{
+    const char* const rows[][5] = {
+        // standard, exponential, compact, non-exponential, shortest
+        {"0", "0e0", "0e0", "0", "0"},
+        {"12345", "1.2345e4", "12345e0", "12345", "12345"},
+        {"-.0000001", "-1e-7", "-1e-7", "-.0000001", "-1e-7"},
+        {"150000", "1.5e5", "15e4", "150000", "15e4"},
+        {".00015", "1.5e-4", "1.5e-4", ".00015", ".00015"},
+        {"12345678912.3", "1.23456789123e10", "12.3456789123e9", "12345678912.3", "12345678912.3"},
+        // The point counted from the end of the mantissa, and not inserted at all.
+        {"1234.56", "1.23456e3", "1.23456e9", "1234.56", "1234.56"},
+        {"-1234.56", "-1.23456e3", "-12.3456e9", "-1234.56", "-1234.56"},
+        {"10.25", "1.025e1", "1025e9", "10.25", "10.25"},
+        {"1.5e+20", "1.5e20", "15e19", "150000000000000000000", "15e19"},
+        {"2e-20", "2e-20", "2e-20", ".00000000000000000002", "2e-20"},
+        {"-inf", "-inf", "-inf", "-inf", "-inf"},
+    };
+    const NumberFormat format(NumberFormat::Shortest, true);
+    for (const auto& [standard, exponential, compact, nonExponential, shortest] : rows) {
+        const double number = u(standard).toDouble();
+        EXPECT_EQ(format.standard(number), u(standard));
+        EXPECT_EQ(format.exponential(number), u(exponential));
+        EXPECT_EQ(format.compactExponential(number), u(compact));
+        EXPECT_EQ(format.nonExponential(number), u(nonExponential));
+        EXPECT_EQ(format.toString(number), u(shortest));
+    }
+}
+
+TEST(NumberFormat, UsesTheCharactersOfTheLocale)
+{
+    const char* const rows[][6] = {
+        // exponential character, -1.5e-20, -150000 compact, 12345678912.3 compact, -0.5
+        {"C", "E", "-1.5E-20", "-15E4", "12.3456789123E9", "-.5"},
+        {"C", "⁰", "-1.5⁰-20", "-15⁰4", "12.3456789123⁰9", "-.5"},
+        {"sv_SE", "", "−1,5e−20", "−15e4", "12,3456789123e9", "−,5"},
+        {"uk_UA", "", "-1,5е-20", "-15е4", "12,3456789123е9", "-,5"},
+        {"ar_EG", "E", "-١٫٥E-٢٠", "-١٥E٤", "١٢٫٣٤٥٦٧٨٩١٢٣E٩", "-٫٥"},
+        {"mr_IN", "", "-१.५e-२०", "-१५e४", "१२.३४५६७८९१२३e९", "-.५"},
+    };
+    for (const auto& [locale, mark, standard, compact, target, small] : rows) {
+        NumberFormat format(NumberFormat::Standard, true);
+        format.setLocale(localeOf(locale)).setExponential(u(mark).isEmpty() ? QChar() : u(mark).at(0));
+        EXPECT_EQ(format.toString(-1.5e-20), u(standard)) << locale;
+        EXPECT_EQ(format.exponential(-1.5e-20), u(standard)) << locale;
+        EXPECT_EQ(format.compactExponential(-150000), u(compact)) << locale;
+        EXPECT_EQ(format.compactExponential(12345678912.3), u(target)) << locale;
+        EXPECT_EQ(format.toString(-0.5), u(small)) << locale;
+    }
+}
+
+/// toString() takes a short way in the C locale; it must not be told from the way that others take.
+TEST(NumberFormat, GivesTheSameTextByEitherWay)
+{
+    std::mt19937_64 random(3);
+    for (int i = 0; i < 100000; ++i) {
+        const double x = randomNumber(random, i % 5);
+        NumberFormat format(NumberFormat::Exponential, i % 3 == 0);
+        ASSERT_EQ(format.toString(x), format.exponential(x));
+        ASSERT_EQ(format.setPresentation(NumberFormat::NonExponential).toString(x), format.nonExponential(x));
+        ASSERT_EQ(format.setPresentation(NumberFormat::Standard).toString(x), format.standard(x));
+        const QString plain = format.nonExponential(x);
+        const QString compact = format.compactExponential(x);
+        ASSERT_EQ(format.setPresentation(NumberFormat::Shortest).toString(x),
+                  compact.size() < plain.size() ? compact : plain);
     }
 }
 

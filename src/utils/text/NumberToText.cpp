@@ -92,11 +92,11 @@ QString toString(float x)
 
 QString toLocalizedStringFixup(double x, int digits, const QLocale& locale)
 {
-    const QString text = locale.toString(x, 'f', digits < 0 ? 6 : digits);
+    QString text = locale.toString(x, 'f', digits < 0 ? 6 : digits);
     if (digits == 0 || std::abs(x) > std::numeric_limits<double>::max()) {
         return text;
     }
-    QString trimmed = trimFraction(text, locale);
+    QString trimmed = trimFraction(std::move(text), locale);
     const bool negativeZero =
         trimmed.size() == 2 && trimmed.at(0) == locale.negativeSign() && trimmed.at(1) == locale.zeroDigit();
     return negativeZero ? QString(locale.zeroDigit()) : trimmed;
@@ -172,12 +172,12 @@ QString separateThousands(QString text, QChar point, QChar separator, int first)
 QString separateDouble(double x, QLocale locale)
 {
     locale.setNumberOptions(QLocale::OmitGroupSeparator);
-    const QString text = toLocalizedString(x, locale);
+    QString text = toLocalizedString(x, locale);
     if (text.contains(locale.exponential())) {
         return text;
     }
     const int first = text.startsWith(locale.negativeSign()) ? 1 : 0;
-    return separateThousands(text, locale.decimalPoint(), locale.groupSeparator(), first);
+    return separateThousands(std::move(text), locale.decimalPoint(), locale.groupSeparator(), first);
 }
 
 QString separateDoubleFixup(double x, int digits, QLocale locale)

@@ -50,7 +50,7 @@ QByteArray fromUnicode(const QString& text, int maxBytes, QTextCodec* codec, boo
 QByteArray fromUnicodeVerbose(const QString& text, int maxBytes, QTextCodec* codec, bool* fits)
 {
     bool whole = false;
-    const QByteArray bytes = fromUnicode(text, maxBytes, codec, &whole);
+    QByteArray bytes = fromUnicode(text, maxBytes, codec, &whole);
     if (!whole) {
         const QString message =
             QObject::tr("Строка %1... в кодировке %2 превышает допустимый размер %0")
