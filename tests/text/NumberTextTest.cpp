@@ -82,6 +82,14 @@ std::string modelPlainText(double x)
     return plain == "-0" ? "0" : plain;
 }
 
+bool isTie(double x)
+{
+    char exact[1100];
+    std::snprintf(exact, sizeof exact, "%.780e", std::abs(x));
+    const std::string digits = exact; // d.dddddddddddddd5000...
+    return digits[16] == '5' && digits.find_first_not_of('0', 17) == digits.find('e');
+}
+
 double randomNumber(std::mt19937_64& random, int kind)
 {
     const quint64 bits = random();
@@ -112,7 +120,7 @@ TEST(PlainText, EqualsQtAndTheModelOverRandomNumbers)
         const double x = randomNumber(random, i % 5);
         const QString text = toString(x);
         ASSERT_EQ(text, castExponentialFormat(QLocale::c().toString(x, 'g', 15), QLocale::c(), expanded));
-        if (std::isfinite(x) && i % 5 != 4) {
+        if (std::isfinite(x) && !isTie(x)) {
             ASSERT_EQ(text.toStdString(), modelPlainText(x));
         }
     }
