@@ -123,17 +123,230 @@ void quote(const QString& text, std::string& out)
     out += '"';
 }
 
-} // namespace
-
-/// What travels through one write(). The containers that are open stand on a stack of their own, so that
-/// no depth of nesting exhausts the thread's.
-struct JsonFormatter::State
+/// One write(): the layout's state, and the way of each token to the device. The containers that are open
+/// stand on a stack of their own, so that no depth of nesting exhausts the thread's.
+class Writer
 {
-    qint32 depth = 0;
-    quint32 flags = lineStart;
-    std::vector<Container> open;
-    std::string text;
+public:
+    Writer(QIODevice& device, const Format& format, EndOfLine endOfLine)
+        : m_device(device)
+        , m_format(format)
+        , m_endOfLine(endOfLine)
+    {}
+
+    void write(const QJsonValue& value)
+    {
+        writeValue(value);
+        while (!m_open.empty()) {
+            writeNext();
+        }
+    }
+
+private:
+    void writeValue(const QJsonValue& value);
+    void writeObject(const QJsonObject& object);
+    void writeArray(const QJsonArray& array);
+    void writeNext();
+    void writeNumber(double number);
+    void writeString(const QString& text);
+    void writeEmpty(char open, char close);
+    void writeChar(char c);
+    void writeDelimiter(FormatField field);
+    void writeIndent();
+    void changeDepth(FormatField field);
+    bool isEndOfLine(FormatField field);
+    bool isIndented(FormatField field);
+
+    QIODevice& m_device;
+    const Format& m_format;
+    EndOfLine m_endOfLine;
+    qint32 m_depth = 0;
+    quint32 m_flags = lineStart;
+    std::vector<Container> m_open;
+    std::string m_text;
 };
+
+/// Writes a scalar; of a container only what opens it, the rest follows by writeNext().
+void Writer::writeValue(const QJsonValue& value)
+{
+    switch (value.type()) {
+    case QJsonValue::Null:
+        m_device.write("null", 4);
+        break;
+    case QJsonValue::Bool:
+        // With the terminating zero byte, as the readers of these files expect.
+        if (value.toBool()) {
+            m_device.write("true", 5);
+        } else {
+            m_device.write("false", 6);
+        }
+        break;
+    case QJsonValue::Double:
+        writeNumber(value.toDouble());
+        break;
+    case QJsonValue::String:
+        writeString(value.toString());
+        break;
+    case QJsonValue::Array:
+        writeArray(value.toArray());
+        return;
+    case QJsonValue::Object:
+        writeObject(value.toObject());
+        return;
+    case QJsonValue::Undefined:
+        return;
+    }
+    m_flags &= ~lineStart;
+}
+
+void Writer::writeObject(const QJsonObject& object)
+{
+    if (object.isEmpty()) {
+        writeEmpty('{', '}');
+        return;
+    }
+    writeChar('{');
+    m_open.emplace_back(object);
+}
+
+void Writer::writeArray(const QJsonArray& array)
+{
+    if (array.isEmpty()) {
+        writeEmpty('[', ']');
+        return;
+    }
+    writeChar('[');
+    m_open.emplace_back(array);
+}
+
+/// Writes the next element of the innermost open container, or closes it.
+void Writer::writeNext()
+{
+    Container& container = m_open.back();
+    if (container.next == container.size) {
+        const char close = container.isObject ? '}' : ']';
+        m_open.pop_back();
+        writeChar(close);
+        return;
+    }
+    const int index = container.next++;
+    if (index > 0) {
+        writeChar(',');
+    }
+    if (container.isObject) {
+        const auto member = container.object.constBegin() + index;
+        // A key leaves the state as it is: the line-start bit holds over to the colon.
+        writeString(member.key());
+        writeChar(':');
+        writeValue(member.value());
+    } else {
+        writeValue(container.array.at(index));
+    }
+}
+
+void Writer::writeNumber(double number)
+{
+    char buffer[utils::neutralTextCapacity];
+    if (const char* end = utils::neutralText(number, m_format.numberFormat, buffer)) {
+        m_device.write(buffer, end - buffer);
+    } else {
+        m_device.write(m_format.numberFormat.toString(number).toUtf8());
+    }
+}
+
+void Writer::writeString(const QString& text)
+{
+    quote(text, m_text);
+    m_device.write(m_text.data(), static_cast<qint64>(m_text.size()));
+}
+
+/// As writeChar() twice, without the delimiters between the brackets; the depth still changes by them.
+void Writer::writeEmpty(char open, char close)
+{
+    changeDepth(placesOf(open).before);
+    writeDelimiter(placesOf(open).before);
+    m_device.write(&open, 1);
+    changeDepth(placesOf(open).after);
+    changeDepth(placesOf(close).before);
+    m_device.write(&close, 1);
+    m_flags &= ~lineStart;
+    changeDepth(placesOf(close).after);
+    writeDelimiter(placesOf(close).after);
+}
+
+void Writer::writeChar(char c)
+{
+    const Places places = placesOf(c);
+    // The depth changes first: a line feed in the delimiter is followed by the new indentation.
+    changeDepth(places.before);
+    writeDelimiter(places.before);
+    m_device.write(&c, 1);
+    m_flags &= ~lineStart;
+    changeDepth(places.after);
+    writeDelimiter(places.after);
+}
+
+void Writer::writeDelimiter(FormatField field)
+{
+    const QByteArray& delimiter = m_format.fields[field];
+    if (delimiter.isEmpty() || (m_flags & lineStart) != 0) {
+        return;
+    }
+    if (!isEndOfLine(field)) {
+        m_device.write(delimiter);
+        return;
+    }
+    if (m_endOfLine == EndOfLine::Lf) {
+        m_device.write(delimiter);
+    } else {
+        if (delimiter.size() > 1) {
+            m_device.write(delimiter.constData(), delimiter.size() - 1);
+        }
+        m_device.write(m_endOfLine == EndOfLine::CrLf ? "\r\n" : "\r");
+    }
+    writeIndent();
+}
+
+void Writer::writeIndent()
+{
+    const QByteArray& indent = m_format.indent;
+    if (indent.isEmpty() || m_depth <= 0) {
+        return;
+    }
+    if (indent.size() == 1) {
+        m_device.write(QByteArray(m_depth, indent.front()));
+    } else {
+        for (int i = 0; i < m_depth; ++i) {
+            m_device.write(indent);
+        }
+    }
+    m_flags |= lineStart;
+}
+
+void Writer::changeDepth(FormatField field)
+{
+    if (isIndented(field)) {
+        const bool isOpening = field == ObjectOpenBefore || field == ObjectOpenAfter ||
+                               field == ArrayOpenBefore || field == ArrayOpenAfter;
+        m_depth += isOpening ? 1 : -1;
+    }
+}
+
+bool Writer::isEndOfLine(FormatField field)
+{
+    if ((m_flags & knownBit(field)) == 0) {
+        m_flags |= knownBit(field) | (m_format.fields[field].endsWith('\n') ? valueBit(field) : 0);
+    }
+    return (m_flags & valueBit(field)) != 0;
+}
+
+bool Writer::isIndented(FormatField field)
+{
+    const bool isMasked = field <= ArrayCloseAfter && ((m_format.numberFormat.unused() >> field) & 1) != 0;
+    return isMasked && isEndOfLine(field);
+}
+
+} // namespace
 
 JsonFormatter::JsonFormatter(IOPtr device, Format format)
     : m_device(std::move(device))
@@ -156,191 +369,7 @@ void JsonFormatter::write(const QJsonValue& value) const
     if (!m_device || !m_device->isWritable()) {
         return;
     }
-    State state;
-    writeImpl(value, state);
-    while (!state.open.empty()) {
-        writeNext(state);
-    }
-}
-
-/// Writes a scalar; of a container only what opens it, the rest follows by writeNext().
-void JsonFormatter::writeImpl(const QJsonValue& value, State& state) const
-{
-    switch (value.type()) {
-    case QJsonValue::Null:
-        m_device->write("null", 4);
-        break;
-    case QJsonValue::Bool:
-        // With the terminating zero byte, as the readers of these files expect.
-        if (value.toBool()) {
-            m_device->write("true", 5);
-        } else {
-            m_device->write("false", 6);
-        }
-        break;
-    case QJsonValue::Double:
-        writeNumber(value.toDouble());
-        break;
-    case QJsonValue::String:
-        writeString(value.toString(), state);
-        break;
-    case QJsonValue::Array:
-        writeArray(value.toArray(), state);
-        return;
-    case QJsonValue::Object:
-        writeObject(value.toObject(), state);
-        return;
-    case QJsonValue::Undefined:
-        return;
-    }
-    state.flags &= ~lineStart;
-}
-
-void JsonFormatter::writeObject(const QJsonObject& object, State& state) const
-{
-    if (object.isEmpty()) {
-        writeEmpty('{', '}', state);
-        return;
-    }
-    writeChar('{', state);
-    state.open.emplace_back(object);
-}
-
-void JsonFormatter::writeArray(const QJsonArray& array, State& state) const
-{
-    if (array.isEmpty()) {
-        writeEmpty('[', ']', state);
-        return;
-    }
-    writeChar('[', state);
-    state.open.emplace_back(array);
-}
-
-/// Writes the next element of the innermost open container, or closes it.
-void JsonFormatter::writeNext(State& state) const
-{
-    Container& container = state.open.back();
-    if (container.next == container.size) {
-        const char close = container.isObject ? '}' : ']';
-        state.open.pop_back();
-        writeChar(close, state);
-        return;
-    }
-    const int index = container.next++;
-    if (index > 0) {
-        writeChar(',', state);
-    }
-    if (container.isObject) {
-        const auto member = container.object.constBegin() + index;
-        // A key leaves the state as it is: the line-start bit holds over to the colon.
-        writeString(member.key(), state);
-        writeChar(':', state);
-        writeImpl(member.value(), state);
-    } else {
-        writeImpl(container.array.at(index), state);
-    }
-}
-
-void JsonFormatter::writeNumber(double number) const
-{
-    char buffer[utils::neutralTextCapacity];
-    if (const char* end = utils::neutralText(number, m_format.numberFormat, buffer)) {
-        m_device->write(buffer, end - buffer);
-    } else {
-        m_device->write(m_format.numberFormat.toString(number).toUtf8());
-    }
-}
-
-void JsonFormatter::writeString(const QString& text, State& state) const
-{
-    quote(text, state.text);
-    m_device->write(state.text.data(), static_cast<qint64>(state.text.size()));
-}
-
-/// As writeChar() twice, without the delimiters between the brackets; the depth still changes by them.
-void JsonFormatter::writeEmpty(char open, char close, State& state) const
-{
-    changeDepth(placesOf(open).before, state);
-    writeDelimiter(placesOf(open).before, state);
-    m_device->write(&open, 1);
-    changeDepth(placesOf(open).after, state);
-    changeDepth(placesOf(close).before, state);
-    m_device->write(&close, 1);
-    state.flags &= ~lineStart;
-    changeDepth(placesOf(close).after, state);
-    writeDelimiter(placesOf(close).after, state);
-}
-
-void JsonFormatter::writeChar(char c, State& state) const
-{
-    const Places places = placesOf(c);
-    // The depth changes first: a line feed in the delimiter is followed by the new indentation.
-    changeDepth(places.before, state);
-    writeDelimiter(places.before, state);
-    m_device->write(&c, 1);
-    state.flags &= ~lineStart;
-    changeDepth(places.after, state);
-    writeDelimiter(places.after, state);
-}
-
-void JsonFormatter::writeDelimiter(FormatField field, State& state) const
-{
-    const QByteArray& delimiter = m_format.fields[field];
-    if (delimiter.isEmpty() || (state.flags & lineStart) != 0) {
-        return;
-    }
-    if (!isEndOfLine(field, state)) {
-        m_device->write(delimiter);
-        return;
-    }
-    if (m_endOfLine == EndOfLine::Lf) {
-        m_device->write(delimiter);
-    } else {
-        if (delimiter.size() > 1) {
-            m_device->write(delimiter.constData(), delimiter.size() - 1);
-        }
-        m_device->write(m_endOfLine == EndOfLine::CrLf ? "\r\n" : "\r");
-    }
-    writeIndent(state);
-}
-
-void JsonFormatter::writeIndent(State& state) const
-{
-    const QByteArray& indent = m_format.indent;
-    if (indent.isEmpty() || state.depth <= 0) {
-        return;
-    }
-    if (indent.size() == 1) {
-        m_device->write(QByteArray(state.depth, indent.front()));
-    } else {
-        for (int i = 0; i < state.depth; ++i) {
-            m_device->write(indent);
-        }
-    }
-    state.flags |= lineStart;
-}
-
-void JsonFormatter::changeDepth(FormatField field, State& state) const
-{
-    if (isIndented(field, state)) {
-        const bool isOpening = field == ObjectOpenBefore || field == ObjectOpenAfter ||
-                               field == ArrayOpenBefore || field == ArrayOpenAfter;
-        state.depth += isOpening ? 1 : -1;
-    }
-}
-
-bool JsonFormatter::isEndOfLine(FormatField field, State& state) const
-{
-    if ((state.flags & knownBit(field)) == 0) {
-        state.flags |= knownBit(field) | (m_format.fields[field].endsWith('\n') ? valueBit(field) : 0);
-    }
-    return (state.flags & valueBit(field)) != 0;
-}
-
-bool JsonFormatter::isIndented(FormatField field, State& state) const
-{
-    const bool isMasked = field <= ArrayCloseAfter && ((m_format.numberFormat.unused() >> field) & 1) != 0;
-    return isMasked && isEndOfLine(field, state);
+    Writer(*m_device, m_format, m_endOfLine).write(value);
 }
 
 } // namespace veltor::json

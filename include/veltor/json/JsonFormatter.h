@@ -9,9 +9,6 @@
 
 #include <array>
 
-class QJsonArray;
-class QJsonObject;
-
 namespace veltor::json {
 
 /// The places where a format puts a delimiter, numbered as Format::fields and the indentation mask
@@ -106,22 +103,6 @@ public:
     [[nodiscard]] EndOfLine eol() const noexcept { return m_endOfLine; }
 
 private:
-    struct State;
-
-    void writeImpl(const QJsonValue& value, State& state) const;
-    void writeObject(const QJsonObject& object, State& state) const;
-    void writeArray(const QJsonArray& array, State& state) const;
-    void writeNext(State& state) const;
-    void writeNumber(double number) const;
-    void writeString(const QString& text, State& state) const;
-    void writeEmpty(char open, char close, State& state) const;
-    void writeChar(char c, State& state) const;
-    void writeDelimiter(FormatField field, State& state) const;
-    void writeIndent(State& state) const;
-    void changeDepth(FormatField field, State& state) const;
-    [[nodiscard]] bool isEndOfLine(FormatField field, State& state) const;
-    [[nodiscard]] bool isIndented(FormatField field, State& state) const;
-
     IOPtr m_device;
     Format m_format;
     EndOfLine m_endOfLine = EndOfLine::Lf;
