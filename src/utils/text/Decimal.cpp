@@ -134,19 +134,22 @@ void writeDigits(quint64 value, Decimal& decimal) noexcept
     }
 }
 
-/// significand * 2^exponent, the top bit of the significand set.
+/// significand * 2^exponent, the top bit of the significand set but for zero.
 struct Binary
 {
     quint64 significand;
     int exponent;
 };
 
-/// The magnitude of a finite double that is not zero, from its bits.
+/// The magnitude of a finite double, from its bits.
 Binary toBinary(quint64 bits) noexcept
 {
     const quint64 fraction = bits & ((quint64(1) << 52) - 1);
     const int exponent = static_cast<int>((bits >> 52) & 0x7FF);
     const quint64 significand = exponent == 0 ? fraction : fraction | quint64(1) << 52;
+    if (significand == 0) {
+        return {0, 0};
+    }
     const auto shift = static_cast<int>(qCountLeadingZeroBits(significand));
     return {significand << shift, (exponent == 0 ? 1 : exponent) - 1075 - shift};
 }
@@ -158,13 +161,13 @@ bool toDecimal(double x, Decimal& decimal) noexcept
     if (!std::isfinite(x)) {
         return false;
     }
-    if (x == 0) {
-        decimal = {"0", 1, 0, false};
-        return true;
-    }
     quint64 bits = 0;
     std::memcpy(&bits, &x, sizeof bits);
     const auto [significand, exponent] = toBinary(bits);
+    if (significand == 0) {
+        decimal = {"0", 1, 0, false};
+        return true;
+    }
 
     // floor(log10(2^n)) for every |n| below 2620; the true exponent is this one or the next.
     int decimalExponent = ((exponent + 63) * 315653) >> 20;

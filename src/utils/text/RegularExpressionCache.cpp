@@ -44,11 +44,12 @@ public:
 private:
     static constexpr std::size_t slotCount = 8;
 
-    struct alignas(64) Slot // a cache line
+    struct Slot
     {
         std::shared_mutex mutex;
+        char padding[64]; // keeps the next mutex off this one's cache line
     };
-    std::array<Slot, slotCount> m_slots;
+    std::array<Slot, slotCount> m_slots = {};
 };
 
 } // namespace
