@@ -13,7 +13,7 @@
 /// exponent of x is e(x) = floor(log10(|x|)). All functions are reentrant and throw nothing of their own.
 ///
 /// The arithmetic is plain IEEE double: the value is scaled by 10^|n|, rounded and scaled back, so
-/// - NaN gives NaN, and an infinity keeps itself for n >= 0 until 10^n overflows;
+/// - NaN gives NaN, and an infinity itself;
 /// - a result is NaN where the scale 10^|n| overflows, that is for |n| > 308;
 /// - a value whose decimal text ends in 5 may stand a last bit below or above the half and is rounded
 ///   accordingly: getRound(1.005, 2) is 1, for the double nearest to 1.005 lies below it;
