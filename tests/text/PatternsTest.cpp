@@ -81,17 +81,13 @@ TEST(MaskPatterns, MatchWhatAPlainMatcherMatches)
     }
 }
 
-TEST(SmallHelpers, LookAtTheEndsAndTheCharacters)
+TEST(SmallPatterns, LookAtTheEndsAndTheCharacters)
 {
     for (const char* text : {"abc", "*abc", "abc*", "*abc*"}) {
         EXPECT_EQ(substringToWildcard(u(text)), u("*abc*"));
     }
     EXPECT_FALSE(containNonAscii(u("a\x7F\n")));
     EXPECT_TRUE(containNonAscii(u("a\xC2\x80")));
-}
-
-TEST(DegreeExpression, FindsCoordinates)
-{
     EXPECT_EQ(getDegreeRegExp(2, QLatin1Char(',')).pattern(),
               u("[-+]?\\d{1,3}°\\d{1,2}'\\d{1,2}(\\,\\d{0,2})?\""));
     EXPECT_EQ(getDegreeRegExp(0, QLatin1Char('.')).match(u("at -12°30'15.12345678\" N")).captured(),
