@@ -1,0 +1,202 @@
+// Numbers to text, cached expressions and lines, each beside what a caller would use without us.
+
+#include <veltor/utils/LineStream.h>
+#include <veltor/utils/NumberFormat.h>
+#include <veltor/utils/NumberToText.h>
+#include <veltor/utils/RegularExpressionCache.h>
+
+#include <QtCore/QTemporaryFile>
+#include <QtCore/QTextStream>
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <vector>
+
+namespace {
+
+using namespace veltor::utils;
+
+/// Coordinates, lengths and counts as a map holds them, and for every fourth number any bits at all.
+std::vector<double> numbers()
+{
+    std::mt19937_64 random(1);
+    std::vector<double> result(4096);
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        const auto bits = random();
+        switch (i % 4) {
+        case 0:
+            result[i] = static_cast<double>(bits >> 11) / 9007199254740992.0 * 360.0 - 180.0;
+            break;
+        case 1:
+            result[i] = std::round(static_cast<double>(bits % 1000000000)) / 1000.0;
+            break;
+        case 2:
+            result[i] = static_cast<double>(bits % 100000);
+            break;
+        default:
+            std::memcpy(&result[i], &bits, sizeof bits);
+            break;
+        }
+    }
+    return result;
+}
+
+template <typename Function>
+void overNumbers(benchmark::State& state, Function function)
+{
+    const std::vector<double> values = numbers();
+    for (auto _ : state) {
+        for (const double x : values) {
+            benchmark::DoNotOptimize(function(x));
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<qint64>(values.size()));
+}
+
+void PlainText_Qt(benchmark::State& state)
+{
+    const QLocale locale = QLocale::c();
+    overNumbers(state, [&](double x) { return locale.toString(x, 'g', 15); });
+}
+BENCHMARK(PlainText_Qt);
+
+void PlainText_Veltor(benchmark::State& state)
+{
+    overNumbers(state, [](double x) { return toString(x); });
+}
+BENCHMARK(PlainText_Veltor);
+
+void PlainText_VeltorGerman(benchmark::State& state)
+{
+    const QLocale locale(QLocale::German);
+    overNumbers(state, [&](double x) { return toLocalizedString(x, locale); });
+}
+BENCHMARK(PlainText_VeltorGerman);
+
+void PlainText_VeltorShortest(benchmark::State& state)
+{
+    const NumberFormat format(NumberFormat::Shortest);
+    overNumbers(state, [&](double x) { return format.toString(x); });
+}
+BENCHMARK(PlainText_VeltorShortest);
+
+const QString& datePattern()
+{
+    static const QString pattern =
+        QStringLiteral("^(\\d{4})-(\\d{2})-(\\d{2})(T(\\d{2}):(\\d{2})(:(\\d{2}))?)?$");
+    return pattern;
+}
+
+void Expression_Constructed(benchmark::State& state)
+{
+    for (auto _ : state) {
+        const QRegularExpression expression(datePattern());
+        expression.optimize();
+        benchmark::DoNotOptimize(&expression);
+    }
+}
+BENCHMARK(Expression_Constructed);
+
+/// The cache as an application uses it: a few hundred expressions, one of them asked for again and again.
+RegularExpressionCache& filledCache()
+{
+    static auto* const cache = [] {
+        auto* result = new RegularExpressionCache;
+        for (int i = 0; i < 500; ++i) {
+            (void)result->retrieve(datePattern() + QString::number(i));
+        }
+        return result;
+    }();
+    return *cache;
+}
+
+void Expression_SameHit(benchmark::State& state)
+{
+    RegularExpressionCache& cache = filledCache();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(cache.retrieve(datePattern()));
+    }
+}
+BENCHMARK(Expression_SameHit)->ThreadRange(1, 2)->UseRealTime();
+
+void Expression_AlternatingHits(benchmark::State& state)
+{
+    RegularExpressionCache& cache = filledCache();
+    const QString patterns[] = {datePattern() + QString::number(7), datePattern() + QString::number(400)};
+    std::size_t i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(cache.retrieve(patterns[i++ % 2]));
+    }
+}
+BENCHMARK(Expression_AlternatingHits)->ThreadRange(1, 2)->UseRealTime();
+
+/// 100 MB of lines of 20 to 140 characters, every second one Cyrillic; removed with the program.
+const QString& textFile()
+{
+    static QTemporaryFile file;
+    if (!file.isOpen()) {
+        if (!file.open()) {
+            std::abort();
+        }
+        const QByteArray latin("The quick brown fox jumps over the lazy dog; ");
+        const QByteArray cyrillic("Съешь же ещё этих мягких французских булок, ");
+        std::mt19937 random(1);
+        for (int written = 0, line = 0; written < 100000000; ++line) {
+            const QString source = QString::fromUtf8((line % 2 == 0 ? latin : cyrillic).repeated(4));
+            const QByteArray text = source.left(static_cast<int>(20 + random() % 120)).toUtf8() + '\n';
+            file.write(text);
+            written += text.size();
+        }
+        file.flush();
+    }
+    static const QString name = file.fileName();
+    return name;
+}
+
+template <typename Read>
+void overLines(benchmark::State& state, Read read)
+{
+    qint64 bytes = 0;
+    for (auto _ : state) {
+        QFile file(textFile());
+        if (!file.open(QIODevice::ReadOnly)) {
+            std::abort();
+        }
+        QTextStream stream(&file);
+        stream.setCodec("UTF-8");
+        benchmark::DoNotOptimize(read(stream));
+        bytes += file.size();
+    }
+    state.SetBytesProcessed(bytes);
+}
+
+void Lines_Qt(benchmark::State& state)
+{
+    overLines(state, [](QTextStream& stream) {
+        qint64 characters = 0;
+        for (QString line = stream.readLine(); !line.isNull(); line = stream.readLine()) {
+            characters += line.size();
+        }
+        return characters;
+    });
+}
+BENCHMARK(Lines_Qt)->Unit(benchmark::kMillisecond);
+
+void Lines_Veltor(benchmark::State& state)
+{
+    overLines(state, [](QTextStream& stream) {
+        LineStream lines(stream);
+        qint64 characters = 0;
+        while (!lines.atEnd()) {
+            characters += lines.readLine().size();
+        }
+        return characters;
+    });
+}
+BENCHMARK(Lines_Veltor)->Unit(benchmark::kMillisecond);
+
+} // namespace

@@ -1,0 +1,102 @@
+#include <veltor/utils/LineStream.h>
+
+#include <QtCore/QTextStream>
+
+#include <algorithm>
+
+namespace veltor::utils {
+namespace {
+
+constexpr int defaultCapacity = 2048;
+
+bool isBreak(QChar c)
+{
+    return c == QLatin1Char('\n') || c == QLatin1Char('\r');
+}
+
+} // namespace
+
+LineStream::LineStream(QTextStream& stream, int capacity)
+    : m_stream(stream)
+    , m_capacity(capacity < 1 ? defaultCapacity : capacity)
+{}
+
+void LineStream::fillBuffer()
+{
+    if (m_remaining >= m_capacity) {
+        return;
+    }
+    const QString text = m_stream.read(m_capacity - m_remaining);
+    if (m_remaining > 0) {
+        m_buffer.remove(0, m_buffer.size() - m_remaining);
+        m_buffer += text;
+    } else {
+        m_buffer = text;
+    }
+    m_remaining = m_buffer.size();
+}
+
+bool LineStream::atEnd()
+{
+    return !fillIfEmpty();
+}
+
+QChar LineStream::getChar()
+{
+    if (!fillIfEmpty()) {
+        return QChar();
+    }
+    const QChar next = *unread();
+    --m_remaining;
+    return next;
+}
+
+void LineStream::skip(bool (*predicate)(QChar))
+{
+    while (fillIfEmpty()) {
+        const QChar* const end = unread() + m_remaining;
+        const QChar* const stop = std::find_if_not(unread(), end, predicate);
+        m_remaining = static_cast<int>(end - stop);
+        if (m_remaining > 0) {
+            return;
+        }
+    }
+}
+
+void LineStream::skipWhiteSpace()
+{
+    skip([](QChar c) { return c.isSpace(); });
+}
+
+QString LineStream::readLine()
+{
+    QString line;
+    while (fillIfEmpty()) {
+        const QChar* const begin = unread();
+        const QChar* const end = begin + m_remaining;
+        const QChar* const stop = std::find_if(begin, end, isBreak);
+        line.append(begin, static_cast<int>(stop - begin));
+        m_remaining = static_cast<int>(end - stop);
+        if (m_remaining > 0) {
+            skip(&isBreak);
+            break;
+        }
+    }
+    return line;
+}
+
+const QChar* LineStream::unread() const noexcept
+{
+    return m_buffer.constData() + (m_buffer.size() - m_remaining);
+}
+
+/// @return false at the end of the input
+bool LineStream::fillIfEmpty()
+{
+    if (m_remaining == 0) {
+        fillBuffer();
+    }
+    return m_remaining > 0;
+}
+
+} // namespace veltor::utils
