@@ -38,6 +38,7 @@ public:
     {
         receive();
         m_function();
+        publish(); // the sender may be the one who destroys the closure
     }
 
 private:

@@ -2,6 +2,7 @@
 
 #include "Post.h"
 
+#include <QtCore/QEvent>
 #include <QtCore/QThread>
 
 #include <cmath>
@@ -206,6 +207,15 @@ void ProgressHandler::throwIfCanceled() const
     }
 }
 
+bool ProgressHandler::event(QEvent* event)
+{
+    if (event->type() == QEvent::DeferredDelete) {
+        // See all that the thread that released the handler did, as in Handoff.
+        static_cast<void>(m_released.load(std::memory_order_acquire));
+    }
+    return QObject::event(event);
+}
+
 void ProgressHandler::sendCancel()
 {
     cancel();
@@ -289,6 +299,7 @@ void releaseHandler(ProgressHandler* handler)
 {
     QThread* home = handler->thread();
     if (home && home != QThread::currentThread() && home->isRunning()) {
+        handler->m_released.store(true, std::memory_order_release);
         handler->deleteLater();
     } else {
         delete handler;

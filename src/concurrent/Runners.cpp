@@ -28,14 +28,13 @@ void runInNewThread(Task* task)
     task->moveTaskToThread(thread);
     // Direct: the thread must end whether or not the caller's thread delivers events. The handler may pass
     // on the finished() of a part of its work, which ends nothing.
-    QObject::connect(
-        handler.get(), &ProgressHandler::finished, thread,
-        [thread, watched = handler.get()] {
-            if (watched->isFinished()) {
-                thread->quit();
-            }
-        },
-        Qt::DirectConnection);
+    QObject::connect(handler.get(), &ProgressHandler::finished, thread,
+                     Handoff([thread, watched = handler.get()] {
+                         if (watched->isFinished()) {
+                             thread->quit();
+                         }
+                     }),
+                     Qt::DirectConnection);
     QObject::connect(thread, &QThread::finished, task, &QObject::deleteLater);
     QObject::connect(thread, &QThread::finished, thread, &QObject::deleteLater);
     post(task, [task] { task->start(); });

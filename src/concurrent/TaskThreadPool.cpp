@@ -9,6 +9,7 @@
 #include <QtCore/QCoreApplication>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <utility>
 
@@ -18,22 +19,33 @@ namespace {
 const logging::LoggerMessager poolLog(logging::LogLevel::Detail, "concurrent/TaskThreadPool.cpp", __LINE__,
                                       "veltor::concurrent::TaskThreadPool::TaskThreadPool(int, QObject*)");
 
-/// A thread that delivers what was posted to it before quit(), such as a task's cancel().
+/// A thread that, before it ends, delivers what was posted to it before quit(), such as a task's cancel(),
+/// and deletes what was to be deleted.
 class EventThread : public QThread
 {
+public:
+    EventThread() = default;
+    ~EventThread() override { join(); }
+
+    /// Returns when the thread has ended, with all that it did in sight.
+    void join()
+    {
+        wait();
+        static_cast<void>(m_ended.load(std::memory_order_acquire));
+    }
+
 protected:
     void run() override
     {
         exec();
         QCoreApplication::sendPostedEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        m_ended.store(true, std::memory_order_release); // wait() does it too, unseen by ThreadSanitizer
     }
-};
 
-void stop(QThread* thread)
-{
-    thread->quit();
-    thread->wait();
-}
+private:
+    std::atomic<bool> m_ended{false};
+};
 
 } // namespace
 
@@ -283,7 +295,11 @@ void TaskThreadPool::drop(Task* task)
         forgetDeleted();
         m_retired.emplace_back(task);
     }
-    task->deleteLater();
+    if (task->thread() == QThread::currentThread()) {
+        task->deleteLater();
+    } else {
+        post(task, [task] { task->deleteLater(); });
+    }
 }
 
 void TaskThreadPool::addThread()
@@ -319,8 +335,7 @@ void TaskThreadPool::onThreadFinished(QThread* worker)
         const std::lock_guard lock(m_mutex);
         m_workers.removeOne(worker);
     }
-    worker->wait();
-    delete worker;
+    delete worker; // waits for its last instructions
 }
 
 bool TaskThreadPool::allTasksDone() const
@@ -380,17 +395,17 @@ void TaskThreadPool::cancelAll()
 void TaskThreadPool::stopThreads()
 {
     if (m_serviceThread == QThread::currentThread()) { // deleteLater() on the pool
-        connect(m_serviceThread, &QThread::finished, m_serviceThread, &QObject::deleteLater);
+        connect(m_serviceThread, SIGNAL(finished()), m_serviceThread, SLOT(deleteLater()));
         m_serviceThread->quit();
     } else {
-        stop(m_serviceThread);
-        delete m_serviceThread;
+        m_serviceThread->quit();
+        delete m_serviceThread; // waits for it
     }
     for (QThread* worker : std::as_const(m_workers)) {
         worker->quit();
     }
     for (QThread* worker : std::as_const(m_workers)) {
-        worker->wait();
+        static_cast<EventThread*>(worker)->join();
     }
 }
 

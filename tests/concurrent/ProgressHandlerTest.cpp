@@ -209,9 +209,9 @@ TEST(ProgressHandler, IsDeletedWhileItIsDestroyed)
 
 TEST(ProgressHandler, MayBeReleasedByAnyThreadWhileWritesAreUnderWay)
 {
-    QThread thread;
-    thread.start();
+    test::EventLoopThread thread;
     std::atomic<int> destroyed{0};
+    thread.start();
     for (int i = 0; i < 300; ++i) {
         std::shared_ptr<ProgressHandler> handler(new ProgressHandler, &releaseHandler);
         QObject::connect(handler.get(), &QObject::destroyed, [&] { ++destroyed; });
@@ -219,8 +219,7 @@ TEST(ProgressHandler, MayBeReleasedByAnyThreadWhileWritesAreUnderWay)
         handler->setProgress(1);
         handler->setProgress(2);
     }
-    thread.quit();
-    thread.wait();
+    thread.stop();
     EXPECT_EQ(destroyed, 300);
 }
 

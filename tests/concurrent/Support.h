@@ -2,7 +2,9 @@
 
 #include <veltor/concurrent/Task.h>
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QStringList>
+#include <QtCore/QThread>
 #include <QtTest/QTest>
 
 #include <atomic>
@@ -109,6 +111,32 @@ public:
 private:
     std::mutex m_mutex; // guards m_events
     QStringList m_events;
+};
+
+/// A thread with an event loop; its end is waited for in a way that ThreadSanitizer sees.
+class EventLoopThread : public QThread
+{
+public:
+    EventLoopThread() = default;
+    ~EventLoopThread() override { stop(); }
+
+    void stop()
+    {
+        quit();
+        wait();
+        m_ended.load();
+    }
+
+protected:
+    void run() override
+    {
+        exec();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        m_ended = true;
+    }
+
+private:
+    std::atomic<bool> m_ended{false};
 };
 
 /// Delivers events until @p condition holds; false when it did not within a time that no test needs.

@@ -215,7 +215,7 @@ protected:
         });
         task = created;
         handler = task->progressHandler();
-        log = std::make_unique<EventLog>(*handler, Qt::QueuedConnection);
+        log = std::make_unique<EventLog>(*handler);
         handler->setIgnoreFinal(true);
         task->pause(); // not running yet: nothing
         EXPECT_FALSE(task->pauseRequested());
@@ -289,14 +289,13 @@ TEST(Task, CancelRacesTheNaturalEndWithOneVerdict)
 
 TEST(Runners, RunInThreadLeavesThreadAndTaskToTheCaller)
 {
-    QThread thread;
+    test::EventLoopThread thread;
     LambdaTask task([&](LambdaTask&) { EXPECT_EQ(QThread::currentThread(), &thread); });
     const auto handler = task.progressHandler();
     runInThread(&task, &thread);
     thread.start();
     handler->waitForFinished();
-    thread.quit();
-    thread.wait();
+    thread.stop();
     EXPECT_TRUE(task.isSuccessful());
     EXPECT_THROW(runInThread(&task, nullptr), std::invalid_argument);
     EXPECT_THROW(runInNewThread(nullptr), std::invalid_argument);

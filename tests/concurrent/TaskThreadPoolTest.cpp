@@ -103,7 +103,7 @@ TEST_F(Pool, DropsATaskThatWasCancelledInTheQueueAndLeavesTheWorkerIdle)
     auto* cancelled = named("x");
     cancelled->cancelAsked = [](LambdaTask& t) { t.enterCancelledState(); };
     const auto handler = cancelled->progressHandler();
-    EventLog log(*handler, Qt::QueuedConnection);
+    EventLog log(*handler);
     handler->setIgnoreFinal(true);
     pool.start(cancelled);
     pool.start(named("b"));
@@ -145,7 +145,7 @@ TEST_F(Pool, ObserversSeeAQueuedTaskEndOnce)
         const auto goodHandler = good->progressHandler();
         const auto badHandler = bad->progressHandler();
         EventLog goodLog(*goodHandler, type);
-        EventLog badLog(*badHandler, type);
+        EventLog badLog(*badHandler);
         pool.start(good);
         pool.start(bad);
         EXPECT_TRUE(eventually([] { return LambdaTask::alive == 0; }));

@@ -41,6 +41,10 @@ using CancelMethod = std::function<void()>;
 class ProgressHandler;
 using ProgressHandlerPtr = std::shared_ptr<ProgressHandler>;
 
+/// Deleter for handlers that any thread may release last: destroys the handler at once when no event of
+/// another thread can be under way to it, and in its own thread otherwise.
+VELTOR_UTILS_EXPORT void releaseHandler(ProgressHandler* handler);
+
 /// The observable face of a running operation: work writes values, messages and errors into it, and
 /// observers connect to its signals.
 ///
@@ -122,6 +126,8 @@ public:
     /// @throws std::runtime_error when cancellation was asked for
     void throwIfCanceled() const;
 
+    bool event(QEvent* event) override;
+
 Q_SIGNALS:
     void canceled();
     void cancelRequest();
@@ -164,6 +170,8 @@ protected:
     void storeProgress(double value) noexcept;
 
 private:
+    friend void releaseHandler(ProgressHandler* handler);
+
     template <typename F>
     void write(F effect);
     void emitProgress(double former, double value);
@@ -178,11 +186,8 @@ private:
     std::vector<std::shared_ptr<ProgressHandler>> m_subHandlers;
     mutable std::mutex m_mutex; // guards m_range and m_subHandlers
     std::atomic<int> m_extraData{DefaultExtraData};
+    std::atomic<bool> m_released{false}; // by releaseHandler(), in another thread
 };
-
-/// Deleter for handlers that any thread may release last: destroys the handler at once when no event of
-/// another thread can be under way to it, and in its own thread otherwise.
-VELTOR_UTILS_EXPORT void releaseHandler(ProgressHandler* handler);
 
 } // namespace veltor::concurrent
 
