@@ -14,7 +14,7 @@ packages=(
 )
 for group in "$@"; do
   case $group in
-    bench) packages+=(libbenchmark-dev libisal-dev libsqlite3-dev) ;;
+    bench) packages+=(libbenchmark-dev libkf5threadweaver-dev libisal-dev libsqlite3-dev) ;;
     ci) packages+=(clang-format clang-tidy) ;;
     *) echo "tools/setup.sh: unknown group '$group' (bench, ci)" >&2; exit 2 ;;
   esac

@@ -5,6 +5,7 @@
 
 #include <veltor/err/Exceptions.h>
 
+#include <QtCore/QEvent>
 #include <QtCore/QThread>
 
 #include <utility>
@@ -155,6 +156,14 @@ void Task::enterWaitingState()
     m_state->enterUnlessOver(TaskState::Waiting);
 }
 
+bool Task::event(QEvent* event)
+{
+    if (event->type() == QEvent::DeferredDelete) {
+        m_link->clear(); // before a subclass's destructor begins
+    }
+    return QObject::event(event);
+}
+
 void Task::start()
 {
     if (thread() != QThread::currentThread()) {
@@ -188,8 +197,10 @@ void Task::cancel()
         return;
     }
     if (thread() != QThread::currentThread()) {
-        m_state->cancelRequested();
+        // The request may be the end of the task, so nothing of it is touched after.
+        const QSharedPointer<TaskState> state = m_state;
         post(this, [this] { cancel(); });
+        state->cancelRequested();
         return;
     }
     onCancelRequested();
@@ -241,13 +252,14 @@ bool Task::waitWhilePaused()
     return !cancelRequested();
 }
 
-/// Deletes the task from its event loop, but not while its work runs a local one.
+/// Deletes the task, called from its thread's event loop; but not while its work runs a local one.
 void Task::retire()
 {
     if (m_starting) {
         m_retired = true;
     } else {
-        deleteLater();
+        m_link->clear(); // before a subclass's destructor begins
+        delete this;
     }
 }
 

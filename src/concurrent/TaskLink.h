@@ -6,6 +6,7 @@
 
 #include <QtCore/QThread>
 
+#include <condition_variable>
 #include <mutex>
 #include <utility>
 
@@ -20,11 +21,31 @@ public:
         : m_task(task)
     {}
 
-    /// The task is going. Waits for a call that is being posted.
+    /// The task is going. Waits for calls of other threads that are under way.
     void clear()
     {
-        const std::lock_guard lock(m_mutex);
+        std::unique_lock lock(m_mutex);
         m_task = nullptr;
+        m_unused.wait(lock, [this] { return m_visits == 0; });
+    }
+
+    /// Calls @p function with the task in the caller's thread. The task stays while the call lasts, but
+    /// no lock is held. Does nothing when the task is gone.
+    template <typename F>
+    void visit(F function)
+    {
+        Task* task = nullptr;
+        {
+            const std::lock_guard lock(m_mutex);
+            task = m_task;
+            m_visits += task ? 1 : 0;
+        }
+        if (task) {
+            function(task);
+            const std::lock_guard lock(m_mutex);
+            --m_visits;
+            m_unused.notify_all();
+        }
     }
 
     /// Calls @p function with the task in the task's thread: now when that is this thread, else from its
@@ -50,6 +71,8 @@ public:
 private:
     std::mutex m_mutex; // guards m_task, and its life while a call is posted
     Task* m_task;
+    int m_visits = 0; // guarded by m_mutex too
+    std::condition_variable m_unused;
 };
 
 } // namespace veltor::concurrent

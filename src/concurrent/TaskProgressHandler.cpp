@@ -29,6 +29,20 @@ void TaskProgressHandler::cancel()
     }
 }
 
+void TaskProgressHandler::pause()
+{
+    if (m_task) {
+        m_task->visit([](Task* task) { task->pause(); });
+    }
+}
+
+void TaskProgressHandler::continueWork()
+{
+    if (m_task) {
+        m_task->visit([](Task* task) { task->continueWork(); });
+    }
+}
+
 bool TaskProgressHandler::isRunning_impl() const
 {
     return m_state->is(TaskState::Running);

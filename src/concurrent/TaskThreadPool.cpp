@@ -152,7 +152,7 @@ void TaskThreadPool::start_internal(Task* task, Priority priority)
             }
         }
         if (now.task) {
-            launch(now);
+            launch(now, nullptr);
             return;
         }
         task->moveTaskToThread(m_serviceThread);
@@ -160,7 +160,7 @@ void TaskThreadPool::start_internal(Task* task, Priority priority)
         if (!m_closing) {
             m_queue.insert(priority == High ? 0 : m_queue.size(), task);
             if (!m_idleThreads.isEmpty()) { // a worker was freed meanwhile
-                post(this, [this] { dispatchNext(nullptr); });
+                post(this, [this] { dispatchNext(nullptr, nullptr); });
             }
             return;
         }
@@ -179,7 +179,7 @@ void TaskThreadPool::startService_internal(Task* task, Priority /*priority*/)
             }
         }
         if (now.task) {
-            launch(now);
+            launch(now, nullptr);
             return;
         }
     }
@@ -194,7 +194,8 @@ TaskThreadPool::Launch TaskThreadPool::reserve(Task* task, QThread* worker)
     return launch;
 }
 
-void TaskThreadPool::launch(const Launch& launch)
+/// The worker deletes the @p former task, if any, on the way: waking it costs more than either.
+void TaskThreadPool::launch(const Launch& launch, Task* former)
 {
     Task* task = launch.task;
     const quint64 id = launch.run.id;
@@ -205,7 +206,12 @@ void TaskThreadPool::launch(const Launch& launch)
     if (task->isFinished()) { // perhaps before the connection
         post(this, takeBack);
     }
-    post(task, [task] { task->start(); });
+    post(task, [task, former] {
+        if (former) {
+            former->retire();
+        }
+        task->start();
+    });
 }
 
 /// @p id tells this run from a later one of another task at the same address.
@@ -237,15 +243,16 @@ void TaskThreadPool::onWorkerFinished(Task* task)
         m_retired.emplace_back(task);
     }
     disconnect(run.handler.get(), nullptr, this, nullptr);
-    post(task, [task] { task->retire(); }); // before the worker is free to be removed
     if (run.worker) {
-        dispatchNext(run.worker);
+        dispatchNext(run.worker, task);
+    } else {
+        task->retire();
     }
 }
 
-/// In the service thread, where queued tasks live. Starts one queued task on an idle worker, the
-/// @p freed one joined; a dropped task leaves the worker idle.
-void TaskThreadPool::dispatchNext(QThread* freed)
+/// In the service thread, where queued tasks live. Starts one queued task on an idle worker, @p freed by
+/// its @p former task first of all; a dropped task leaves the worker idle.
+void TaskThreadPool::dispatchNext(QThread* freed, Task* former)
 {
     Launch next;
     Task* dropped = nullptr;
@@ -262,13 +269,16 @@ void TaskThreadPool::dispatchNext(QThread* freed)
                 next = reserve(first, m_idleThreads.takeLast());
             }
         }
+        if (former && !next.task) { // before the worker can be removed, so that it still deletes the task
+            post(former, [former] { former->retire(); });
+        }
         wakeIfIdle();
     }
     if (dropped) {
         drop(dropped);
     }
     if (next.task) {
-        launch(next);
+        launch(next, former);
     }
 }
 
@@ -314,7 +324,7 @@ void TaskThreadPool::addThread()
     m_idleThreads.append(worker);
     ++m_threadCount;
     if (!m_queue.isEmpty()) {
-        post(this, [this] { dispatchNext(nullptr); });
+        post(this, [this] { dispatchNext(nullptr, nullptr); });
     }
 }
 

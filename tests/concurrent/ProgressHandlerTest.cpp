@@ -87,6 +87,7 @@ TEST(ProgressHandler, ValuesAndTheirIncrements)
     EXPECT_EQ(handler.range().start, 0);
     EXPECT_EQ(handler.range().end, 100);
     EXPECT_EQ(int(handler.extraData()), 1);
+    EXPECT_FALSE(handler.isDeleted());
     EXPECT_NE(handler.id(), ProgressHandler().id());
     handler.setProgress(50);
     handler.setProgress(30);
@@ -194,17 +195,6 @@ TEST(ProgressHandler, WaitsForTheEnd)
     stopped.stopTaskWithoutEvents();
     worker.join();
     EXPECT_FALSE(delivered);
-}
-
-TEST(ProgressHandler, IsDeletedWhileItIsDestroyed)
-{
-    ProgressHandler* handler = new ProgressHandler;
-    bool seen = false;
-    QObject::connect(handler, &QObject::destroyed,
-                     [&] { seen = static_cast<ProgressHandler*>(handler)->isDeleted(); });
-    EXPECT_FALSE(handler->isDeleted());
-    delete handler;
-    EXPECT_TRUE(seen);
 }
 
 TEST(ProgressHandler, MayBeReleasedByAnyThreadWhileWritesAreUnderWay)

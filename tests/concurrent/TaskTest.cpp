@@ -197,6 +197,8 @@ TEST(Task, DestroyedBeforeItsEndIsSeenAsCancelled)
     EXPECT_TRUE(handler->isFinished());
     handler->waitForFinished();
     handler->cancel(); // no task to reach any more
+    handler->pause();
+    handler->continueWork();
     handler->setProgress(5);
     EXPECT_EQ(log.take(), QLatin1String("=5 +95"));
 }
@@ -246,7 +248,7 @@ TEST_F(PausedTask, GoesOnWhenContinued)
     task->pause();
     ASSERT_TRUE(eventually([&] { return task->isPaused(); }));
     finish = true;
-    task->continueWork();
+    handler->continueWork();
     EXPECT_EQ(end(), QLatin1String("started paused paused successful finished"));
 }
 

@@ -66,6 +66,8 @@ public:
     /// The end without a verdict.
     void enterFinishedState();
 
+    bool event(QEvent* event) override;
+
 public Q_SLOTS:
     /// Runs the work in the task's thread; once. What onStart() throws becomes the error state.
     void start();

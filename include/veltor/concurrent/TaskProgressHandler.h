@@ -27,6 +27,11 @@ public:
     /// ignored.
     void setTaskState(QSharedPointer<TaskState> state);
 
+    /// Task::pause() and Task::continueWork() in the caller's thread; nothing when the task is gone. What
+    /// another thread calls, since the task may be destroyed there any moment and its handler is not.
+    void pause();
+    void continueWork();
+
     /// Asks the sub-handlers, the state and the task to cancel.
     void cancel() override;
 

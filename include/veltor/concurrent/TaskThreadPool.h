@@ -107,9 +107,9 @@ private:
     void start_internal(Task* task, Priority priority);
     void startService_internal(Task* task, Priority priority);
     [[nodiscard]] Launch reserve(Task* task, QThread* worker);
-    void launch(const Launch& launch);
+    void launch(const Launch& launch, Task* former);
     void onFinished(Task* task, quint64 id);
-    void dispatchNext(QThread* freed);
+    void dispatchNext(QThread* freed, Task* former);
     void forgetDeleted();
     void drop(Task* task);
     void onThreadFinished(QThread* worker);
