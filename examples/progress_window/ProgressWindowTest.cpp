@@ -68,8 +68,8 @@ void drive(const QString& picturePath)
     click(rows[1], "cancel");
     await([&] { return cancelled->isFinished(); }, "cancelled in the pause");
 
-    const auto failed = window.addChecksum(QStringLiteral("missing.shp"),
-                                           {directory.filePath(QStringLiteral("missing.shp"))});
+    const QString missing = QStringLiteral("missing.shp");
+    const auto failed = window.addChecksum(missing, {missing});
     const auto quick = window.addChecksum(QStringLiteral("roads.shp"), {small});
     await([&] { return failed->isFinished() && quick->isFinished(); }, "both ended beside the paused one");
     const auto all = window.findChildren<TaskRow*>();
@@ -78,6 +78,7 @@ void drive(const QString& picturePath)
           "the error's text is shown");
     await([&] { return message(all[3]) == QStringLiteral("Готово"); }, "success is shown");
     if (!picturePath.isEmpty()) {
+        window.resize(640, 520);
         check(window.grab().save(picturePath), "picture saved");
     }
 
