@@ -15,7 +15,10 @@ packages=(
 )
 for group in "$@"; do
   case $group in
-    bench) packages+=(libbenchmark-dev geographiclib-tools libboost-dev libgeographiclib-dev libisal-dev libsqlite3-dev rapidjson-dev) ;;
+    bench)
+      packages+=(libbenchmark-dev geographiclib-tools libboost-dev libgeographiclib-dev libisal-dev
+        libkf5threadweaver-dev libsqlite3-dev rapidjson-dev)
+      ;;
     ci) packages+=(clang-format clang-tidy) ;;
     *) echo "tools/setup.sh: unknown group '$group' (bench, ci)" >&2; exit 2 ;;
   esac

@@ -1,0 +1,196 @@
+#pragma once
+
+#include <veltor/Export.h>
+#include <veltor/err/ConcurrentNestedException.h>
+
+#include <QtCore/QEventLoop>
+#include <QtCore/QFlags>
+#include <QtCore/QMetaType>
+#include <QtCore/QObject>
+#include <QtCore/QString>
+#include <QtCore/QUuid>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace veltor::progress {
+
+/// An increment of progress, in units of the handler's range.
+struct Add
+{
+    double value = 0.0;
+};
+
+} // namespace veltor::progress
+
+namespace veltor::concurrent {
+
+/// A progress scale.
+struct Range
+{
+    double start = 0.0;
+    double end = 100.0;
+};
+
+/// What a presenter calls instead of its usual way to cancel.
+using CancelMethod = std::function<void()>;
+
+class ProgressHandler;
+using ProgressHandlerPtr = std::shared_ptr<ProgressHandler>;
+
+/// Deleter for handlers that any thread may release last: destroys the handler at once when no event of
+/// another thread can be under way to it, and in its own thread otherwise.
+VELTOR_UTILS_EXPORT void releaseHandler(ProgressHandler* handler);
+
+/// The observable face of a running operation: work writes values, messages and errors into it, and
+/// observers connect to its signals.
+///
+/// Threads: every member function may be called from any thread, except those that say otherwise. A value
+/// write is a closure of its own that runs in the handler's thread (see setInvokeType()), with its own two
+/// signals; nothing is merged. A loop over many items therefore reports through a nested scope, which
+/// throttles (see NestedScope::setOptionalProgress()). The other signals are emitted in the caller's
+/// thread. No signal is emitted under a lock.
+///
+/// Lifetime: held by shared pointers. A handler that may be released last in another thread than its own
+/// is made with releaseHandler() as deleter; Task does so. A handler whose thread is gone, or whose task
+/// is gone, belongs to no thread: writes then take effect at once in the caller's thread.
+class VELTOR_UTILS_EXPORT ProgressHandler : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Free flags for the presenting side; only the default is known here.
+    enum ExtraData : int
+    {
+        DefaultExtraData = 0x1,
+    };
+    Q_DECLARE_FLAGS(ExtraDataFlags, ExtraData)
+
+    /// The range is 0 to 100, the value 0.
+    explicit ProgressHandler(QObject* parent = nullptr);
+    ~ProgressHandler() override;
+
+    /// Sets the value. It is not clamped; NaN and infinities pass through. Emits progressValueChanged(value)
+    /// and progressValueIncreased() with the absolute difference: a step back counts as an increment too.
+    void setProgress(double value);
+    /// Adds to the value, then as above.
+    void setProgress(progress::Add increment);
+    /// Replaces the scale, emits progressRangeChanged(), and sets the value to the scale's start with an
+    /// increment of 0.
+    void setProgressRange(Range range);
+    /// Sets the value to the end of range(), unless setIgnoreFinal(true).
+    void setFinalProgress();
+    /// As setProgress(), at once and in the caller's thread.
+    void setProgress_impl(double value);
+
+    [[nodiscard]] double progress() const noexcept;
+    [[nodiscard]] Range range() const;
+    [[nodiscard]] const QUuid& id() const noexcept;
+    [[nodiscard]] bool isRunning() const;
+    [[nodiscard]] bool isFinished() const;
+    [[nodiscard]] bool isCanceled() const;
+    /// True while the destructor runs.
+    [[nodiscard]] bool isDeleted() const noexcept;
+
+    /// Requests to the presenter; each emits one signal and keeps nothing.
+    void setMessage(const QString& text);
+    void setWindowTitle(const QString& title);
+    void showProgress();
+    void hide();
+    void show();
+    void enableCancelable();
+    void disableCancelable();
+    void setCancelMethod(std::function<void()> method);
+
+    [[nodiscard]] QFlags<ExtraData> extraData() const noexcept;
+    void setExtraData(const QFlags<ExtraData>& flags) noexcept;
+    /// When true, setFinalProgress() does nothing.
+    void setIgnoreFinal(bool ignore) noexcept;
+    /// How value writes reach the handler's thread; Qt::AutoConnection at first.
+    void setInvokeType(Qt::ConnectionType type) noexcept;
+    /// Marks a handler without a task as finished; emits nothing.
+    void finish() noexcept;
+    /// Reports a failure: error() here, the error state in a task's handler.
+    void setError(const err::ConcurrentNestedException& error);
+
+    /// A later cancel() cancels @p handler too. A null one is ignored.
+    void registerSubHandler(std::shared_ptr<ProgressHandler> handler);
+
+    /// Returns when the operation has ended; at once when it had. Runs a local event loop with @p flags,
+    /// so the calling thread's events are delivered meanwhile.
+    void waitForFinished(QFlags<QEventLoop::ProcessEventsFlag> flags = QEventLoop::AllEvents);
+    /// Called by the work between its steps.
+    /// @throws std::runtime_error when cancellation was asked for
+    void throwIfCanceled() const;
+
+    bool event(QEvent* event) override;
+
+Q_SIGNALS:
+    void canceled();
+    void cancelRequest();
+    void started();
+    void finished();
+    void successful();
+    void paused();
+    void messageChanged(const QString& progressText);
+    void progressRangeChanged(const concurrent::Range& range);
+    void progressValueChanged(double progressValue);
+    void progressValueIncreased(progress::Add addToProgress);
+    void windowTitleChanged(const QString& title);
+    void error(const err::ConcurrentNestedException& error);
+    void showProgressByRequest();
+    void hideProgress(bool hide);
+    void cancelableFlagChanged(bool state);
+    void cancelMethodChanged(concurrent::CancelMethod cancelMethod);
+
+public Q_SLOTS:
+    /// cancel(), then canceled() and cancelRequest().
+    void sendCancel();
+    /// sendCancel(), then waits for the end with an event loop that leaves the user's input alone.
+    void stopTaskWithEvents();
+    /// sendCancel(), then waits for the end without any event of the calling thread: the work must not
+    /// need that thread, and must not run in it.
+    void stopTaskWithoutEvents();
+    /// Asks for cancellation: sets the flag and cancels the sub-handlers in the order of registration.
+    virtual void cancel();
+
+protected:
+    virtual bool isRunning_impl() const;
+    virtual bool isFinished_impl() const;
+    virtual bool isCanceled_impl() const;
+    virtual Range range_impl() const;
+    virtual void setProgressRange_impl(Range range);
+    virtual void setError_impl(const err::ConcurrentNestedException& error);
+
+    /// Stores the scale, or the value, without a signal.
+    void storeRange(Range range);
+    void storeProgress(double value) noexcept;
+
+private:
+    friend void releaseHandler(ProgressHandler* handler);
+
+    template <typename F>
+    void write(F effect);
+    void emitProgress(double former, double value);
+
+    std::atomic<bool> m_canceled{false};
+    std::atomic<bool> m_finished{false};
+    std::atomic<bool> m_ignoreFinal{false};
+    std::atomic<Qt::ConnectionType> m_invokeType{Qt::AutoConnection};
+    std::atomic<double> m_progress{0.0};
+    Range m_range;
+    const QUuid m_id;
+    std::vector<std::shared_ptr<ProgressHandler>> m_subHandlers;
+    mutable std::mutex m_mutex; // guards m_range and m_subHandlers
+    std::atomic<int> m_extraData{DefaultExtraData};
+    std::atomic<bool> m_released{false}; // by releaseHandler(), in another thread
+};
+
+} // namespace veltor::concurrent
+
+Q_DECLARE_METATYPE(veltor::progress::Add)
+Q_DECLARE_METATYPE(veltor::concurrent::Range)
+Q_DECLARE_METATYPE(veltor::concurrent::CancelMethod)

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <veltor/Export.h>
+#include <veltor/concurrent/ProgressHandler.h>
+
+#include <QtCore/QObject>
+
+namespace veltor::concurrent {
+
+/// The owner-side companion of a task started elsewhere: learns of its success, and stops it when the
+/// owner goes. It is told of its task by the task's handler, before the task is handed over.
+///
+/// Owner thread only.
+class VELTOR_UTILS_EXPORT ResultReceiver : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ResultReceiver(QObject* parent = nullptr);
+    /// Watches the task of @p handler.
+    explicit ResultReceiver(ProgressHandlerPtr handler, QObject* parent = nullptr);
+    /// stopTask().
+    ~ResultReceiver() override;
+
+    /// Watches the task of @p handler from now on, null for none; the task watched before is let go as it
+    /// is.
+    void setTaskHandler(ProgressHandlerPtr handler);
+    [[nodiscard]] ProgressHandlerPtr taskHandler() const;
+
+    /// Cancels the task and waits for its end; returns at once when there is none, or when it has ended.
+    /// Waits in an event loop that leaves the user's input alone. A task that is queued is waited for until
+    /// its turn has come.
+    void stopTask();
+
+Q_SIGNALS:
+    /// The task ended successfully.
+    void resultReady();
+
+private:
+    ProgressHandlerPtr m_handler;
+};
+
+} // namespace veltor::concurrent

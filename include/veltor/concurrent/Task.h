@@ -1,0 +1,119 @@
+#pragma once
+
+#include <veltor/Export.h>
+#include <veltor/concurrent/TaskProgressHandler.h>
+#include <veltor/concurrent/TaskState.h>
+#include <veltor/err/ConcurrentNestedException.h>
+
+#include <QtCore/QObject>
+#include <QtCore/QSharedPointer>
+
+#include <memory>
+
+class QThread;
+
+namespace veltor::concurrent {
+
+/// One piece of background work: a subclass does it in onStart() and reports through the progress handler,
+/// which emits every signal. Handed to a TaskThreadPool or to a runner (Runners.h).
+///
+/// Threads: start(), cancel(), the queries, progressHandler() and the requests may be called from any
+/// thread while the task exists; pause() and continueWork() run in the caller's thread. A task that was
+/// handed over may be destroyed any moment: other threads hold its progress handler, which outlives it.
+///
+/// The end comes once. The first finished state entered stands, whoever else tries meanwhile; its own
+/// signal is followed by finished(). A task that is destroyed before its end enters the cancelled state.
+class VELTOR_UTILS_EXPORT Task : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Task(QObject* parent = nullptr);
+    ~Task() override;
+
+    [[nodiscard]] bool isRunning() const;
+    [[nodiscard]] bool isWaiting() const;
+    [[nodiscard]] bool isPaused() const;
+    [[nodiscard]] bool isFinished() const;
+    /// Finished after a cancellation or an error.
+    [[nodiscard]] bool isCancelled() const;
+    [[nodiscard]] bool isSuccessful() const;
+    [[nodiscard]] bool cancelRequested() const;
+    [[nodiscard]] bool pauseRequested() const;
+
+    /// Advice for the user interface: whether the work heeds cancel(), and pause(). No by default.
+    [[nodiscard]] virtual bool canCancel() const;
+    [[nodiscard]] virtual bool canPause() const;
+
+    /// Moves the task and its handler to @p thread; called in the task's thread. A subclass that owns
+    /// further objects moves those too.
+    virtual void moveTaskToThread(QThread* thread);
+
+    [[nodiscard]] std::shared_ptr<TaskProgressHandler> progressHandler() const;
+    /// Replaces the handler and makes it share this task's state; before the task is handed over.
+    /// @throws err::NullArgument when @p handler is null
+    void setProgressHandler(std::shared_ptr<TaskProgressHandler> handler);
+
+    /// The state-entry operations. Those that end the task set the final progress first and emit the
+    /// verdict's signal and finished(); none has an effect once the task has ended.
+    void enterSuccessfulState();
+    /// Emits paused().
+    void enterPausedState();
+    void enterCancelledState();
+    /// For a task whose onStart() returns before its work is done: it stays unfinished until one of the
+    /// other operations is called. No signal.
+    void enterWaitingState();
+    /// The end without a verdict.
+    void enterFinishedState();
+
+    bool event(QEvent* event) override;
+
+public Q_SLOTS:
+    /// Runs the work in the task's thread; once. What onStart() throws becomes the error state.
+    void start();
+    /// Asks for cancellation. From another thread the request is visible at once, so that work that polls
+    /// sees it and a paused task wakes; onCancelRequested() follows from the task's event loop.
+    void cancel();
+    /// Asks a running or waiting task to pause.
+    void pause();
+    /// Resumes a paused task. When its work waits in waitWhilePaused(), it goes on; else the task ends
+    /// successfully unless onContinue() left the running state.
+    ///
+    /// A paused task's thread is usually blocked: call this from the thread that resumes, or connect with
+    /// Qt::DirectConnection.
+    void continueWork();
+    /// Ends the task with an error: error(), canceled() and finished().
+    void enterErrorState(err::ConcurrentNestedException error);
+
+protected:
+    /// The work. It polls throwIfCanceled() of the handler, or waitWhilePaused(), between its steps.
+    /// Returning while running is success.
+    virtual void onStart() = 0;
+    /// Called by continueWork(), in its caller's thread.
+    virtual void onContinue();
+    /// Called by cancel(), in the task's thread: sets the request and emits cancelRequest().
+    virtual void onCancelRequested();
+    /// Called by pause(), in its caller's thread: sets the request.
+    virtual void onPauseRequested();
+
+    /// Called by the work between its steps: when a pause was asked for, enters the paused state and
+    /// blocks until continueWork() or a cancellation, without spinning. The state is running again after.
+    /// @return false when cancellation was asked for
+    bool waitWhilePaused();
+
+private:
+    friend class TaskProgressHandler;
+    friend class TaskThreadPool;
+
+    template <typename Signal>
+    void end(TaskState::States word, Signal verdict);
+    void retire();
+
+    QSharedPointer<TaskState> m_state;
+    std::shared_ptr<TaskProgressHandler> m_handler;
+    std::shared_ptr<TaskLink> m_link;
+    bool m_starting = false; // start() is on the stack; the task's thread only, as the next
+    bool m_retired = false;  // to be deleted when start() returns
+};
+
+} // namespace veltor::concurrent

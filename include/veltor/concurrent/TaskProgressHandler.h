@@ -1,0 +1,52 @@
+#pragma once
+
+#include <veltor/concurrent/ProgressHandler.h>
+#include <veltor/concurrent/TaskState.h>
+
+#include <QtCore/QSharedPointer>
+
+#include <memory>
+
+namespace veltor::concurrent {
+
+class Task;
+class TaskLink;
+
+/// The progress handler of a task: answers from the task's state, and hands cancellation and errors on to
+/// the task while that exists. It may outlive its task, and may then be released by any thread.
+class VELTOR_UTILS_EXPORT TaskProgressHandler : public ProgressHandler
+{
+    Q_OBJECT
+
+public:
+    /// Shares the state of @p task; with none it has a state of its own.
+    explicit TaskProgressHandler(Task* task);
+    ~TaskProgressHandler() override;
+
+    /// Answers from @p state from now on. Called before the handler is used by several threads; null is
+    /// ignored.
+    void setTaskState(QSharedPointer<TaskState> state);
+
+    /// Task::pause() and Task::continueWork() in the caller's thread; nothing when the task is gone. What
+    /// another thread calls, since the task may be destroyed there any moment and its handler is not.
+    void pause();
+    void continueWork();
+
+    /// Asks the sub-handlers, the state and the task to cancel.
+    void cancel() override;
+
+protected:
+    bool isRunning_impl() const override;
+    bool isFinished_impl() const override;
+    bool isCanceled_impl() const override;
+    /// Makes the task enter its error state, in its own thread; only once.
+    void setError_impl(const err::ConcurrentNestedException& error) override;
+
+private:
+    friend class Task;
+
+    QSharedPointer<TaskState> m_state;
+    std::shared_ptr<TaskLink> m_task; // the task as long as it exists; null without one
+};
+
+} // namespace veltor::concurrent

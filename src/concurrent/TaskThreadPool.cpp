@@ -1,0 +1,422 @@
+#include <veltor/concurrent/TaskThreadPool.h>
+
+#include "Post.h"
+
+#include <veltor/concurrent/Task.h>
+#include <veltor/err/Exceptions.h>
+#include <veltor/logging/Logger.h>
+
+#include <QtCore/QCoreApplication>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <utility>
+
+namespace veltor::concurrent {
+namespace {
+
+const logging::LoggerMessager poolLog(logging::LogLevel::Detail, "concurrent/TaskThreadPool.cpp", __LINE__,
+                                      "veltor::concurrent::TaskThreadPool::TaskThreadPool(int, QObject*)");
+
+/// A thread that, before it ends, delivers what was posted to it before quit(), such as a task's cancel(),
+/// and deletes what was to be deleted.
+class EventThread : public QThread
+{
+public:
+    EventThread() = default;
+    ~EventThread() override { join(); }
+
+    /// Returns when the thread has ended, with all that it did in sight.
+    void join()
+    {
+        wait();
+        static_cast<void>(m_ended.load(std::memory_order_acquire));
+    }
+
+protected:
+    void run() override
+    {
+        exec();
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        m_ended.store(true, std::memory_order_release); // wait() does it too, unseen by ThreadSanitizer
+    }
+
+private:
+    std::atomic<bool> m_ended{false};
+};
+
+} // namespace
+
+TaskThreadPool::TaskThreadPool(int threads, QObject* parent)
+    : m_serviceThread(new EventThread)
+    , m_requestedThreads(threads)
+{
+    moveToThread(m_serviceThread);
+    m_serviceThread->start(QThread::InheritPriority);
+    if (parent) {
+        connect(
+            parent, &QObject::destroyed, this, [this] { delete this; }, Qt::DirectConnection);
+    }
+    for (int i = 0; i < threads; ++i) {
+        addThread();
+    }
+    poolLog.write(QStringLiteral("Initialized ThreadPool with threads: %1").arg(threads));
+}
+
+TaskThreadPool::TaskThreadPool(QObject* parent)
+    : TaskThreadPool(QThread::idealThreadCount(), parent)
+{}
+
+TaskThreadPool::~TaskThreadPool()
+{
+    cancelAll();
+    stopThreads();
+    // No thread of the pool runs any more: nobody else touches what is left.
+    for (const auto& [task, run] : std::exchange(m_runs, {})) {
+        delete task;
+    }
+    qDeleteAll(std::exchange(m_queue, {}));
+    for (const QPointer<Task>& task : m_retired) {
+        // One that was dropped may live in a foreign thread, whose event loop deletes it.
+        QThread* home = task ? task->thread() : nullptr;
+        if (!home || home == QThread::currentThread() || home->isFinished()) {
+            delete task;
+        }
+    }
+    qDeleteAll(m_workers);
+}
+
+TaskThreadPool* TaskThreadPool::makeInstance(int threads, QObject* parent)
+{
+    return new TaskThreadPool(threads, parent);
+}
+
+TaskThreadPool* TaskThreadPool::makeInstance(QObject* parent)
+{
+    return new TaskThreadPool(parent);
+}
+
+TaskThreadPool* TaskThreadPool::globalInstance()
+{
+    static TaskThreadPool pool(QThread::idealThreadCount(), nullptr);
+    return &pool;
+}
+
+void TaskThreadPool::start(Task* task, Priority priority)
+{
+    if (!handOver(task, &TaskThreadPool::start_internal, priority)) {
+        start_internal(task, priority);
+    }
+}
+
+void TaskThreadPool::startService(Task* task)
+{
+    if (!handOver(task, &TaskThreadPool::startService_internal, Normal)) {
+        startService_internal(task, Normal);
+    }
+}
+
+/// Only the task's own thread can move it away: when that is another one, lets its event loop call
+/// @p startHere and returns true.
+bool TaskThreadPool::handOver(Task* task, void (TaskThreadPool::*startHere)(Task*, Priority),
+                              Priority priority)
+{
+    if (!task) {
+        throw err::NullArgument(QStringLiteral("task"));
+    }
+    if (!task->thread() || task->thread() == QThread::currentThread()) {
+        return false;
+    }
+    post(task, [pool = QPointer<TaskThreadPool>(this), task, startHere, priority] {
+        if (pool) {
+            (pool->*startHere)(task, priority);
+        } else {
+            delete task;
+        }
+    });
+    return true;
+}
+
+/// In the task's thread. The mutex is not held while the task is moved, since moving runs a virtual
+/// function of the task; so a worker is reserved before, and a task is queued after it was parked.
+void TaskThreadPool::start_internal(Task* task, Priority priority)
+{
+    if (!task->isFinished()) {
+        Launch now;
+        {
+            const std::lock_guard lock(m_mutex);
+            if (!m_closing && !m_idleThreads.isEmpty()) {
+                now = reserve(task, m_idleThreads.takeLast());
+            }
+        }
+        if (now.task) {
+            launch(now, nullptr);
+            return;
+        }
+        task->moveTaskToThread(m_serviceThread);
+        const std::lock_guard lock(m_mutex);
+        if (!m_closing) {
+            m_queue.insert(priority == High ? 0 : m_queue.size(), task);
+            if (!m_idleThreads.isEmpty()) { // a worker was freed meanwhile
+                post(this, [this] { dispatchNext(nullptr, nullptr); });
+            }
+            return;
+        }
+    }
+    drop(task);
+}
+
+void TaskThreadPool::startService_internal(Task* task, Priority /*priority*/)
+{
+    if (!task->isFinished()) {
+        Launch now;
+        {
+            const std::lock_guard lock(m_mutex);
+            if (!m_closing) {
+                now = reserve(task, nullptr);
+            }
+        }
+        if (now.task) {
+            launch(now, nullptr);
+            return;
+        }
+    }
+    drop(task);
+}
+
+/// Under the mutex.
+TaskThreadPool::Launch TaskThreadPool::reserve(Task* task, QThread* worker)
+{
+    const Launch launch{task, Run{++m_lastRun, worker, task->progressHandler()}};
+    m_runs[task] = launch.run;
+    return launch;
+}
+
+/// The worker deletes the @p former task, if any, on the way: waking it costs more than either.
+void TaskThreadPool::launch(const Launch& launch, Task* former)
+{
+    Task* task = launch.task;
+    const quint64 id = launch.run.id;
+    ProgressHandler* handler = launch.run.handler.get();
+    task->moveTaskToThread(launch.run.worker ? launch.run.worker : m_serviceThread);
+    const auto takeBack = [this, task, id] { onFinished(task, id); };
+    connect(handler, &ProgressHandler::finished, this, Handoff(takeBack), Qt::QueuedConnection);
+    if (task->isFinished()) { // perhaps before the connection
+        post(this, takeBack);
+    }
+    post(task, [task, former] {
+        if (former) {
+            former->retire();
+        }
+        task->start();
+    });
+}
+
+/// @p id tells this run from a later one of another task at the same address.
+void TaskThreadPool::onFinished(Task* task, quint64 id)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto run = m_runs.find(task);
+        if (run == m_runs.end() || run->second.id != id) {
+            return;
+        }
+    }
+    onWorkerFinished(task);
+}
+
+void TaskThreadPool::onWorkerFinished(Task* task)
+{
+    Run run{};
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto found = m_runs.find(task);
+        // The handler may pass on the finished() of a part of its work.
+        if (found == m_runs.end() || !task->isFinished()) {
+            return;
+        }
+        run = found->second;
+        m_runs.erase(found);
+        forgetDeleted();
+        m_retired.emplace_back(task);
+    }
+    disconnect(run.handler.get(), nullptr, this, nullptr);
+    if (run.worker) {
+        dispatchNext(run.worker, task);
+    } else {
+        task->retire();
+    }
+}
+
+/// In the service thread, where queued tasks live. Starts one queued task on an idle worker, @p freed by
+/// its @p former task first of all; a dropped task leaves the worker idle.
+void TaskThreadPool::dispatchNext(QThread* freed, Task* former)
+{
+    Launch next;
+    Task* dropped = nullptr;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (freed) {
+            m_idleThreads.append(freed);
+        }
+        if (!m_closing && !m_queue.isEmpty() && !m_idleThreads.isEmpty()) {
+            Task* first = m_queue.takeFirst();
+            if (first->isFinished()) {
+                dropped = first;
+            } else {
+                next = reserve(first, m_idleThreads.takeLast());
+            }
+        }
+        if (former && !next.task) { // before the worker can be removed, so that it still deletes the task
+            post(former, [former] { former->retire(); });
+        }
+        wakeIfIdle();
+    }
+    if (dropped) {
+        drop(dropped);
+    }
+    if (next.task) {
+        launch(next, former);
+    }
+}
+
+/// Under the mutex: keeps the list of tasks that their threads are about to delete short.
+void TaskThreadPool::forgetDeleted()
+{
+    constexpr std::size_t manyRetired = 64;
+    if (m_retired.size() >= manyRetired) {
+        const auto gone = [](const QPointer<Task>& task) { return task.isNull(); };
+        m_retired.erase(std::remove_if(m_retired.begin(), m_retired.end(), gone), m_retired.end());
+    }
+}
+
+/// In the task's thread or, when the pool is closing, after the task was moved to the service thread.
+/// The task is deleted by the calling thread's event loop where there is one, so that a caller may still
+/// look at it after start(); else by the service thread's; at the latest by the pool's destructor.
+void TaskThreadPool::drop(Task* task)
+{
+    if (task->thread() == QThread::currentThread() && !task->thread()->eventDispatcher()) {
+        task->moveTaskToThread(m_serviceThread);
+    }
+    {
+        const std::lock_guard lock(m_mutex);
+        forgetDeleted();
+        m_retired.emplace_back(task);
+    }
+    if (task->thread() == QThread::currentThread()) {
+        task->deleteLater();
+    } else {
+        post(task, [task] { task->deleteLater(); });
+    }
+}
+
+void TaskThreadPool::addThread()
+{
+    auto* worker = new EventThread;
+    worker->moveToThread(m_serviceThread); // its events are delivered wherever addThread() was called
+    connect(worker, &QThread::finished, this, Handoff([this, worker] { onThreadFinished(worker); }),
+            Qt::QueuedConnection);
+    worker->start(QThread::InheritPriority);
+    const std::lock_guard lock(m_mutex);
+    m_workers.append(worker);
+    m_idleThreads.append(worker);
+    ++m_threadCount;
+    if (!m_queue.isEmpty()) {
+        post(this, [this] { dispatchNext(nullptr, nullptr); });
+    }
+}
+
+bool TaskThreadPool::removeThread()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_idleThreads.isEmpty()) {
+        return false;
+    }
+    m_idleThreads.takeLast()->quit();
+    --m_threadCount;
+    return true;
+}
+
+void TaskThreadPool::onThreadFinished(QThread* worker)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_workers.removeOne(worker);
+    }
+    delete worker; // waits for its last instructions
+}
+
+bool TaskThreadPool::allTasksDone() const
+{
+    const std::lock_guard lock(m_mutex);
+    return idle();
+}
+
+/// Under the mutex.
+bool TaskThreadPool::idle() const
+{
+    return m_queue.isEmpty() && m_idleThreads.size() >= m_threadCount;
+}
+
+/// Under the mutex.
+void TaskThreadPool::wakeIfIdle()
+{
+    if (idle()) {
+        ++m_idleCount;
+        m_allDone.notify_all();
+    }
+}
+
+bool TaskThreadPool::waitForAllTasks(unsigned long ms)
+{
+    std::unique_lock lock(m_mutex);
+    if (idle()) {
+        return true;
+    }
+    // Counted, so that a wake-up without cause is not taken for an idle pool, and one idle moment is
+    // enough even if the pool is busy again by now.
+    const auto becameIdle = [this, before = m_idleCount] { return m_idleCount != before; };
+    if (ms == ULONG_MAX) {
+        m_allDone.wait(lock, becameIdle);
+        return true;
+    }
+    return m_allDone.wait_for(lock, std::chrono::milliseconds(ms), becameIdle);
+}
+
+void TaskThreadPool::cancelAll()
+{
+    std::vector<HandlerPtr> handlers;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_closing = true;
+        for (const auto& [task, run] : m_runs) {
+            handlers.push_back(run.handler);
+        }
+    }
+    for (const HandlerPtr& handler : handlers) {
+        handler->cancel();
+    }
+}
+
+/// The service thread goes first: until it has ended it takes tasks back and deletes workers, and after
+/// that nothing is posted to a thread that has ended.
+void TaskThreadPool::stopThreads()
+{
+    if (m_serviceThread == QThread::currentThread()) { // deleteLater() on the pool
+        connect(m_serviceThread, SIGNAL(finished()), m_serviceThread, SLOT(deleteLater()));
+        m_serviceThread->quit();
+    } else {
+        m_serviceThread->quit();
+        delete m_serviceThread; // waits for it
+    }
+    for (QThread* worker : std::as_const(m_workers)) {
+        worker->quit();
+    }
+    for (QThread* worker : std::as_const(m_workers)) {
+        static_cast<EventThread*>(worker)->join();
+    }
+}
+
+} // namespace veltor::concurrent

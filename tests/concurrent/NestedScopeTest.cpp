@@ -1,0 +1,172 @@
+#include "Support.h"
+
+#include <veltor/concurrent/NestedScope.h>
+#include <veltor/concurrent/SignalingTaskNestedScope.h>
+
+#include "support/LogCapture.h"
+#include "support/Printers.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <random>
+
+namespace veltor::concurrent {
+namespace {
+
+using test::EventLog;
+using test::LambdaTask;
+
+TEST(NestedScopeImpl, MapsNestedRanges)
+{
+    NestedScopeImpl scope(0, 100);
+    scope.setRange(0, 10);
+    scope.setProgress(5);
+    EXPECT_DOUBLE_EQ(scope.progress(), 50);
+    scope.setInnerRange(2, 0, 1);
+    scope.setProgress(0.5);
+    EXPECT_DOUBLE_EQ(scope.progress(), 60);
+    scope.removeInnerRange();
+    EXPECT_DOUBLE_EQ(scope.progress(), 70);
+    scope.removeInnerRange();
+    EXPECT_DOUBLE_EQ(scope.progress(), 70) << "the outermost range stays";
+    scope.addProgress(1);
+    EXPECT_DOUBLE_EQ(scope.progress(), 80);
+}
+
+TEST(NestedScopeImpl, GivesEmptyRangesAWidth)
+{
+    NestedScopeImpl scope(0, 100);
+    scope.setRange(3, 3);
+    EXPECT_DOUBLE_EQ(scope.progress(), 0);
+    scope.setProgress(5);
+    EXPECT_DOUBLE_EQ(scope.progress(), 50) << "width from + 1";
+    scope.setInnerRange(2, 2, 2);
+    scope.setProgress(2.5);
+    EXPECT_DOUBLE_EQ(scope.progress(), (5.0 + 0.5 * 2 - 3) * 100 / 4) << "width 1";
+}
+
+/// Reports a random tree of work; every level subdivides its slices again, and does not always report all.
+void reportTree(NestedScope& scope, std::mt19937& random, int depth, const std::function<void()>& check)
+{
+    const int steps = std::uniform_int_distribution(1, 5)(random);
+    scope.setRange(0, steps);
+    check();
+    for (int step = 0; step < steps; ++step) {
+        if (depth > 0 && random() % 3) {
+            scope.setInnerRange(1, 0, 1);
+            scope.setProgress(0);
+            reportTree(scope, random, depth - 1, check);
+            scope.removeInnerRange();
+        } else {
+            scope.addProgress(1);
+        }
+        check();
+    }
+}
+
+TEST(NestedScopeImpl, RandomTreesRiseToTheEnd)
+{
+    for (unsigned seed = 1; seed <= 100; ++seed) {
+        std::mt19937 random(seed);
+        NestedScopeImpl scope(-20, 300);
+        double last = scope.progress();
+        reportTree(scope, random, 7, [&] {
+            ASSERT_GE(scope.progress(), last - 1e-9) << "seed " << seed;
+            last = scope.progress();
+        });
+        EXPECT_DOUBLE_EQ(scope.progress(), 300) << "seed " << seed;
+    }
+}
+
+TEST(NestedScope, LetsEveryPeriodthItemThrough)
+{
+    struct Row
+    {
+        long long period, phase, index;
+        bool through;
+    };
+    for (const Row& row :
+         {Row{100, 0, 0, true}, Row{100, 0, 250, false}, Row{100, 0, 300, true}, Row{100, 0, -300, true},
+          Row{10, 3, -13, true}, Row{10, 3, 7, false}, Row{0, 0, 7, true}, Row{-1, 0, LLONG_MIN, true},
+          Row{LLONG_MIN, 0, LLONG_MIN, true}}) {
+        NestedScopeImpl scope(0, 100);
+        {
+            const NestedScopeSaveSetup saved(scope);
+            scope.setPeriod(row.period);
+            scope.setPhase(row.phase);
+            scope.setOptionalProgress(row.index, 0.5);
+        }
+        EXPECT_EQ(scope.progress() > 0, row.through) << row.period << ' ' << row.phase << ' ' << row.index;
+        EXPECT_EQ(scope.period(), 100);
+        EXPECT_EQ(scope.phase(), 0);
+    }
+}
+
+TEST(NestedScopeDummy, LogsMessagesOnly)
+{
+    test::LogCapture capture;
+    NestedScopeDummy dummy;
+    NestedScopeImpl impl(0, 1);
+    for (NestedScope* scope : std::initializer_list<NestedScope*>{&dummy, &impl}) {
+        scope->setMessage(3, QString());
+        scope->setOperation(QStringLiteral("operation"));
+        scope->setMessage(3, QStringLiteral("message"));
+        const auto records = capture.take();
+        ASSERT_EQ(records.size(), 1U);
+        EXPECT_EQ(records[0].text, QLatin1String("message"));
+        EXPECT_EQ(int(records[0].level), 2);
+        EXPECT_EQ(records[0].file, QLatin1String("concurrent/NestedScope.cpp"));
+        EXPECT_EQ(records[0].line, 102);
+        EXPECT_EQ(records[0].function,
+                  QLatin1String(
+                      "virtual void veltor::concurrent::NestedScopeDummy::setMessage(int, const QString&)"));
+        EXPECT_FALSE(scope->isFinished());
+    }
+}
+
+TEST(NestedScopeEvents, DeliversEventsOnProgressOnly)
+{
+    NestedScopeEvents scope;
+    QObject context;
+    bool delivered = false;
+    QMetaObject::invokeMethod(
+        &context, [&] { delivered = true; }, Qt::QueuedConnection);
+    scope.addProgress(1);
+    EXPECT_FALSE(delivered);
+    scope.setProgress(1);
+    EXPECT_TRUE(delivered);
+}
+
+TEST(SignalingTaskNestedScope, ForwardsToTheTaskAndAnswersFromIt)
+{
+    const test::LogCapture capture;
+    LambdaTask task([](LambdaTask& t) {
+        SignalingTaskNestedScope scope(t, 0, 200);
+        scope.setRange(0, 4);
+        scope.setInnerRange(2, 0, 1);
+        scope.setProgress(0.5);
+        scope.removeInnerRange();
+        scope.setOperation(QStringLiteral("reading"));
+        scope.setMessage(1, QStringLiteral("note"));
+        scope.setMessage(1, QString());
+        EXPECT_TRUE(scope.canWork());
+        t.cancel();
+        EXPECT_FALSE(scope.canWork());
+        EXPECT_FALSE(scope.taskReady());
+        EXPECT_TRUE(scope.isFinished());
+        t.enterCancelledState();
+        EXPECT_TRUE(scope.taskReady());
+    });
+    EventLog log(*task.progressHandler());
+    QObject::connect(task.progressHandler().get(), &ProgressHandler::messageChanged, &log,
+                     [&](const QString& text) { log.add(text); });
+    task.start();
+    EXPECT_EQ(log.take(),
+              QLatin1String("started 0..200 =0 +0 =0 +0 =50 +50 =100 +50 reading note cancelRequest "
+                            "=200 +100 canceled finished"));
+    EXPECT_EQ(SignalingTaskNestedScope(task).progress(), 0.0);
+}
+
+} // namespace
+} // namespace veltor::concurrent

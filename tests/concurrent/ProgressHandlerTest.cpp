@@ -1,0 +1,316 @@
+#include "Support.h"
+
+#include <veltor/concurrent/FutureWatcherProgressHandler.h>
+#include <veltor/concurrent/ProgressSizeDecorator.h>
+#include <veltor/concurrent/ResultReceiver.h>
+#include <veltor/concurrent/TaskThreadPool.h>
+
+#include "support/Printers.h"
+
+#include <QtCore/QFutureInterface>
+#include <QtCore/QFutureWatcher>
+#include <QtCore/QMetaMethod>
+#include <QtCore/QThread>
+#include <QtCore/QTimer>
+
+#include <gtest/gtest.h>
+
+namespace veltor::concurrent {
+namespace {
+
+using test::EventLog;
+using test::eventually;
+using test::LambdaTask;
+
+QStringList ownMethods(const QMetaObject& meta)
+{
+    QStringList signatures;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        signatures << QString::fromLatin1(meta.method(i).methodSignature());
+    }
+    return signatures;
+}
+
+QStringList words(const char* text)
+{
+    return QString::fromLatin1(text).split(QLatin1Char(' '));
+}
+
+TEST(MetaObjects, KeepTheirMethodsInOrder)
+{
+    EXPECT_EQ(ownMethods(ProgressHandler::staticMetaObject),
+              words("canceled() cancelRequest() started() finished() successful() paused() "
+                    "messageChanged(QString) progressRangeChanged(concurrent::Range) "
+                    "progressValueChanged(double) progressValueIncreased(progress::Add) "
+                    "windowTitleChanged(QString) error(err::ConcurrentNestedException) "
+                    "showProgressByRequest() hideProgress(bool) cancelableFlagChanged(bool) "
+                    "cancelMethodChanged(concurrent::CancelMethod) sendCancel() stopTaskWithEvents() "
+                    "stopTaskWithoutEvents() cancel()"));
+    EXPECT_EQ(
+        ownMethods(Task::staticMetaObject),
+        words("start() cancel() pause() continueWork() enterErrorState(err::ConcurrentNestedException)"));
+    EXPECT_EQ(ownMethods(TaskThreadPool::staticMetaObject),
+              words("onWorkerFinished(veltor::concurrent::Task*)"));
+    EXPECT_EQ(ownMethods(ResultReceiver::staticMetaObject), words("resultReady()"));
+}
+
+TEST(MetaObjects, EverySignalCanBeQueuedByName)
+{
+    for (const char* name : {"Range", "concurrent::Range", "veltor::concurrent::Range", "progress::Add",
+                             "concurrent::CancelMethod", "err::ConcurrentNestedException"}) {
+        EXPECT_NE(QMetaType::type(name), int(QMetaType::UnknownType)) << name;
+    }
+    // The same object as source and sink: each signal is queued into the next handler's signal.
+    ProgressHandler source;
+    ProgressHandler sink;
+    const QMetaObject& meta = ProgressHandler::staticMetaObject;
+    for (int i = meta.methodOffset(); meta.method(i).methodType() == QMetaMethod::Signal; ++i) {
+        EXPECT_TRUE(QObject::connect(&source, meta.method(i), &sink, meta.method(i), Qt::QueuedConnection));
+    }
+    EventLog log(sink);
+    bool called = false;
+    QObject::connect(&sink, &ProgressHandler::cancelMethodChanged,
+                     [](const CancelMethod& method) { method(); });
+    source.setProgressRange({1, 2});
+    source.setCancelMethod([&] { called = true; });
+    source.setError({});
+    QCoreApplication::sendPostedEvents();
+    EXPECT_EQ(log.take(), QLatin1String("1..2 =1 +0 error"));
+    EXPECT_TRUE(called);
+}
+
+TEST(ProgressHandler, ValuesAndTheirIncrements)
+{
+    ProgressHandler handler;
+    EventLog log(handler);
+    EXPECT_EQ(handler.progress(), 0);
+    EXPECT_EQ(handler.range().start, 0);
+    EXPECT_EQ(handler.range().end, 100);
+    EXPECT_EQ(int(handler.extraData()), 1);
+    EXPECT_FALSE(handler.isDeleted());
+    EXPECT_NE(handler.id(), ProgressHandler().id());
+    handler.setProgress(50);
+    handler.setProgress(30);
+    handler.setProgress(progress::Add{-5});
+    EXPECT_EQ(log.take(), QLatin1String("=50 +50 =30 +20 =25 +5"));
+    handler.setProgressRange({10, 20});
+    handler.setFinalProgress();
+    EXPECT_EQ(log.take(), QLatin1String("10..20 =10 +0 =20 +10"));
+    handler.setIgnoreFinal(true);
+    handler.setFinalProgress();
+    EXPECT_EQ(log.take(), QString());
+    handler.setInvokeType(Qt::QueuedConnection);
+    handler.setProgress(15);
+    EXPECT_EQ(log.take(), QString());
+    EXPECT_EQ(handler.progress(), 20) << "the change comes with its signals";
+    QCoreApplication::sendPostedEvents(&handler);
+    EXPECT_EQ(log.take(), QLatin1String("=15 +5"));
+}
+
+TEST(ProgressHandler, WritesOfOtherThreadsArriveInItsOwn)
+{
+    ProgressHandler handler;
+    QThread* const own = QThread::currentThread();
+    int signals_ = 0;
+    QObject::connect(&handler, &ProgressHandler::progressValueChanged, [&] {
+        EXPECT_EQ(QThread::currentThread(), own);
+        ++signals_;
+    });
+    std::vector<std::thread> writers;
+    for (int writer = 0; writer < 4; ++writer) {
+        writers.emplace_back([&] {
+            for (int i = 0; i < 250; ++i) {
+                handler.setProgress(progress::Add{1});
+            }
+        });
+    }
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
+    EXPECT_EQ(signals_, 0);
+    QCoreApplication::sendPostedEvents(&handler);
+    EXPECT_EQ(signals_, 1000);
+    EXPECT_EQ(handler.progress(), 1000);
+}
+
+TEST(ProgressHandler, CancelReachesSubHandlersWithoutHoldingTheLock)
+{
+    struct Sub : ProgressHandler
+    {
+        std::function<void()> onCancel;
+        void cancel() override
+        {
+            ProgressHandler::cancel();
+            onCancel();
+        }
+    };
+    ProgressHandler main;
+    EventLog log(main);
+    auto late = std::make_shared<ProgressHandler>();
+    QStringList order;
+    for (int i = 0; i < 3; ++i) {
+        auto sub = std::make_shared<Sub>();
+        sub->onCancel = [&, i] {
+            order << QString::number(i);
+            std::thread([&] { main.registerSubHandler(late); }).join();
+        };
+        main.registerSubHandler(std::move(sub));
+    }
+    main.sendCancel();
+    EXPECT_EQ(order.join(QString()), QLatin1String("012"));
+    EXPECT_EQ(log.take(), QLatin1String("canceled cancelRequest"));
+    EXPECT_FALSE(late->isCanceled());
+    try {
+        main.throwIfCanceled();
+        ADD_FAILURE() << "did not throw";
+    } catch (const std::logic_error&) {
+        ADD_FAILURE() << "cancellation is a run-time error";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "Операция была прервана");
+    }
+}
+
+TEST(ProgressHandler, WaitsForTheEnd)
+{
+    ProgressHandler handler;
+    QTimer::singleShot(0, [&] {
+        handler.finish();
+        Q_EMIT handler.finished();
+    });
+    EXPECT_TRUE(handler.isRunning());
+    handler.waitForFinished();
+    EXPECT_TRUE(handler.isFinished());
+    EXPECT_FALSE(handler.isRunning());
+    bool delivered = false;
+    QTimer::singleShot(0, &handler, [&] { delivered = true; });
+    handler.waitForFinished();
+    EXPECT_FALSE(delivered) << "no event loop when finished";
+
+    ProgressHandler stopped;
+    std::thread worker([&] {
+        while (!stopped.isCanceled()) {
+        }
+        stopped.finish();
+    });
+    stopped.stopTaskWithoutEvents();
+    worker.join();
+    EXPECT_FALSE(delivered);
+}
+
+TEST(ProgressHandler, MayBeReleasedByAnyThreadWhileWritesAreUnderWay)
+{
+    test::EventLoopThread thread;
+    std::atomic<int> destroyed{0};
+    thread.start();
+    for (int i = 0; i < 300; ++i) {
+        std::shared_ptr<ProgressHandler> handler(new ProgressHandler, &releaseHandler);
+        QObject::connect(handler.get(), &QObject::destroyed, [&] { ++destroyed; });
+        handler->moveToThread(&thread);
+        handler->setProgress(1);
+        handler->setProgress(2);
+    }
+    thread.stop();
+    EXPECT_EQ(destroyed, 300);
+}
+
+TEST(FutureWatcherProgressHandler, ShowsTheWatcher)
+{
+    QFutureInterface<void> future;
+    QFutureWatcher<void> watcher;
+    FutureWatcherProgressHandler handler(&watcher);
+    EventLog log(handler);
+    watcher.setFuture(future.future());
+    future.reportStarted();
+    future.setProgressRange(0, 50);
+    future.setProgressValue(20);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(handler.isRunning());
+    EXPECT_EQ(handler.range().end, 50);
+    EXPECT_EQ(handler.progress(), 20);
+    EXPECT_TRUE(log.take().endsWith(QLatin1String("=20")));
+    handler.cancel();
+    EXPECT_TRUE(handler.isCanceled());
+    future.reportFinished();
+    EXPECT_TRUE(eventually([&] { return handler.isFinished(); }));
+    EXPECT_EQ(log.take(), QLatin1String("cancelRequest finished"));
+    EXPECT_THROW(FutureWatcherProgressHandler(nullptr), std::invalid_argument);
+}
+
+TEST(ProgressSizeDecorator, FillsItsShareOfTheMainHandler)
+{
+    for (const bool installed : {false, true}) {
+        const auto main = std::make_shared<ProgressHandler>();
+        main->setProgress(10);
+        LambdaTask task([](LambdaTask& t) {
+            t.progressHandler()->setProgressRange({0, 7});
+            for (int i = 1; i <= 3; ++i) {
+                t.progressHandler()->setProgress(i);
+            }
+        });
+        const auto decorator = std::make_shared<ProgressSizeDecorator>(&task, main, 30);
+        if (installed) {
+            task.setProgressHandler(decorator);
+        }
+        EventLog log(*main);
+        task.start();
+        EXPECT_NEAR(main->progress(), 40, 1e-9) << "completed: exactly its size";
+        EXPECT_TRUE(decorator->isFinished());
+        EXPECT_FALSE(main->isFinished());
+        const QString events = log.take();
+        EXPECT_TRUE(events.startsWith(QLatin1String("started "))) << events.toStdString();
+        EXPECT_EQ(events.count(QLatin1String("finished")), 1);
+    }
+}
+
+TEST(ProgressSizeDecorator, ForwardsCancellationAndErrors)
+{
+    const auto main = std::make_shared<ProgressHandler>();
+    LambdaTask task;
+    ProgressSizeDecorator decorator(&task, main, 50);
+    EventLog log(*main);
+    decorator.cancel();
+    EXPECT_TRUE(task.cancelRequested());
+    EXPECT_TRUE(decorator.isCanceled());
+    decorator.setError({});
+    EXPECT_TRUE(task.isCancelled());
+    EXPECT_EQ(log.take(), QLatin1String("=50 +50 error canceled finished"));
+    EXPECT_THROW(ProgressSizeDecorator(&task, nullptr, 1), std::invalid_argument);
+
+    ProgressSizeDecorator alone(nullptr, main, 10);
+    alone.setProgressRange({0, 4});
+    alone.setProgress(2);
+    EXPECT_EQ(main->progress(), 55);
+    alone.connectToMainPh(*main);
+    alone.setFinalProgress();
+    EXPECT_EQ(main->progress(), 60) << "connected once";
+}
+
+TEST(ResultReceiver, LearnsOfSuccessAndStopsItsTask)
+{
+    TaskThreadPool pool(1);
+    int results = 0;
+    {
+        auto* task = new LambdaTask;
+        ResultReceiver receiver(task->progressHandler());
+        QObject::connect(&receiver, &ResultReceiver::resultReady, [&] { ++results; });
+        pool.start(task);
+        EXPECT_TRUE(eventually([&] { return results == 1; }));
+    }
+    auto* endless = new LambdaTask([](LambdaTask& t) {
+        while (true) {
+            t.progressHandler()->throwIfCanceled();
+        }
+    });
+    const auto handler = endless->progressHandler();
+    {
+        ResultReceiver receiver;
+        receiver.setTaskHandler(handler);
+        EXPECT_EQ(receiver.taskHandler(), handler);
+        pool.start(endless);
+    }
+    EXPECT_TRUE(handler->isFinished());
+    EXPECT_EQ(results, 1);
+}
+
+} // namespace
+} // namespace veltor::concurrent

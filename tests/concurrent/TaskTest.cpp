@@ -1,0 +1,326 @@
+#include "Support.h"
+
+#include <veltor/concurrent/Runners.h>
+
+#include "support/Printers.h"
+
+#include <QtCore/QEventLoop>
+#include <QtCore/QPointer>
+#include <QtCore/QThread>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace veltor::concurrent {
+namespace {
+
+using test::EventLog;
+using test::eventually;
+using test::LambdaTask;
+
+struct Scenario
+{
+    const char* name;
+    LambdaTask::Work work;                 // in onStart()
+    std::function<void(LambdaTask&)> then; // after start()
+    int word;
+    const char* events;
+};
+
+const Scenario scenarios[] = {
+    {"success", {}, {}, 0x50, "started =100 +100 successful finished"},
+    {"second start", {}, [](auto& t) { t.start(); }, 0x50, "started =100 +100 successful finished"},
+    {"cancel after success", {}, [](auto& t) { t.cancel(); }, 0x50, "started =100 +100 successful finished"},
+    {"throws",
+     [](auto&) { throw std::runtime_error("broken"); },
+     {},
+     0xB0,
+     "started =100 +100 error canceled finished"},
+    {"throws after a verdict",
+     [](auto& t) {
+         t.enterSuccessfulState();
+         throw std::runtime_error("late");
+     },
+     {},
+     0x50,
+     "started =100 +100 successful finished"},
+    {"cancelled by itself",
+     [](auto& t) { t.enterCancelledState(); },
+     {},
+     0x30,
+     "started =100 +100 canceled finished"},
+    {"every cancel is announced once",
+     [](auto& t) {
+         t.cancel();
+         t.cancel();
+     },
+     {},
+     0x50,
+     "started cancelRequest cancelRequest =100 +100 successful finished"},
+    {"cancel is heeded",
+     [](auto& t) {
+         t.cancel();
+         t.progressHandler()->throwIfCanceled();
+     },
+     {},
+     0xB0,
+     "started cancelRequest =100 +100 error canceled finished"},
+    {"sendCancel while it runs",
+     [](auto& t) { t.progressHandler()->sendCancel(); },
+     {},
+     0x50,
+     "started cancelRequest canceled cancelRequest =100 +100 successful finished"},
+    {"waiting stays open", [](auto& t) { t.enterWaitingState(); }, {}, 0x04, "started"},
+    {"waiting ends later", [](auto& t) { t.enterWaitingState(); }, [](auto& t) { t.enterFinishedState(); },
+     0x10, "started =100 +100 finished"},
+    {"an error reported through the handler",
+     [](auto& t) {
+         try {
+             throw std::runtime_error("reported");
+         } catch (...) {
+             t.progressHandler()->setError(err::ConcurrentNestedException());
+             t.progressHandler()->setError(err::ConcurrentNestedException());
+         }
+     },
+     {},
+     0xB0,
+     "started =100 +100 error canceled finished"},
+    {"paused on return is finished",
+     [](auto& t) { t.enterPausedState(); },
+     {},
+     0x10,
+     "started paused =100 +100 finished"},
+    {"continued without a waiter is successful", [](auto& t) { t.enterWaitingState(); },
+     [](auto& t) {
+         t.pause();
+         EXPECT_TRUE(t.pauseRequested());
+         t.enterPausedState();
+         t.continueWork();
+         EXPECT_FALSE(t.pauseRequested());
+     },
+     0x50, "started paused =100 +100 successful finished"},
+    {"continued into waiting",
+     [](auto& t) {
+         t.continued = [](LambdaTask& task) { task.enterWaitingState(); };
+         t.enterWaitingState();
+     },
+     [](auto& t) {
+         t.enterPausedState();
+         t.continueWork();
+     },
+     0x04, "started paused"},
+    {"continue without a pause", [](auto& t) { t.enterWaitingState(); }, [](auto& t) { t.continueWork(); },
+     0x04, "started"},
+    {"no verdict is left", [](auto& t) { t.enterCancelledState(); },
+     [](auto& t) {
+         t.enterPausedState();
+         t.enterWaitingState();
+         t.continueWork();
+         t.enterErrorState({});
+         t.enterFinishedState();
+     },
+     0x30, "started =100 +100 canceled finished"},
+    {"no final progress",
+     [](auto& t) { t.progressHandler()->setIgnoreFinal(true); },
+     {},
+     0x50,
+     "started successful finished"},
+};
+
+class TaskScenario : public testing::TestWithParam<std::tuple<Scenario, Qt::ConnectionType>>
+{};
+
+TEST_P(TaskScenario, EmitsItsSignalsInOrder)
+{
+    const auto& [scenario, type] = GetParam();
+    LambdaTask task(scenario.work);
+    EventLog log(*task.progressHandler(), type);
+    task.start();
+    if (scenario.then) {
+        scenario.then(task);
+    }
+    if (type == Qt::QueuedConnection) {
+        EXPECT_EQ(log.take(), QString());
+        QCoreApplication::sendPostedEvents(&log);
+    }
+    EXPECT_EQ(log.take(), QLatin1String(scenario.events));
+    const int word = (task.isRunning() ? 0x02 : 0) | (task.isWaiting() ? 0x04 : 0) |
+                     (task.isPaused() ? 0x08 : 0) | (task.isFinished() ? 0x10 : 0) |
+                     (task.isCancelled() ? 0x20 : 0) | (task.isSuccessful() ? 0x40 : 0);
+    EXPECT_EQ(word, scenario.word & ~0x80);
+    EXPECT_EQ(task.cancelRequested(),
+              (scenario.word & 0x80) ||
+                  QLatin1String(scenario.events).contains(QLatin1String("cancelRequest")));
+}
+
+std::string scenarioName(const testing::TestParamInfo<TaskScenario::ParamType>& info)
+{
+    std::string name = std::get<0>(info.param).name;
+    std::replace(name.begin(), name.end(), ' ', '_');
+    return name + (std::get<1>(info.param) == Qt::QueuedConnection ? "_queued" : "_direct");
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, TaskScenario,
+                         testing::Combine(testing::ValuesIn(scenarios),
+                                          testing::Values(Qt::DirectConnection, Qt::QueuedConnection)),
+                         scenarioName);
+
+TEST(TaskState, WordIsSetWholeAndTestedByFlags)
+{
+    TaskState state;
+    EXPECT_TRUE(state.is(TaskState::Created));
+    EXPECT_FALSE(state.is(TaskState::State(0)));
+    state.enterState(TaskState::Finished | TaskState::Cancelled | TaskState::Error);
+    EXPECT_EQ(int(state.states()), 0xB0);
+    EXPECT_TRUE(state.has(TaskState::Finished | TaskState::Error));
+    state.enterState(TaskState::Finished | TaskState::Successful | TaskState::Running);
+    EXPECT_EQ(int(state.states()), 0x50) << "other bits are dropped beside success";
+    state.pauseRequested();
+    state.cancelRequested();
+    state.resume();
+    EXPECT_EQ(int(state.states()), 0x02);
+    EXPECT_FALSE(state.isPauseRequsted());
+    EXPECT_TRUE(state.isCancelRequested());
+    state.enterState({});
+    EXPECT_TRUE(state.is(TaskState::State(0)));
+}
+
+TEST(Task, DestroyedBeforeItsEndIsSeenAsCancelled)
+{
+    auto task = std::make_unique<LambdaTask>();
+    const auto handler = task->progressHandler();
+    EventLog log(*handler);
+    task.reset();
+    EXPECT_EQ(log.take(), QLatin1String("=100 +100 canceled finished"));
+    EXPECT_TRUE(handler->isFinished());
+    handler->waitForFinished();
+    handler->cancel(); // no task to reach any more
+    handler->pause();
+    handler->continueWork();
+    handler->setProgress(5);
+    EXPECT_EQ(log.take(), QLatin1String("=5 +95"));
+}
+
+/// A task in a thread of its own, which pauses once it was asked to.
+class PausedTask : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        auto* created = new LambdaTask([this](LambdaTask& t) {
+            while (t.waitWhilePaused() && !finish) {
+                std::this_thread::yield();
+            }
+            t.progressHandler()->throwIfCanceled();
+        });
+        task = created;
+        handler = task->progressHandler();
+        log = std::make_unique<EventLog>(*handler);
+        handler->setIgnoreFinal(true);
+        task->pause(); // not running yet: nothing
+        EXPECT_FALSE(task->pauseRequested());
+        runInNewThread(task);
+        ASSERT_TRUE(eventually([&] { return handler->isRunning(); }));
+        task->pause();
+        ASSERT_TRUE(eventually([&] { return task->isPaused(); }));
+    }
+    QString end()
+    {
+        handler->waitForFinished();
+        EXPECT_TRUE(eventually([&] { return LambdaTask::alive == 0; }));
+        QCoreApplication::processEvents();
+        return log->take();
+    }
+
+    QPointer<LambdaTask> task;
+    std::shared_ptr<TaskProgressHandler> handler;
+    std::unique_ptr<EventLog> log;
+    std::atomic<bool> finish{false};
+};
+
+TEST_F(PausedTask, GoesOnWhenContinued)
+{
+    task->continueWork();
+    EXPECT_TRUE(task->isRunning()) << "the work that waited decides how it ends";
+    EXPECT_FALSE(task->pauseRequested());
+    task->pause();
+    ASSERT_TRUE(eventually([&] { return task->isPaused(); }));
+    finish = true;
+    handler->continueWork();
+    EXPECT_EQ(end(), QLatin1String("started paused paused successful finished"));
+}
+
+TEST_F(PausedTask, IsWokenByACancelThroughItsHandler)
+{
+    handler->cancel();
+    EXPECT_EQ(end().remove(QLatin1String("cancelRequest ")),
+              QLatin1String("started paused error canceled finished"));
+}
+
+TEST_F(PausedTask, IsWokenByACancelFromAnotherThread)
+{
+    task->cancel();
+    EXPECT_EQ(end().remove(QLatin1String("cancelRequest ")),
+              QLatin1String("started paused error canceled finished"));
+}
+
+TEST(Task, CancelRacesTheNaturalEndWithOneVerdict)
+{
+    for (int i = 0; i < 200; ++i) {
+        std::atomic<int> ends{0};
+        std::atomic<bool> go{false};
+        LambdaTask task([&](LambdaTask& t) {
+            std::thread other([&] {
+                while (!go) {
+                }
+                t.enterCancelledState();
+            });
+            go = true;
+            t.enterSuccessfulState();
+            other.join();
+        });
+        QObject::connect(task.progressHandler().get(), &ProgressHandler::finished, [&] { ++ends; });
+        task.progressHandler()->setInvokeType(Qt::DirectConnection);
+        task.start();
+        ASSERT_EQ(ends, 1);
+        ASSERT_NE(task.isSuccessful(), task.isCancelled());
+    }
+}
+
+TEST(Runners, RunInThreadLeavesThreadAndTaskToTheCaller)
+{
+    test::EventLoopThread thread;
+    LambdaTask task([&](LambdaTask&) { EXPECT_EQ(QThread::currentThread(), &thread); });
+    const auto handler = task.progressHandler();
+    runInThread(&task, &thread);
+    thread.start();
+    handler->waitForFinished();
+    thread.stop();
+    EXPECT_TRUE(task.isSuccessful());
+    EXPECT_THROW(runInThread(&task, nullptr), std::invalid_argument);
+    EXPECT_THROW(runInNewThread(nullptr), std::invalid_argument);
+}
+
+TEST(Runners, ANewThreadEndsWithoutTheCallersEventLoop)
+{
+    std::shared_ptr<TaskProgressHandler> handler;
+    std::thread([&] {
+        auto* task = new LambdaTask;
+        handler = task->progressHandler();
+        runInNewThread(task);
+        auto* cancelled = new LambdaTask;
+        cancelled->enterCancelledState();
+        runInNewThread(cancelled);
+        handler->waitForFinished();
+        while (LambdaTask::alive > 0) {
+            std::this_thread::yield();
+        }
+        QEventLoop().processEvents(); // deletes the thread objects
+    }).join();
+    EXPECT_TRUE(handler->isFinished());
+}
+
+} // namespace
+} // namespace veltor::concurrent
