@@ -12,17 +12,12 @@ namespace {
 
 constexpr double pi = 3.14159265358979323846;
 
-TEST(Angles, DirectionsOfTheScreenAndOfMathematicsMirrorEachOther)
+TEST(Angles, DirectionsAndLengthsOfSegments)
 {
     EXPECT_EQ(pointsAngle({0, 0}, {0, 1}), -pi / 2);
     EXPECT_EQ(pointsAngleDirect({0, 0}, {0, 1}), pi / 2);
     EXPECT_EQ(lineAngle({1, 1, 3, -1}), pi / 4);
     EXPECT_EQ(lineAngleDirect({1, 1, 3, -1}), -pi / 4);
-}
-
-TEST(Angles, LengthsAndPointsAlongASegment)
-{
-    EXPECT_EQ(lengthSquared({1, 2}, {4, 6}), 25);
     EXPECT_EQ(lengthSquared(QLineF(1, 2, 4, 6)), 25);
     EXPECT_EQ(scaleLength({1, 2}, {3, 6}, -1), QPointF(-1, -2));
 }

@@ -73,11 +73,9 @@ TEST(Distance, EllipsoidalFormsAgreeWithTheReferenceTable)
     ASSERT_GT(geodesics().size(), 400U);
     for (const Geodesic& row : geodesics()) {
         SCOPED_TRACE(row.kind.toStdString() + " " + std::to_string(row.distance));
-        // The series that PROJ uses loses digits with the sixth power of the flattening.
-        const double error = std::fabs(row.rf) < 100 ? 2e-7 : 5e-8;
-        EXPECT_NEAR(ellipsoidDistance(row.p1, row.p2, row.a, row.rf), row.distance, error);
+        EXPECT_NEAR(ellipsoidDistance(row.p1, row.p2, row.a, row.rf), row.distance, 3e-8);
         const auto [distance, azimuth] = backGeodesicProblem(row.p1, row.p2, row.a, row.rf);
-        EXPECT_NEAR(distance, row.distance, error);
+        EXPECT_NEAR(distance, row.distance, 3e-8);
         EXPECT_GE(azimuth, 0);
         EXPECT_LT(azimuth, 360);
         if (row.kind != QLatin1String("tiny")) {
@@ -153,7 +151,7 @@ TEST(Distance, VincentyAndLambertAtCoincidenceAndAntipodes)
     EXPECT_EQ(vincentyDistance(p, p, a, rf), 0);
     EXPECT_EQ(lambertDistance(p, {30 + 1e-12, 40}, a, rf), 0);
     EXPECT_EQ(vincentyDistance({0, 0}, {180, 0}, a, rf), 0);
-    EXPECT_EQ(vincentyDistance({0, 90}, {0, -90}, a, rf), 0);
+    EXPECT_EQ(vincentyDistance({30, 40}, {-150, -40}, a, rf), 0);
     EXPECT_EQ(lambertDistance({1e-200, 5}, {2e-200, 5}, a, rf),
               lambertDistance({2e-200, 5}, {1e-200, 5}, a, rf));
     const QPointF nearAntipode(179.7, 0.5); // the iteration does not settle
