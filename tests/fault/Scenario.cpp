@@ -135,11 +135,6 @@ PlanScope::~PlanScope()
     delete m_io;
 }
 
-Plan* PlanScope::current()
-{
-    return g_plan;
-}
-
 bool PlannedRollbackFile::openJournal(const QString& path, QIODevice::OpenMode mode)
 {
     m_journalPath = path;

@@ -44,8 +44,6 @@ public:
     PlanScope(const PlanScope&) = delete;
     PlanScope& operator=(const PlanScope&) = delete;
 
-    static Plan* current();
-
 private:
     platform::FileIo* m_io;
 };

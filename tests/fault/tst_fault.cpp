@@ -157,30 +157,6 @@ TEST_P(Fault, AnOperationThatFailsFailsTheTransactionWhichRollsBack)
     }
 }
 
-TEST_P(Fault, AFailedRollbackCanBeTriedAgain)
-{
-    m_files.reset();
-    Plan interrupted{countOperations() - 1, Fate::NotApplied};
-    m_files.reset();
-    transact(interrupted);
-    for (int chosen = 0;; ++chosen) {
-        m_files.reset();
-        Plan death = {interrupted.chosen, Fate::NotApplied};
-        transact(death);
-        Plan plan{chosen, Fate::Error};
-        const PlanScope scope(plan);
-        PlannedRollbackFile journal(GetParam());
-        ASSERT_TRUE(journal.openJournal(m_files.journal(), QIODevice::ReadWrite));
-        const bool first = journal.rollback();
-        if (plan.count <= chosen) {
-            ASSERT_TRUE(first);
-            break;
-        }
-        ASSERT_TRUE(first || journal.rollback()) << where(plan);
-        ASSERT_TRUE(m_files.read() == Workspace::originals()) << where(plan);
-    }
-}
-
 INSTANTIATE_TEST_SUITE_P(Storage, Fault, testing::Values(Path::Native, Path::Generic), [](const auto& row) {
     return row.param == Path::Native ? std::string("Native") : std::string("Generic");
 });
