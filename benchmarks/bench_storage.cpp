@@ -7,6 +7,7 @@
 // large writes leave large folios there, and each small write to one pays for its whole length. So
 // every file here is first written in pieces of 4 KiB, as SQLite writes its own.
 
+#include "platform/FileIo.h"
 #include "utils/storage/Crc32c.h"
 
 #include <veltor/logging/Logger.h>
@@ -29,6 +30,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace veltor;
@@ -186,6 +188,64 @@ private:
     RollbackFile m_journal;
     std::array<QString, Files> m_names;
     std::array<SecuredFile, Files> m_files;
+};
+
+/// What protection asks of the system and nothing else, no name, link or checksum worked out: a journal
+/// made and deleted, and for each page one read, three writes to the journal and one to the file.
+class BareCalls
+{
+public:
+    Updates& updates = fileUpdates();
+
+    bool open()
+    {
+        bool opened = true;
+        for (unsigned number = 0; number < Files; ++number) {
+            m_files[number].setFileName(fileName(number));
+            opened = m_files[number].open(QIODevice::ReadWrite | QIODevice::Unbuffered) && opened;
+        }
+        return opened;
+    }
+
+    bool begin()
+    {
+        m_end = HeaderSize;
+        return m_journal.open(QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered) &&
+               save(0, HeaderSize);
+    }
+
+    bool write(unsigned page)
+    {
+        const int file = m_files[page / PagesPerFile].handle();
+        const qint64 position = page % PagesPerFile * PageSize;
+        const qint64 block = std::exchange(m_end, m_end + BlockSize);
+        return m_io.readAt(file, position, m_block.data() + (BlockSize - PageSize), PageSize) == PageSize &&
+               save(block, BlockSize) && save(std::max<qint64>(block - BlockSize, 0), LinkSize) &&
+               save(0, LinkSize) && m_io.writeAt(file, position, updates.data(), PageSize) == PageSize;
+    }
+
+    bool commit() { return m_journal.remove(); }
+
+    bool read(unsigned page, Page& data)
+    {
+        return readPage(fileName(page / PagesPerFile), page % PagesPerFile, data);
+    }
+
+private:
+    static constexpr qint64 HeaderSize = 48;
+    static constexpr qint64 BlockSize = 40 + PageSize;
+    static constexpr qint64 LinkSize = 8;
+
+    bool save(qint64 position, qint64 length)
+    {
+        return m_io.writeAt(m_journal.handle(), position, m_block.data(), length) == length;
+    }
+
+    platform::FileIo& m_io = platform::fileIo();
+    std::array<QFile, Files> m_files;
+    QFile m_journal{workFile(QStringLiteral("bare.rollback"))};
+    std::array<char, BlockSize> m_block{};
+    qint64 m_end = 0;
 };
 
 /// No protection at all.
@@ -516,6 +576,7 @@ int main(int argc, char** argv)
         }
     });
     addUpdates<ProtectedPages>("update/protected");
+    addUpdates<BareCalls>("update/bare_calls");
     addUpdates<PlainPages>("update/plain", QIODevice::OpenMode(QIODevice::Unbuffered));
     addUpdates<PlainPages>("update/plain_buffered", QIODevice::OpenMode());
     addUpdates<SqlitePages>("update/sqlite_default", "PRAGMA synchronous = OFF");
