@@ -1,31 +1,21 @@
 // Protected writes beside plain ones and beside SQLite, which with synchronous=OFF makes the same
-// promise: the files survive the death of the process. Then the reading of a journal beside a plain
-// read of it. Every contender writes the same pages in the same order, and what it wrote is read back.
-// The files lie in a temporary directory beneath the current one.
-//
-// What a random 4 KiB write costs the kernel varies tenfold with how the file entered the page cache:
-// large writes leave large folios there, and each small write to one pays for its whole length. So
-// every file here is first written in pieces of 4 KiB, as SQLite writes its own.
+// promise: the files survive the death of the process. Every contender writes the same pages in the same
+// order, and what it wrote is read back.
 
+#include "StorageBench.h"
 #include "platform/FileIo.h"
-#include "utils/storage/Crc32c.h"
 
-#include <veltor/logging/Logger.h>
 #include <veltor/utils/RollbackFile.h>
 #include <veltor/utils/SecuredFile.h>
 
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
-#include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QTemporaryDir>
 
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <filesystem>
-#include <iostream>
 #include <memory>
 #include <random>
 #include <string>
@@ -33,37 +23,10 @@
 #include <vector>
 
 using namespace veltor;
+using namespace veltor::benchmarks;
 using namespace veltor::utils;
 
 namespace {
-
-constexpr qint64 PageSize = 4096;
-using Page = std::array<char, PageSize>;
-
-QString workFile(const QString& name)
-{
-    static const QTemporaryDir dir(QDir::current().filePath(QStringLiteral("bench-storage-XXXXXX")));
-    return dir.filePath(name);
-}
-
-bool writeFile(const QString& name, qint64 pages)
-{
-    QFile file(name);
-    Page page;
-    page.fill('x');
-    bool written = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
-    for (qint64 at = 0; at < pages && written; ++at) {
-        written = file.write(page.data(), PageSize) == PageSize;
-    }
-    return written;
-}
-
-bool readPage(const QString& name, qint64 page, Page& data)
-{
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) && file.seek(page * PageSize) &&
-           file.read(data.data(), PageSize) == PageSize;
-}
 
 /// Which pages to write and with what; remembers what the last write to each was.
 class Updates
@@ -417,170 +380,8 @@ void addUpdates(const char* name, Setup... setup)
     benchmark::RegisterBenchmark(name, run)->Arg(100)->Arg(1)->Unit(benchmark::kMicrosecond);
 }
 
-/// A journal of blocks of 4 KiB, as a killed process leaves it, with those of all its files in turn.
-/// Written once, and linked to the name it is rolled back by as often as needed.
-class LeftJournal
+void addAll()
 {
-public:
-    LeftJournal(unsigned files, qint64 pagesPerFile, qint64 blocksPerFile)
-        : m_kept(workFile(QStringLiteral("kept%1").arg(files)))
-        , m_name(workFile(QStringLiteral("left%1.rollback").arg(files)))
-        , m_pagesPerFile(pagesPerFile)
-    {
-        RollbackFile journal;
-        journal.openByName(QFileInfo(m_kept), QIODevice::WriteOnly);
-        std::vector<RollbackDevice::Key> keys;
-        for (unsigned number = 0; number < files; ++number) {
-            m_files << workFile(QStringLiteral("left%1-%2").arg(files).arg(number));
-            writeFile(m_files.back(), pagesPerFile);
-            keys.push_back(journal.addFile(QFileInfo(m_files.back())));
-        }
-        m_made = true;
-        for (qint64 block = 0; block < blocksPerFile; ++block) {
-            // Leaps about and meets every page.
-            const auto position = static_cast<quint64>(block * 7919 % pagesPerFile * PageSize);
-            for (const RollbackDevice::Key key : keys) {
-                m_made = journal.addBlock(key, position, PageSize) && m_made;
-            }
-        }
-        m_size = QFileInfo(m_kept).size();
-    }
-
-    bool link()
-    {
-        std::error_code error;
-        std::filesystem::remove(m_name.toStdString(), error);
-        std::filesystem::create_hard_link(m_kept.toStdString(), m_name.toStdString(), error);
-        return m_made && !error;
-    }
-
-    /// Spoils the first page that the files have, and the length of the last.
-    void spoil()
-    {
-        for (const QString& name : m_files) {
-            QFile file(name);
-            file.open(QIODevice::ReadWrite);
-            file.write(QByteArray(PageSize, 'z'));
-        }
-        QFile last(m_files.back());
-        last.resize(last.size() + 1);
-    }
-
-    [[nodiscard]] bool isRestored() const
-    {
-        Page wanted;
-        wanted.fill('x');
-        return QFileInfo(m_files.back()).size() == m_pagesPerFile * PageSize &&
-               std::all_of(m_files.begin(), m_files.end(), [&](const QString& name) {
-                   Page found;
-                   return readPage(name, 0, found) && found == wanted;
-               });
-    }
-
-    [[nodiscard]] const QString& name() const { return m_name; }
-    [[nodiscard]] qint64 size() const { return m_size; }
-
-private:
-    QString m_kept;
-    QString m_name;
-    QStringList m_files;
-    qint64 m_pagesPerFile;
-    qint64 m_size = 0;
-    bool m_made = false;
-};
-
-void openJournal(benchmark::State& state, LeftJournal& left)
-{
-    bool done = left.link();
-    for ([[maybe_unused]] auto _ : state) {
-        RollbackFile journal;
-        done = journal.openByName(QFileInfo(left.name()), QIODevice::ReadWrite) && done;
-    }
-    if (!done) {
-        state.SkipWithError("the journal was not opened");
-    }
-}
-
-void rollBack(benchmark::State& state, LeftJournal& left)
-{
-    for ([[maybe_unused]] auto _ : state) {
-        state.PauseTiming();
-        RollbackFile journal;
-        bool done = left.link() && journal.openByName(QFileInfo(left.name()), QIODevice::ReadWrite);
-        left.spoil();
-        state.ResumeTiming();
-        done = journal.rollback() && done;
-        state.PauseTiming();
-        if (!done || !left.isRestored()) {
-            state.SkipWithError("the files were not restored");
-            break;
-        }
-        state.ResumeTiming();
-    }
-}
-
-void readJournal(benchmark::State& state, LeftJournal& left, bool checksummed)
-{
-    std::vector<char> piece(64 * 1024);
-    qint64 total = 0;
-    left.link();
-    for ([[maybe_unused]] auto _ : state) {
-        QFile file(left.name());
-        file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-        for (qint64 got = 0; (got = file.read(piece.data(), static_cast<qint64>(piece.size()))) > 0;) {
-            total += got;
-            if (checksummed) {
-                benchmark::DoNotOptimize(crc32c(0, piece.data(), static_cast<std::size_t>(got)));
-            }
-        }
-    }
-    if (total != state.iterations() * left.size()) {
-        state.SkipWithError("the journal was not read");
-    }
-}
-
-LeftJournal& leftJournal(bool manyFiles)
-{
-    if (manyFiles) {
-        static LeftJournal many(64, 256, 390);
-        return many;
-    }
-    static LeftJournal one(1, 16 * 1024, 100'000);
-    return one;
-}
-
-template <typename Run, typename... More>
-void addReading(const std::string& name, Run run, More... more)
-{
-    for (const bool manyFiles : {false, true}) {
-        const auto measure = [=](benchmark::State& state) {
-            LeftJournal& left = leftJournal(manyFiles);
-            run(state, left, more...);
-            state.SetBytesProcessed(state.iterations() * left.size());
-        };
-        const std::string full = name + (manyFiles ? "/files:64" : "/files:1");
-        benchmark::RegisterBenchmark(full.c_str(), measure)->Unit(benchmark::kMillisecond);
-    }
-}
-
-} // namespace
-
-int main(int argc, char** argv)
-{
-    // Contenders take turns, so that what else the machine does meets all of them; a later argument wins.
-    std::string interleaved = "--benchmark_enable_random_interleaving=true";
-    std::vector<char*> arguments(argv, argv + argc);
-    arguments.insert(arguments.begin() + 1, interleaved.data());
-    argc = static_cast<int>(arguments.size());
-    benchmark::Initialize(&argc, arguments.data());
-    if (benchmark::ReportUnrecognizedArguments(argc, arguments.data())) {
-        return 1;
-    }
-    logging::setLogSink([](const logging::LogRecord& record) {
-        if (record.level == logging::LogLevel::Error) {
-            std::cerr << qUtf8Printable(record.text) << '\n';
-        }
-    });
     addUpdates<ProtectedPages>("update/protected");
     addUpdates<BareCalls>("update/bare_calls");
     addUpdates<PlainPages>("update/plain", QIODevice::OpenMode(QIODevice::Unbuffered));
@@ -591,11 +392,11 @@ int main(int argc, char** argv)
     addUpdates<SqlitePages>("update/sqlite_mmap",
                             "PRAGMA synchronous = OFF; PRAGMA journal_mode = PERSIST;"
                             "PRAGMA locking_mode = EXCLUSIVE; PRAGMA mmap_size = 1000000000");
-    addReading("journal/open", openJournal);
-    addReading("journal/rollback", rollBack);
-    addReading("journal/read", readJournal, false);
-    addReading("journal/read_crc", readJournal, true);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    return runInTurns(argc, argv, &addAll);
 }
