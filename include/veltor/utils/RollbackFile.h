@@ -58,12 +58,14 @@ protected:
     /// The journal's file, as given to openByName(). A subclass that makes the journal's device itself
     /// sets it before it calls open().
     [[nodiscard]] const QFileInfo& journalInfo() const noexcept { return m_journalInfo; }
-    void setJournalInfo(const QFileInfo& journal) { m_journalInfo = journal; }
+    void setJournalInfo(const QFileInfo& journal);
 
 private:
     [[nodiscard]] QString storedName(const QString& canonicalPath) const;
 
     QFileInfo m_journalInfo;
+    QString m_directory;   // of the journal, canonical; empty until the first file is added
+    QString m_journalPath; // canonical, likewise
 };
 
 } // namespace veltor::utils

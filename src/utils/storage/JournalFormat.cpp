@@ -4,6 +4,7 @@
 #include <QtCore/QtEndian>
 
 #include <algorithm>
+#include <array>
 
 namespace veltor::utils::journal {
 namespace {
@@ -144,10 +145,10 @@ QByteArray encodeHeader(const Header& header)
 
 QByteArray encodeEntry(const FileEntry& entry, const QByteArray& name)
 {
-    QByteArray bytes = blank(EntryHeadSize);
-    Sink(bytes.data()) << entry.nextFile << entry.firstChange << entry.lastChange << entry.fileSize
-                       << static_cast<quint16>(name.size());
-    return bytes + name;
+    std::array<char, EntryHeadSize> head{};
+    Sink(head.data()) << entry.nextFile << entry.firstChange << entry.lastChange << entry.fileSize
+                      << static_cast<quint16>(name.size());
+    return QByteArray(head.data(), static_cast<int>(head.size())) + name;
 }
 
 void encodeChangeHead(const ChangeHead& head, char* bytes)

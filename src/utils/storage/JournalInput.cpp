@@ -30,8 +30,8 @@ JournalInput::Piece JournalInput::fetch(quint64 offset, qint64 length, quint64 e
     const quint64 end = m_start + static_cast<quint64>(m_length);
     const bool startsInside = offset >= m_start && offset <= end;
     if (!startsInside || end - offset < static_cast<quint64>(length)) {
-        const bool worthwhile = startsInside || 2 * m_used >= m_length;
-        m_reach = worthwhile ? std::min(2 * m_reach, MaxReach) : MinReach;
+        const bool worthwhile = startsInside || 2 * m_used > m_length;
+        m_reach = std::clamp(worthwhile ? 2 * m_reach : m_used, MinReach, MaxReach);
         const auto reach = static_cast<quint64>(m_reach);
         if (endHint > offset && endHint - offset <= reach) {
             const quint64 from = endHint > reach ? endHint - reach : 0;

@@ -70,13 +70,20 @@ bool RollbackFile::needsRecovery(const QFileInfo& journal)
 bool RollbackFile::openByName(const QFileInfo& journal, QIODevice::OpenMode mode)
 {
     close();
-    m_journalInfo = journal;
+    setJournalInfo(journal);
     IOPtr device = openJournal(journal.absoluteFilePath(), mode);
     if (!device->isOpen()) {
         LogInfo::error(message::openFailed(journal.absoluteFilePath()));
         return false;
     }
     return open(std::move(device), mode);
+}
+
+void RollbackFile::setJournalInfo(const QFileInfo& journal)
+{
+    // Absolute from now on: the process may change its directory.
+    m_journalInfo = QFileInfo(journal.absoluteFilePath());
+    m_directory.clear();
 }
 
 QString RollbackFile::canonical(const QString& name) const
@@ -91,12 +98,17 @@ IOPtr RollbackFile::openFile(const QString& name) const
 
 RollbackDevice::Key RollbackFile::addFile(const QFileInfo& file)
 {
+    // Every directory on the way is a system call: once a journal, not once a file.
+    if (m_directory.isEmpty()) {
+        m_directory = m_journalInfo.absoluteDir().canonicalPath();
+        m_journalPath = QFileInfo(m_journalInfo.absoluteFilePath()).canonicalFilePath();
+    }
     const QString path = file.canonicalFilePath();
     if (path.isEmpty()) {
         LogInfo::error(message::openFailed(file.filePath()));
         return 0;
     }
-    if (path == QFileInfo(m_journalInfo.absoluteFilePath()).canonicalFilePath()) {
+    if (path == m_journalPath) {
         LogInfo::error(message::fileIsJournal(path));
         return 0;
     }
@@ -106,8 +118,7 @@ RollbackDevice::Key RollbackFile::addFile(const QFileInfo& file)
 /// Relative when the file lies beneath the journal's directory, however that is spelled.
 QString RollbackFile::storedName(const QString& canonicalPath) const
 {
-    const QDir directory(m_journalInfo.absoluteDir().canonicalPath());
-    const QString relative = directory.relativeFilePath(canonicalPath);
+    const QString relative = QDir(m_directory).relativeFilePath(canonicalPath);
     const bool outside = relative == QLatin1String("..") || relative.startsWith(QLatin1String("../")) ||
                          QDir::isAbsolutePath(relative);
     return outside ? canonicalPath : relative;
