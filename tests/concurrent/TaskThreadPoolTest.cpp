@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <numeric>
 #include <random>
 
 namespace veltor::concurrent {
@@ -134,6 +135,41 @@ TEST_F(Pool, WakesWaitersWhenTheLastTaskIsDropped)
     pool.start(before);
     EXPECT_TRUE(!guard || guard->runs == 0);
     EXPECT_TRUE(pool.waitForAllTasks(0));
+}
+
+TEST_F(Pool, KeepsTheOrderOfALongQueue)
+{
+    constexpr int count = 1000;
+    std::vector<int> ran_; // by the only worker
+    {
+        TaskThreadPool pool(1);
+        auto gate = occupy(pool);
+        std::promise<void> halfWay;
+        std::promise<void> goOn;
+        const auto numbered = [&](int i) {
+            return new LambdaTask([&ran_, i](LambdaTask&) { ran_.push_back(i); });
+        };
+        for (int i = 0; i < count; ++i) {
+            pool.start(i != count / 2 ? numbered(i) : new LambdaTask([&, i](LambdaTask&) {
+                ran_.push_back(i);
+                halfWay.set_value();
+                goOn.get_future().wait();
+            }));
+        }
+        gate.set_value();
+        halfWay.get_future().wait();
+        pool.start(numbered(-1), TaskThreadPool::High);
+        pool.start(numbered(-2), TaskThreadPool::High);
+        goOn.set_value();
+        EXPECT_TRUE(pool.waitForAllTasks());
+    }
+    std::vector<int> expected(count / 2 + 1);
+    std::iota(expected.begin(), expected.end(), 0);
+    expected.insert(expected.end(), {-2, -1});
+    for (int i = count / 2 + 1; i < count; ++i) {
+        expected.push_back(i);
+    }
+    EXPECT_EQ(ran_, expected);
 }
 
 TEST_F(Pool, ObserversSeeAQueuedTaskEndOnce)
