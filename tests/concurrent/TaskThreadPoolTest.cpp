@@ -206,16 +206,6 @@ TEST_F(Pool, RunsServiceTasksOneAfterAnotherInItsOwnThread)
     EXPECT_TRUE(pool.allTasksDone());
 }
 
-TEST_F(Pool, TakesATaskThatLivesInAnotherThread)
-{
-    TaskThreadPool pool(1);
-    auto* task = named("a");
-    std::thread([&] { pool.start(task); }).join();
-    EXPECT_TRUE(eventually([&] { return ran() == "a"; }));
-    EXPECT_THROW(pool.start(nullptr), std::invalid_argument);
-    EXPECT_THROW(pool.startService(nullptr), std::invalid_argument);
-}
-
 TEST_F(Pool, IgnoresTheEndOfAPartOfATask)
 {
     TaskThreadPool pool(1);
@@ -316,22 +306,6 @@ TEST_F(Pool, CancelsAndDeletesEverythingWhenDestroyed)
         EXPECT_TRUE(handlers[i]->isFinished()) << i;
         EXPECT_EQ(logs[i]->take().count(QLatin1String("finished")), 1) << i;
     }
-}
-
-TEST_F(Pool, HandlersOutliveEverything)
-{
-    std::shared_ptr<TaskProgressHandler> handler;
-    {
-        TaskThreadPool pool(1);
-        auto* task = new LambdaTask;
-        handler = task->progressHandler();
-        pool.start(task);
-        EXPECT_TRUE(pool.waitForAllTasks());
-    }
-    handler->sendCancel();
-    handler->setProgress(1);
-    EXPECT_EQ(handler->progress(), 1);
-    std::thread([last = std::move(handler)]() mutable { last.reset(); }).join();
 }
 
 TEST_F(Pool, StressEndsWithNothingAlive)
