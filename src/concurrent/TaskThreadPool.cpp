@@ -1,15 +1,13 @@
 #include <veltor/concurrent/TaskThreadPool.h>
 
+#include "EventThread.h"
 #include "Post.h"
 
 #include <veltor/concurrent/Task.h>
 #include <veltor/err/Exceptions.h>
 #include <veltor/logging/Logger.h>
 
-#include <QtCore/QCoreApplication>
-
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <utility>
 
@@ -24,34 +22,6 @@ const logging::LoggerMessager poolLog(logging::LogLevel::Detail, "concurrent/Tas
 constexpr int manyQueued = 256;
 constexpr int manyStaged = 128;
 constexpr std::size_t fewStaged = 128;
-
-/// A thread that, before it ends, delivers what was posted to it before quit(), such as a task's cancel(),
-/// and deletes what was to be deleted.
-class EventThread : public QThread
-{
-public:
-    EventThread() = default;
-    ~EventThread() override { join(); }
-
-    /// Returns when the thread has ended, with all that it did in sight.
-    void join()
-    {
-        wait();
-        static_cast<void>(m_ended.load(std::memory_order_acquire));
-    }
-
-protected:
-    void run() override
-    {
-        exec();
-        QCoreApplication::sendPostedEvents();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        m_ended.store(true, std::memory_order_release); // wait() does it too, unseen by ThreadSanitizer
-    }
-
-private:
-    std::atomic<bool> m_ended{false};
-};
 
 } // namespace
 
