@@ -38,7 +38,7 @@ TaskThreadPool::TaskThreadPool(int threads, QObject* parent)
     for (int i = 0; i < threads; ++i) {
         addThread();
     }
-    poolLog.write(QStringLiteral("Initialized ThreadPool with threads: %1").arg(threads));
+    poolLog.write(QStringLiteral("Initialized ThreadPool with threads: %1").arg(m_requestedThreads));
 }
 
 TaskThreadPool::TaskThreadPool(QObject* parent)
