@@ -14,7 +14,7 @@ using veltor::concurrent::NestedScope;
 
 namespace {
 
-constexpr qint64 blockBytes = 64 * 1024;
+constexpr qint64 blockBytes = 0x10000;
 
 /// Knows nothing of tasks: it reports into the scope, and stops when the scope says so.
 QByteArray checksum(const QString& path, NestedScope& scope)

@@ -100,7 +100,7 @@ std::shared_ptr<TaskProgressHandler> ProgressWindow::addChecksum(const QString& 
                                                                  const QStringList& paths)
 {
     auto* task = new ChecksumTask(paths);
-    const auto handler = task->progressHandler();
+    auto handler = task->progressHandler();
     m_rows->addWidget(new TaskRow(title, handler));
     m_pool.start(task);
     return handler;

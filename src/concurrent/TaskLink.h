@@ -60,7 +60,7 @@ public:
             if (!task) {
                 return;
             }
-            if (task->thread() && task->thread() != QThread::currentThread()) {
+            if (task->thread() != QThread::currentThread()) {
                 post(task, [task, f = std::move(function)]() mutable { f(task); });
                 return;
             }

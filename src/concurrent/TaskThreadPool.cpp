@@ -1,15 +1,13 @@
 #include <veltor/concurrent/TaskThreadPool.h>
 
+#include "EventThread.h"
 #include "Post.h"
 
 #include <veltor/concurrent/Task.h>
 #include <veltor/err/Exceptions.h>
 #include <veltor/logging/Logger.h>
 
-#include <QtCore/QCoreApplication>
-
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <utility>
 
@@ -19,33 +17,11 @@ namespace {
 const logging::LoggerMessager poolLog(logging::LogLevel::Detail, "concurrent/TaskThreadPool.cpp", __LINE__,
                                       "veltor::concurrent::TaskThreadPool::TaskThreadPool(int, QObject*)");
 
-/// A thread that, before it ends, delivers what was posted to it before quit(), such as a task's cancel(),
-/// and deletes what was to be deleted.
-class EventThread : public QThread
-{
-public:
-    EventThread() = default;
-    ~EventThread() override { join(); }
-
-    /// Returns when the thread has ended, with all that it did in sight.
-    void join()
-    {
-        wait();
-        static_cast<void>(m_ended.load(std::memory_order_acquire));
-    }
-
-protected:
-    void run() override
-    {
-        exec();
-        QCoreApplication::sendPostedEvents();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        m_ended.store(true, std::memory_order_release); // wait() does it too, unseen by ThreadSanitizer
-    }
-
-private:
-    std::atomic<bool> m_ended{false};
-};
+/// When this many tasks wait, the first are staged for the workers in portions, the next portion when few
+/// of the last are left.
+constexpr int manyQueued = 256;
+constexpr int manyStaged = 128;
+constexpr std::size_t fewStaged = 128;
 
 } // namespace
 
@@ -62,7 +38,7 @@ TaskThreadPool::TaskThreadPool(int threads, QObject* parent)
     for (int i = 0; i < threads; ++i) {
         addThread();
     }
-    poolLog.write(QStringLiteral("Initialized ThreadPool with threads: %1").arg(threads));
+    poolLog.write(QStringLiteral("Initialized ThreadPool with threads: %1").arg(m_requestedThreads));
 }
 
 TaskThreadPool::TaskThreadPool(QObject* parent)
@@ -78,6 +54,7 @@ TaskThreadPool::~TaskThreadPool()
         delete task;
     }
     qDeleteAll(std::exchange(m_queue, {}));
+    qDeleteAll(std::exchange(m_staged, {}));
     for (const QPointer<Task>& task : m_retired) {
         // One that was dropped may live in a foreign thread, whose event loop deletes it.
         QThread* home = task ? task->thread() : nullptr;
@@ -159,6 +136,9 @@ void TaskThreadPool::start_internal(Task* task, Priority priority)
         const std::lock_guard lock(m_mutex);
         if (!m_closing) {
             m_queue.insert(priority == High ? 0 : m_queue.size(), task);
+            if (priority == High && (m_staging || !m_staged.empty())) {
+                ++m_ahead;
+            }
             if (!m_idleThreads.isEmpty()) { // a worker was freed meanwhile
                 post(this, [this] { dispatchNext(nullptr, nullptr); });
             }
@@ -189,29 +169,98 @@ void TaskThreadPool::startService_internal(Task* task, Priority /*priority*/)
 /// Under the mutex.
 TaskThreadPool::Launch TaskThreadPool::reserve(Task* task, QThread* worker)
 {
-    const Launch launch{task, Run{++m_lastRun, worker, task->progressHandler()}};
+    Launch launch{task, Run{++m_lastRun, worker, task->progressHandler()}};
     m_runs[task] = launch.run;
     return launch;
 }
 
-/// The worker deletes the @p former task, if any, on the way: waking it costs more than either.
+/// In the task's thread. The worker deletes the @p former task, if any, on the way: waking it costs more
+/// than either.
 void TaskThreadPool::launch(const Launch& launch, Task* former)
 {
+    QThread* worker = launch.run.worker;
+    launch.task->moveTaskToThread(worker ? worker : m_serviceThread);
+    post(launch.task, [this, launch, former] { run(launch, former); });
+}
+
+/// In the thread that runs the task.
+void TaskThreadPool::run(const Launch& launch, Task* former)
+{
+    if (former) {
+        former->retire();
+    }
     Task* task = launch.task;
-    const quint64 id = launch.run.id;
-    ProgressHandler* handler = launch.run.handler.get();
-    task->moveTaskToThread(launch.run.worker ? launch.run.worker : m_serviceThread);
-    const auto takeBack = [this, task, id] { onFinished(task, id); };
-    connect(handler, &ProgressHandler::finished, this, Handoff(takeBack), Qt::QueuedConnection);
+    task->start();
+    if (task->isFinished() && serveNext(launch)) {
+        return;
+    }
+    const auto takeBack = [this, task, id = launch.run.id] { onFinished(task, id); };
+    if (!task->isFinished()) {
+        connect(launch.run.handler.get(), &ProgressHandler::finished, this, Handoff(takeBack),
+                Qt::QueuedConnection);
+    }
     if (task->isFinished()) { // perhaps before the connection
         post(this, takeBack);
     }
-    post(task, [task, former] {
-        if (former) {
-            former->retire();
+}
+
+/// In a worker whose task has ended: goes on with the next staged task, which spares the way through the
+/// service thread. False when there is none, or when others are before it.
+bool TaskThreadPool::serveNext(const Launch& ended)
+{
+    Launch next;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_closing || !ended.run.worker || m_ahead > 0 || m_staged.empty() ||
+            m_staged.front()->isFinished()) {
+            return false;
         }
-        task->start();
-    });
+        next = reserve(m_staged.front(), ended.run.worker);
+        m_staged.pop_front();
+        m_runs.erase(ended.task);
+        forgetDeleted();
+        m_retired.emplace_back(ended.task);
+        if (m_staged.size() == fewStaged) {
+            post(this, [this] { stage(); });
+        }
+    }
+    launch(next, ended.task);
+    return true;
+}
+
+/// In the service thread: while many small tasks wait, lets the first of them belong to no thread, so that
+/// whichever worker is free next can move them to itself.
+void TaskThreadPool::stage()
+{
+    std::vector<Task*> tasks;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_closing || m_ahead > 0 || m_staging || m_queue.size() < manyQueued ||
+            m_staged.size() > fewStaged) {
+            return;
+        }
+        m_staging = true;
+        tasks.assign(m_queue.begin(), m_queue.begin() + manyStaged);
+        m_queue.erase(m_queue.begin(), m_queue.begin() + manyStaged);
+    }
+    for (Task* task : tasks) {
+        task->moveTaskToThread(nullptr);
+    }
+    const std::lock_guard lock(m_mutex);
+    m_staging = false;
+    m_staged.insert(m_staged.end(), tasks.begin(), tasks.end());
+}
+
+/// Under the mutex: the task whose turn it is, null when none waits.
+Task* TaskThreadPool::takeQueued()
+{
+    if (m_ahead == 0 && !m_staged.empty()) {
+        Task* task = m_staged.front();
+        m_staged.pop_front();
+        return task;
+    }
+    m_ahead -= m_ahead > 0 ? 1 : 0;
+    return m_queue.isEmpty() ? nullptr : m_queue.takeFirst();
 }
 
 /// @p id tells this run from a later one of another task at the same address.
@@ -261,8 +310,8 @@ void TaskThreadPool::dispatchNext(QThread* freed, Task* former)
         if (freed) {
             m_idleThreads.append(freed);
         }
-        if (!m_closing && !m_queue.isEmpty() && !m_idleThreads.isEmpty()) {
-            Task* first = m_queue.takeFirst();
+        Task* first = m_closing || m_idleThreads.isEmpty() ? nullptr : takeQueued();
+        if (first) {
             if (first->isFinished()) {
                 dropped = first;
             } else {
@@ -278,7 +327,11 @@ void TaskThreadPool::dispatchNext(QThread* freed, Task* former)
         drop(dropped);
     }
     if (next.task) {
+        if (!next.task->thread()) { // staged
+            next.task->moveTaskToThread(m_serviceThread);
+        }
         launch(next, former);
+        stage();
     }
 }
 
@@ -297,7 +350,8 @@ void TaskThreadPool::forgetDeleted()
 /// look at it after start(); else by the service thread's; at the latest by the pool's destructor.
 void TaskThreadPool::drop(Task* task)
 {
-    if (task->thread() == QThread::currentThread() && !task->thread()->eventDispatcher()) {
+    if (!task->thread() ||
+        (task->thread() == QThread::currentThread() && !task->thread()->eventDispatcher())) {
         task->moveTaskToThread(m_serviceThread);
     }
     {
@@ -323,7 +377,7 @@ void TaskThreadPool::addThread()
     m_workers.append(worker);
     m_idleThreads.append(worker);
     ++m_threadCount;
-    if (!m_queue.isEmpty()) {
+    if (!m_queue.isEmpty() || !m_staged.empty()) {
         post(this, [this] { dispatchNext(nullptr, nullptr); });
     }
 }
@@ -357,7 +411,7 @@ bool TaskThreadPool::allTasksDone() const
 /// Under the mutex.
 bool TaskThreadPool::idle() const
 {
-    return m_queue.isEmpty() && m_idleThreads.size() >= m_threadCount;
+    return m_queue.isEmpty() && m_staged.empty() && m_idleThreads.size() >= m_threadCount;
 }
 
 /// Under the mutex.

@@ -125,19 +125,6 @@ TEST(NestedScopeDummy, LogsMessagesOnly)
     }
 }
 
-TEST(NestedScopeEvents, DeliversEventsOnProgressOnly)
-{
-    NestedScopeEvents scope;
-    QObject context;
-    bool delivered = false;
-    QMetaObject::invokeMethod(
-        &context, [&] { delivered = true; }, Qt::QueuedConnection);
-    scope.addProgress(1);
-    EXPECT_FALSE(delivered);
-    scope.setProgress(1);
-    EXPECT_TRUE(delivered);
-}
-
 TEST(SignalingTaskNestedScope, ForwardsToTheTaskAndAnswersFromIt)
 {
     const test::LogCapture capture;

@@ -107,32 +107,6 @@ TEST(ProgressHandler, ValuesAndTheirIncrements)
     EXPECT_EQ(log.take(), QLatin1String("=15 +5"));
 }
 
-TEST(ProgressHandler, WritesOfOtherThreadsArriveInItsOwn)
-{
-    ProgressHandler handler;
-    QThread* const own = QThread::currentThread();
-    int signals_ = 0;
-    QObject::connect(&handler, &ProgressHandler::progressValueChanged, [&] {
-        EXPECT_EQ(QThread::currentThread(), own);
-        ++signals_;
-    });
-    std::vector<std::thread> writers;
-    for (int writer = 0; writer < 4; ++writer) {
-        writers.emplace_back([&] {
-            for (int i = 0; i < 250; ++i) {
-                handler.setProgress(progress::Add{1});
-            }
-        });
-    }
-    for (std::thread& writer : writers) {
-        writer.join();
-    }
-    EXPECT_EQ(signals_, 0);
-    QCoreApplication::sendPostedEvents(&handler);
-    EXPECT_EQ(signals_, 1000);
-    EXPECT_EQ(handler.progress(), 1000);
-}
-
 TEST(ProgressHandler, CancelReachesSubHandlersWithoutHoldingTheLock)
 {
     struct Sub : ProgressHandler
@@ -185,16 +159,6 @@ TEST(ProgressHandler, WaitsForTheEnd)
     QTimer::singleShot(0, &handler, [&] { delivered = true; });
     handler.waitForFinished();
     EXPECT_FALSE(delivered) << "no event loop when finished";
-
-    ProgressHandler stopped;
-    std::thread worker([&] {
-        while (!stopped.isCanceled()) {
-        }
-        stopped.finish();
-    });
-    stopped.stopTaskWithoutEvents();
-    worker.join();
-    EXPECT_FALSE(delivered);
 }
 
 TEST(ProgressHandler, MayBeReleasedByAnyThreadWhileWritesAreUnderWay)

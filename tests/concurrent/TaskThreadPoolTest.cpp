@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <numeric>
 #include <random>
 
 namespace veltor::concurrent {
@@ -136,6 +137,41 @@ TEST_F(Pool, WakesWaitersWhenTheLastTaskIsDropped)
     EXPECT_TRUE(pool.waitForAllTasks(0));
 }
 
+TEST_F(Pool, KeepsTheOrderOfALongQueue)
+{
+    constexpr int count = 1000;
+    std::vector<int> ran_; // by the only worker
+    {
+        TaskThreadPool pool(1);
+        auto gate = occupy(pool);
+        std::promise<void> halfWay;
+        std::promise<void> goOn;
+        const auto numbered = [&](int i) {
+            return new LambdaTask([&ran_, i](LambdaTask&) { ran_.push_back(i); });
+        };
+        for (int i = 0; i < count; ++i) {
+            pool.start(i != count / 2 ? numbered(i) : new LambdaTask([&, i](LambdaTask&) {
+                ran_.push_back(i);
+                halfWay.set_value();
+                goOn.get_future().wait();
+            }));
+        }
+        gate.set_value();
+        halfWay.get_future().wait();
+        pool.start(numbered(-1), TaskThreadPool::High);
+        pool.start(numbered(-2), TaskThreadPool::High);
+        goOn.set_value();
+        EXPECT_TRUE(pool.waitForAllTasks());
+    }
+    std::vector<int> expected(count / 2 + 1);
+    std::iota(expected.begin(), expected.end(), 0);
+    expected.insert(expected.end(), {-2, -1});
+    for (int i = count / 2 + 1; i < count; ++i) {
+        expected.push_back(i);
+    }
+    EXPECT_EQ(ran_, expected);
+}
+
 TEST_F(Pool, ObserversSeeAQueuedTaskEndOnce)
 {
     for (const Qt::ConnectionType type : {Qt::DirectConnection, Qt::QueuedConnection}) {
@@ -168,16 +204,6 @@ TEST_F(Pool, RunsServiceTasksOneAfterAnotherInItsOwnThread)
     EXPECT_TRUE(eventually([] { return LambdaTask::alive == 0; }));
     EXPECT_EQ(ran(), "abc");
     EXPECT_TRUE(pool.allTasksDone());
-}
-
-TEST_F(Pool, TakesATaskThatLivesInAnotherThread)
-{
-    TaskThreadPool pool(1);
-    auto* task = named("a");
-    std::thread([&] { pool.start(task); }).join();
-    EXPECT_TRUE(eventually([&] { return ran() == "a"; }));
-    EXPECT_THROW(pool.start(nullptr), std::invalid_argument);
-    EXPECT_THROW(pool.startService(nullptr), std::invalid_argument);
 }
 
 TEST_F(Pool, IgnoresTheEndOfAPartOfATask)
@@ -280,22 +306,6 @@ TEST_F(Pool, CancelsAndDeletesEverythingWhenDestroyed)
         EXPECT_TRUE(handlers[i]->isFinished()) << i;
         EXPECT_EQ(logs[i]->take().count(QLatin1String("finished")), 1) << i;
     }
-}
-
-TEST_F(Pool, HandlersOutliveEverything)
-{
-    std::shared_ptr<TaskProgressHandler> handler;
-    {
-        TaskThreadPool pool(1);
-        auto* task = new LambdaTask;
-        handler = task->progressHandler();
-        pool.start(task);
-        EXPECT_TRUE(pool.waitForAllTasks());
-    }
-    handler->sendCancel();
-    handler->setProgress(1);
-    EXPECT_EQ(handler->progress(), 1);
-    std::thread([last = std::move(handler)]() mutable { last.reset(); }).join();
 }
 
 TEST_F(Pool, StressEndsWithNothingAlive)

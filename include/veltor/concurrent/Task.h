@@ -45,8 +45,8 @@ public:
     [[nodiscard]] virtual bool canCancel() const;
     [[nodiscard]] virtual bool canPause() const;
 
-    /// Moves the task and its handler to @p thread; called in the task's thread. A subclass that owns
-    /// further objects moves those too.
+    /// Moves the task and its handler to @p thread, null for none; called in the task's thread. A subclass
+    /// that owns further objects moves those too.
     virtual void moveTaskToThread(QThread* thread);
 
     [[nodiscard]] std::shared_ptr<TaskProgressHandler> progressHandler() const;

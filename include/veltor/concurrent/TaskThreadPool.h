@@ -10,6 +10,7 @@
 
 #include <climits>
 #include <condition_variable>
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
@@ -22,7 +23,9 @@ class TaskProgressHandler;
 
 /// Runs tasks on a fixed set of threads that it owns. A task object is moved into its worker and started
 /// there by a queued call, so its slots and events live in that thread. Tasks that find no idle worker
-/// wait in a queue, parked in the pool's service thread without any event.
+/// wait in a queue, parked in the pool's service thread without any event. While hundreds wait, the next
+/// ones belong to no thread for a short time, so that a worker can take them by itself: events for them,
+/// cancel() among them, are delivered when their turn comes.
 ///
 /// Ownership: the pool owns every task from the call of start() or startService() on, and deletes it in its
 /// own thread after its finished() was delivered to the pool; so it does with a task that it drops. The
@@ -108,6 +111,10 @@ private:
     void startService_internal(Task* task, Priority priority);
     [[nodiscard]] Launch reserve(Task* task, QThread* worker);
     void launch(const Launch& launch, Task* former);
+    void run(const Launch& launch, Task* former);
+    [[nodiscard]] bool serveNext(const Launch& ended);
+    void stage();
+    [[nodiscard]] Task* takeQueued();
     void onFinished(Task* task, quint64 id);
     void dispatchNext(QThread* freed, Task* former);
     void forgetDeleted();
@@ -132,6 +139,10 @@ private:
     std::vector<QPointer<Task>> m_retired; // to be deleted by their threads
     QVector<QThread*> m_workers;           // all that are not deleted, removed ones included
     bool m_closing = false;
+
+    std::deque<Task*> m_staged; // the first of the queue, in no thread, but behind m_ahead of m_queue
+    int m_ahead = 0;
+    bool m_staging = false; // tasks are between m_queue and m_staged
 };
 
 } // namespace veltor::concurrent
