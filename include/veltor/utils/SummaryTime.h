@@ -2,13 +2,13 @@
 
 #include <veltor/Export.h>
 
-#include <QtCore/QReadWriteLock>
 #include <QtCore/QString>
 #include <QtCore/QtGlobal>
 
 #include <atomic>
 #include <cstddef>
 #include <map>
+#include <shared_mutex>
 #include <string_view>
 
 namespace veltor::utils {
@@ -116,7 +116,7 @@ private:
     ~SummaryTime() = default;
 
     std::map<OperationId, Record> m_records;
-    QReadWriteLock m_lock; // guards the map's shape, not what the records hold
+    std::shared_mutex m_lock; // guards the map's shape, not what the records hold
 };
 
 } // namespace veltor::utils

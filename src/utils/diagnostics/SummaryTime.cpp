@@ -3,6 +3,7 @@
 #include <veltor/logging/Logger.h>
 
 #include <array>
+#include <mutex>
 
 namespace veltor::utils {
 namespace {
@@ -54,13 +55,13 @@ SummaryTime& SummaryTime::instance()
 void SummaryTime::addTime(OperationId operation, unsigned long long durationNs)
 {
     {
-        const QReadLocker lock(&m_lock);
+        const std::shared_lock lock(m_lock);
         if (const auto found = m_records.find(operation); found != m_records.end()) {
             found->second.add(durationNs);
             return;
         }
     }
-    const QWriteLocker lock(&m_lock);
+    const std::unique_lock lock(m_lock);
     // Another thread may have come first; then this finds its record.
     m_records.try_emplace(operation, durationNs).first->second.add(durationNs);
 }
