@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QtCore/QFlags>
+#include <QtCore/Qt>
 #include <QtCore/QtGlobal>
-#include <QtCore/qnamespace.h>
 
 namespace veltor::utils {
 

@@ -1,10 +1,7 @@
 #include <veltor/utils/PlatformMask.h>
 
-#include <QtCore/QLatin1String>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
-
-#include <iterator>
 
 namespace veltor::utils {
 namespace {
@@ -12,23 +9,25 @@ namespace {
 struct PlatformName
 {
     PlatformMask::Platform platform;
-    QLatin1String name;      // written, and read as a prefix
-    QLatin1String otherName; // read as a prefix; null when there is none
+    const char* name;      // written, and read as a prefix
+    const char* otherName; // read as a prefix; null when there is none
 };
 
 // In the order in which the names are written.
 constexpr PlatformName platformNames[] = {
-    {PlatformMask::Apple, QLatin1String("mac"), QLatin1String("apple")},
-    {PlatformMask::Windows, QLatin1String("win"), QLatin1String()},
-    {PlatformMask::Linux, QLatin1String("linux"), QLatin1String("unix")},
-    {PlatformMask::Android, QLatin1String("android"), QLatin1String()},
+    {PlatformMask::Apple, "mac", "apple"},
+    {PlatformMask::Windows, "win", nullptr},
+    {PlatformMask::Linux, "linux", "unix"},
+    {PlatformMask::Android, "android", nullptr},
 };
 
 unsigned platformOfWord(const QString& word)
 {
     for (const PlatformName& entry : platformNames) {
-        if (word.startsWith(entry.name, Qt::CaseInsensitive) ||
-            (!entry.otherName.isNull() && word.startsWith(entry.otherName, Qt::CaseInsensitive))) {
+        const auto begins = [&word](const char* prefix) {
+            return prefix != nullptr && word.startsWith(QLatin1String(prefix), Qt::CaseInsensitive);
+        };
+        if (begins(entry.name) || begins(entry.otherName)) {
             return entry.platform;
         }
     }
@@ -42,7 +41,7 @@ QString fromPlatformMask(PlatformMask mask)
     QStringList names;
     for (const PlatformName& entry : platformNames) {
         if ((mask & entry.platform) != 0) {
-            names << entry.name;
+            names << QLatin1String(entry.name);
         }
     }
     return names.isEmpty() ? QStringLiteral("none") : names.join(QLatin1Char(';'));
