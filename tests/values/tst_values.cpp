@@ -102,11 +102,15 @@ TEST(BaseTypeInfo, answersWhileOthersRead)
         const QWriteLocker lock(&BaseTypeInfo::lock);
         BaseTypeInfo::baseTypeMap.emplace(typeid(Derived), typeid(Base));
     }
-    const QReadLocker lock(&BaseTypeInfo::lock);
-    std::thread([] {
-        EXPECT_EQ(BaseTypeInfo::baseType(typeid(Derived)), typeid(Base));
-        EXPECT_EQ(BaseTypeInfo::baseType(typeid(Base)), typeid(Base));
-    }).join();
+    {
+        const QReadLocker lock(&BaseTypeInfo::lock);
+        std::thread([] {
+            EXPECT_EQ(BaseTypeInfo::baseType(typeid(Derived)), typeid(Base));
+            EXPECT_EQ(BaseTypeInfo::baseType(typeid(Base)), typeid(Base));
+        }).join();
+    }
+    const QWriteLocker lock(&BaseTypeInfo::lock);
+    BaseTypeInfo::baseTypeMap.erase(typeid(Derived));
 }
 
 TEST(VariantCompare, isQtsOwnOrder)
