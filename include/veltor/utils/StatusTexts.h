@@ -1,0 +1,24 @@
+#pragma once
+
+#include <veltor/Export.h>
+
+#include <QtCore/QString>
+
+namespace veltor::utils {
+
+/// Whether something is on, where a group may switch its members off.
+enum class StatusCode : int
+{
+    Off = 0,
+    On = 1,
+    GroupOff = 2, ///< off for the group
+};
+
+// Texts for the user, translated in the context "QObject". Thread-safe.
+
+[[nodiscard]] VELTOR_UTILS_EXPORT QString toOnOff(bool on);
+/// An empty text for a number that is no StatusCode.
+[[nodiscard]] VELTOR_UTILS_EXPORT QString toOnOff(StatusCode status);
+[[nodiscard]] VELTOR_UTILS_EXPORT QString toYesNo(bool yes);
+
+} // namespace veltor::utils

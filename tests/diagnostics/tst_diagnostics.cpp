@@ -1,0 +1,378 @@
+#include "platform/HeapInfo.h"
+#include "platform/MemoryInfo.h"
+#include "support/LogCapture.h"
+#include "support/Printers.h"
+
+#include <veltor/utils/MemoryMonitor.h>
+#include <veltor/utils/SummaryTime.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#if defined(Q_OS_LINUX)
+#include "platform/linux/ContainerLimit.h"
+#endif
+
+namespace veltor::utils {
+namespace {
+
+constexpr quint64 KiB = 1ULL << 10;
+constexpr quint64 MiB = 1ULL << 20;
+constexpr quint64 GiB = 1ULL << 30;
+
+/// A machine of the test's making in place of the real one.
+class FakeMachine
+{
+public:
+    explicit FakeMachine(quint64 total, quint64 available)
+    {
+        memory = {total, available};
+        queries = 0;
+        platform::exchangePhysicalMemoryQuery([]() noexcept {
+            ++queries;
+            return memory;
+        });
+    }
+    ~FakeMachine() { platform::exchangePhysicalMemoryQuery(nullptr); }
+    FakeMachine(const FakeMachine&) = delete;
+    FakeMachine& operator=(const FakeMachine&) = delete;
+
+    static inline platform::PhysicalMemory memory;
+    static inline int queries = 0;
+};
+
+TEST(TotalMem, countsTheMachinesMemory)
+{
+    FakeMachine machine(8 * GiB, 2 * GiB);
+    TotalMem memory;
+    EXPECT_EQ(memory.available(), 8 * GiB);
+    EXPECT_EQ(memory.free(), 2 * GiB);
+    EXPECT_EQ(memory.used(), 6 * GiB);
+    EXPECT_EQ(memory.percentFree(), 25.0);
+    machine.memory = {};
+    EXPECT_EQ(memory.free(), 2 * GiB);
+    EXPECT_EQ(memory.update().free(), 0U);
+    EXPECT_TRUE(std::isnan(memory.percentFree()));
+}
+
+#if defined(Q_OS_LINUX)
+TEST(TotalMem, agreesWithTheKernel)
+{
+    QFile file(QStringLiteral("/proc/meminfo"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString text = QString::fromLatin1(file.readAll());
+    const auto bytes = [&text](const char* name) {
+        const QRegularExpression line(QLatin1String(name) + QLatin1String(": +(\\d+) kB"));
+        return line.match(text).captured(1).toULongLong() * KiB;
+    };
+    const TotalMem memory;
+    EXPECT_EQ(memory.available(), bytes("MemTotal"));
+    EXPECT_NEAR(static_cast<double>(memory.free()), static_cast<double>(bytes("MemAvailable")),
+                static_cast<double>(memory.available()) / 10);
+}
+
+TEST(TotalMem, findsTheSmallestLimitOfItsContainer)
+{
+    struct Row
+    {
+        const char* name;
+        const char* membership;
+        std::vector<std::pair<const char*, const char*>> files;
+        quint64 limit;
+    };
+    const Row rows[] = {
+        {"not limited", "0::/a\n", {{"a/memory.max", "max\n"}}, 0},
+        {"own group", "0::/a\n", {{"a/memory.max", "1048576\n"}}, MiB},
+        {"group above", "0::/a/b\n", {{"a/b/memory.max", "max\n"}, {"a/memory.max", "4096\n"}}, 4096},
+        {"path of the outside", "0::/x/y\n", {{"memory.max", "4096\n"}}, 4096},
+        {"first generation",
+         "5:cpu,memory:/a\n0::/\n",
+         {{"memory/a/memory.limit_in_bytes", "8192\n"},
+          {"memory/memory.limit_in_bytes", "9223372036854771712"}},
+         8192},
+        {"no less than the machine", "0::/\n", {{"memory.max", "1073741824\n"}}, 0},
+        {"broken lines", "memory\n:\n5:memory\n0::\n", {{"memory.max", "-\n"}}, 0},
+    };
+    for (const Row& row : rows) {
+        const QTemporaryDir directory;
+        const auto write = [&directory](const char* name, const char* contents) {
+            const QFileInfo info(directory.filePath(QLatin1String(name)));
+            QDir().mkpath(info.path());
+            QFile file(info.filePath());
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write(contents);
+        };
+        write("membership", row.membership);
+        for (const auto& [name, contents] : row.files) {
+            write(name, contents);
+        }
+        EXPECT_EQ(
+            platform::containerMemoryLimit(directory.filePath(QStringLiteral("membership")).toStdString(),
+                                           directory.path().toStdString(), GiB),
+            row.limit)
+            << row.name;
+    }
+    EXPECT_LT(TotalMem::containerLimit(), TotalMem().available());
+}
+#endif
+
+// The sanitizers put their own heap in the place of the C library's, which then has little to tell.
+#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(TotalMem, heapFollowsWhatIsAllocated)
+{
+    const auto before = platform::heapStatistics();
+    const std::vector<char> large(64 * MiB, 'x');
+    std::vector<std::unique_ptr<char[]>> small(4000);
+    for (auto& block : small) {
+        block = std::make_unique<char[]>(1000);
+    }
+    const auto during = platform::heapStatistics();
+    EXPECT_GE(during.used, before.used + 64 * MiB + 4000 * 1000);
+    EXPECT_EQ(during.allocations, before.allocations + 1);
+    EXPECT_GE(during.regions, during.heaps);
+    for (std::size_t i = 0; i < small.size(); i += 2) {
+        small[i].reset();
+    }
+    const auto after = platform::heapStatistics();
+    EXPECT_GE(after.freeBlocks, during.freeBlocks + 1900);
+    EXPECT_GE(after.free, during.free + 1900 * 1000);
+}
+#endif
+
+TEST(TotalMem, heapIsOneLineOfElevenNumbers)
+{
+    const QRegularExpression line(QStringLiteral(
+        "^Heap count: \\d+, region count: \\d+, region committed size: \\d+, region uncommitted "
+        "size: \\d+, allocations: \\d+, used bytes: \\d+, overhead bytes: \\d+, uncommitted "
+        "ranges: \\d+, uncommitted size: \\d+, free blocks: \\d+, free size: \\d+$"));
+    const QString text = TotalMem().heap();
+    EXPECT_TRUE(line.match(text).hasMatch()) << text.toStdString();
+}
+
+TEST(MemoryMonitor, limitsFollowFromTheirSettings)
+{
+    using M = MemoryMonitor;
+    struct Row
+    {
+        const char* name;
+        quint64 total;
+        double percent;
+        unsigned size;
+        unsigned unit;
+        unsigned function;
+        quint64 limit;
+    };
+    const Row rows[] = {
+        {"no limit", 8 * GiB, 50, 7, M::MiB, 0, 0},
+        {"percentage", 8 * GiB, 5, 7, M::MiB, 1, 429404976},
+        {"more than all", 8 * GiB, 150, 7, M::MiB, 1, 8 * GiB},
+        {"below nothing", 8 * GiB, -1, 7, M::MiB, 1, 0},
+        {"not a number", 8 * GiB, std::nan(""), 7, M::MiB, 1, 0},
+        {"half a step is rounded up", 32767, 50.0 / 32767, 7, M::MiB, 1, 1},
+        {"MiB", 8 * GiB, 50, 1023, M::MiB, 2, 1023 * MiB},
+        {"GiB", 8 * GiB, 50, 1023, M::GiB, 2, 1023 * GiB},
+        {"no unit", 8 * GiB, 50, 3, 3, 2, 3 * MiB},
+        {"size wraps to nothing", 8 * GiB, 50, 1024, M::MiB, 2, 0},
+        {"smaller is the size", 8 * GiB, 50, 1, M::GiB, 3, GiB},
+        {"smaller is the percentage", 8 * GiB, 100, 1000, M::GiB, 3, 8 * GiB},
+        {"larger is the size", 8 * GiB, 50, 1000, M::GiB, 4, 1000 * GiB},
+        {"larger is the percentage", 8 * GiB, 100, 1, M::GiB, 4, 8 * GiB},
+        {"nameless function", 8 * GiB, 100, 1, M::GiB, 7, GiB},
+        {"machine unknown", 0, 100, 1, M::GiB, 3, 0},
+    };
+    FakeMachine machine(GiB, 0);
+    for (const Row& row : rows) {
+        M monitor;
+        machine.memory = {row.total, 0};
+        const quint64 untouched = M().errorLimit();
+        monitor.setPercentLimit(M::WarningLimitMask, row.percent);
+        monitor.setSizeLimit(M::WarningLimitMask, row.size, static_cast<M::SizeUnit>(row.unit));
+        monitor.setLimitFunc(M::WarningLimitMask, static_cast<M::Function>(row.function));
+        monitor.forceUpdate();
+        EXPECT_EQ(monitor.warningLimit(), row.limit) << row.name;
+        EXPECT_EQ(monitor.errorLimit(), untouched) << row.name;
+    }
+}
+
+TEST(MemoryMonitor, defaultsAndBothLimitsAtOnce)
+{
+    FakeMachine machine(64 * GiB, 32 * GiB);
+    MemoryMonitor monitor;
+    EXPECT_EQ(monitor.errorLimit(), 512 * MiB);
+    EXPECT_EQ(monitor.warningLimit(), GiB);
+    machine.memory.total = GiB; // the limits take a snapshot of their own
+    EXPECT_EQ(monitor.errorLimit(), 53675622U);
+    EXPECT_EQ(monitor.warningLimit(), 107384013U);
+
+    const auto both = MemoryMonitor::ErrorLimitMask | MemoryMonitor::WarningLimitMask;
+    monitor.setSizeLimit(both, 9, MemoryMonitor::KiB);
+    monitor.setLimitFunc(both, MemoryMonitor::SizeOnly);
+    machine.queries = 0;
+    EXPECT_EQ(monitor.errorLimit(), 9 * KiB);
+    EXPECT_EQ(monitor.warningLimit(), 9 * KiB);
+    EXPECT_EQ(machine.queries, 0);
+}
+
+TEST(MemoryMonitor, classifiesFreeMemoryAtTheLimits)
+{
+    using M = MemoryMonitor;
+    struct Row
+    {
+        M::Function error;
+        M::Function warning;
+        quint64 free;
+        M::State state;
+    };
+    // Error limit 4 MiB, warning limit 8 MiB where they are on.
+    const Row rows[] = {
+        {M::SizeOnly, M::SizeOnly, 8 * MiB, M::Normal},   {M::SizeOnly, M::SizeOnly, 8 * MiB - 1, M::Warning},
+        {M::SizeOnly, M::SizeOnly, 4 * MiB, M::Warning},  {M::SizeOnly, M::SizeOnly, 4 * MiB - 1, M::Error},
+        {M::NoLimit, M::SizeOnly, 0, M::Warning},         {M::SizeOnly, M::NoLimit, 4 * MiB, M::Normal},
+        {M::SizeOnly, M::NoLimit, 4 * MiB - 1, M::Error}, {M::NoLimit, M::NoLimit, 0, M::Normal},
+    };
+    FakeMachine machine(GiB, GiB);
+    M monitor;
+    EXPECT_EQ(monitor.lastState(), M::Normal);
+    monitor.setSizeLimit(M::ErrorLimitMask, 4, M::MiB);
+    monitor.setSizeLimit(M::WarningLimitMask, 8, M::MiB);
+    for (const Row& row : rows) {
+        machine.memory.available = row.free;
+        monitor.setLimitFunc(M::ErrorLimitMask, row.error);
+        monitor.setLimitFunc(M::WarningLimitMask, row.warning);
+        monitor.forceUpdate();
+        EXPECT_EQ(monitor.lastState(), row.state) << row.error << ' ' << row.warning << ' ' << row.free;
+    }
+}
+
+TEST(MemoryMonitor, measuresOnlyWhenTheStatesIntervalHasPassed)
+{
+    using M = MemoryMonitor;
+    constexpr unsigned never = std::numeric_limits<unsigned>::max();
+    FakeMachine machine(GiB, GiB);
+    M monitor;
+    monitor.setCheck(M::Normal, never);
+    monitor.setCheck(M::Error, 0);
+    monitor.setCheck(static_cast<M::State>(3), 0);
+    monitor.setCheck(static_cast<M::State>(never), 0);
+    monitor.updateDeadLine();
+    machine.queries = 0;
+    machine.memory.available = 0;
+    EXPECT_EQ(monitor.state(), M::Normal);
+    EXPECT_EQ(machine.queries, 0);
+
+    monitor.forceUpdate();
+    EXPECT_EQ(machine.queries, 1);
+    EXPECT_EQ(monitor.state(), M::Error); // due at once, each time
+    EXPECT_EQ(monitor.state(), M::Error);
+    // A new interval counts from the next time the deadline is set.
+    monitor.setCheck(M::Error, never);
+    EXPECT_EQ(monitor.state(), M::Error);
+    EXPECT_EQ(monitor.state(), M::Error);
+    EXPECT_EQ(machine.queries, 4);
+}
+
+/// The process's summary, empty before and after.
+class Summary : public testing::Test
+{
+protected:
+    Summary() { summary.clear(); }
+    ~Summary() override { summary.clear(); }
+
+    QStringList flushed()
+    {
+        test::LogCapture capture;
+        summary.flush();
+        return capture.takeTexts(logging::LogLevel::Info);
+    }
+
+    SummaryTime& summary = SummaryTime::instance();
+};
+
+TEST_F(Summary, identifiersPackNamesInTheirOrder)
+{
+    using Id = SummaryTime::OperationId;
+    static_assert(Id("load") == Id(0x6C6F616400000000, 0));
+    static_assert(Id("0123456789abcdef") == Id(0x3031323334353637, 0x3839616263646566));
+    EXPECT_EQ(Id::fromName("0123456789abcdefgh").name(), QStringLiteral("0123456789abcdef"));
+    EXPECT_EQ(Id::fromName(std::string_view("ab\0cd", 5)).name(), QStringLiteral("ab"));
+    EXPECT_EQ(Id("чтение").name(), QStringLiteral("чтение"));
+    const Id ordered[] = {"", "a", "aaaaaaaa", "aaaaaaaaa", "aaaaaaaab", "abc", "abd", "b", "\xFF"};
+    for (std::size_t i = 1; i < std::size(ordered); ++i) {
+        EXPECT_TRUE(ordered[i - 1] < ordered[i] && ordered[i - 1] != ordered[i]) << i;
+    }
+}
+
+TEST_F(Summary, isReportedFromItsFixedPlace)
+{
+    summary.addTime("load", 5);
+    summary.addTime("load", 3);
+    test::LogCapture capture;
+    summary.flush();
+    const auto records = capture.take();
+    const char* const texts[] = {"Operation:  load ",
+                                 "Time taken:  8 ns ",
+                                 "Call count:  2 ",
+                                 "Average operation time:  4 ns ",
+                                 "Minimum operation time:  3 ns ",
+                                 "Maximum operation time:  5 ns "};
+    ASSERT_EQ(records.size(), std::size(texts));
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        EXPECT_EQ(records[i].text, QLatin1String(texts[i]));
+        EXPECT_EQ(records[i].level, logging::LogLevel::Info);
+        EXPECT_EQ(records[i].file, QStringLiteral("SummaryTime.cpp"));
+        EXPECT_EQ(records[i].line, 33 + static_cast<int>(i));
+        EXPECT_EQ(records[i].function, QStringLiteral("void veltor::utils::SummaryTime::flush() const"));
+    }
+}
+
+TEST_F(Summary, staysUntilCleared)
+{
+    EXPECT_TRUE(flushed().isEmpty());
+    summary.addTime("abd", 7);
+    summary.addTime("abc", std::numeric_limits<quint64>::max());
+    const QStringList lines = flushed();
+    EXPECT_EQ(lines.value(1), QStringLiteral("Time taken:  18446744073709551615 ns "));
+    EXPECT_EQ(lines.value(6), QStringLiteral("Operation:  abd "));
+    EXPECT_EQ(flushed(), lines);
+    summary.clear();
+    summary.addTime("abd", 2);
+    EXPECT_EQ(flushed().value(2), QStringLiteral("Call count:  1 "));
+}
+
+TEST_F(Summary, threadsAddTheirOwnOperationsWithoutLoss)
+{
+    constexpr unsigned threads = 4;
+    constexpr unsigned runs = 2000;
+    std::vector<std::thread> workers;
+    for (unsigned t = 0; t < threads; ++t) {
+        workers.emplace_back([this, t] {
+            for (unsigned i = 0; i < runs; ++i) {
+                summary.addTime({t, 0}, i);
+                summary.addTime("shared", 1 + i % 7); // may lose some; must race nowhere
+            }
+        });
+    }
+    for (std::thread& worker : workers) {
+        worker.join();
+    }
+    const QStringList lines = flushed();
+    ASSERT_EQ(lines.size(), 6 * static_cast<int>(threads + 1));
+    for (int t = 0; t < static_cast<int>(threads); ++t) {
+        EXPECT_EQ(lines[6 * t + 1], QStringLiteral("Time taken:  %1 ns ").arg(runs * (runs - 1) / 2));
+        EXPECT_EQ(lines[6 * t + 2], QStringLiteral("Call count:  %1 ").arg(runs));
+    }
+    EXPECT_EQ(lines[6 * threads + 4], QStringLiteral("Minimum operation time:  1 ns "));
+    EXPECT_EQ(lines[6 * threads + 5], QStringLiteral("Maximum operation time:  7 ns "));
+}
+
+} // namespace
+} // namespace veltor::utils
