@@ -160,7 +160,6 @@ public:
 
     using RollbackDevice::addFileImpl;
     using RollbackDevice::existingFile;
-    using RollbackDevice::flushList;
 
     QStringList missing;
     int removed = 0;
