@@ -125,7 +125,7 @@ public:
     {
         const int at = below(LargestSize);
         const int length = below(8) == 0 ? below(3 * Block) : below(300);
-        switch (below(40)) {
+        switch (below(100)) {
         case 0:
             resize(at);
             break;
