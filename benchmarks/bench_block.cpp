@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 // The block file and the named mutex, each beside what a caller would use instead. The file has 1024
@@ -132,6 +133,25 @@ void sequentialBlocks(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(Run));
 }
 BENCHMARK(sequentialBlocks);
+
+void sequentialRawMap(benchmark::State& state)
+{
+    QFile file(path());
+    file.open(QIODevice::ReadOnly);
+    std::vector<char> bytes(Run);
+    off_t at = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        for (std::size_t done = 0; done < Run; done += RandomFile::BlockSize) {
+            void* const block =
+                mmap(nullptr, RandomFile::BlockSize, PROT_READ, MAP_SHARED, file.handle(), at);
+            std::memcpy(bytes.data() + done, block, RandomFile::BlockSize);
+            munmap(block, RandomFile::BlockSize);
+            at = (at + RandomFile::BlockSize) % (off_t{FileBlocks} * RandomFile::BlockSize);
+        }
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(Run));
+}
+BENCHMARK(sequentialRawMap);
 
 void sequentialPread(benchmark::State& state)
 {
