@@ -291,6 +291,9 @@ TEST_F(RandomFiles, ModesAreThoseOfAFile)
     EXPECT_EQ(file.block(0), nullptr);
     file.close();
     EXPECT_EQ(content(), "new two");
+    EXPECT_EQ(file.size(), 7);
+    file.setFileName(path() + QStringLiteral(".none"));
+    EXPECT_EQ(file.size(), 0);
 }
 
 TEST_F(RandomFiles, OffsetsGoBeyond4GiB)

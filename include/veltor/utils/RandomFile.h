@@ -58,7 +58,8 @@ private:
 ///
 /// The number of blocks kept adapts: when one is needed again shortly after it was evicted, the limit
 /// grows by one, up to the setup's maximum. Use it for many small accesses that return to the same
-/// places; to stream through a file once, QFile is faster.
+/// places. To stream through a file once QFile is several times as fast, as mapping a block costs more
+/// than copying it; to let a file grow by small writes too, unless resize() has made the room before.
 ///
 /// It reads and writes as any QFile, always unbuffered. A write beyond the end extends the file; bytes
 /// that were skipped read as zeros. A file opened WriteOnly or Append cannot be written through the map,
@@ -94,7 +95,7 @@ public:
     /// Unmaps all blocks and closes.
     void close() override;
 
-    /// The file's size in bytes, as it was when it was asked first or this object changed it.
+    /// The file's size in bytes; while it is open, as it was when it was asked first or changed here.
     [[nodiscard]] qint64 size() const override;
     /// Forgets the size, so that it is asked anew; blocks that a changed size makes stale are mapped anew.
     void refresh() noexcept;

@@ -74,7 +74,7 @@ qint64 RandomFile::size() const
     if (!m_sizeKnown) {
         constexpr auto largest = static_cast<unsigned long long>(std::numeric_limits<qint64>::max());
         m_size = m_sizeEstimator ? static_cast<qint64>(std::min(m_sizeEstimator(), largest)) : QFile::size();
-        m_sizeKnown = true;
+        m_sizeKnown = isOpen(); // a closed file may get another name
     }
     return m_size;
 }
