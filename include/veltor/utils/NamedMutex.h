@@ -1,0 +1,82 @@
+#pragma once
+
+#include <veltor/Export.h>
+
+#include <memory>
+#include <string>
+
+namespace veltor::platform {
+class NamedLock;
+}
+
+namespace veltor::utils {
+
+/// A mutex that all processes of the machine, of all its users, share by its name.
+///
+///     NamedMutex mutex;
+///     if (mutex.open("project-index") && mutex.enter()) {
+///         ... alone on this machine ...
+///         mutex.unlock();
+///     }
+///
+/// Ownership belongs to the thread that locked and is counted: the thread may lock again, through any
+/// object of that name, and must unlock as often.
+///
+/// Abandoned mutexes. When a thread or process ends while it owns the mutex, the next one that waits gets
+/// it, but is told: lock() and tryLock() return false although the caller owns one level now. What the
+/// mutex protects may be half-changed then. enter() locks once more in this case, so it ends with two
+/// levels and one unlock() leaves one.
+///
+/// Closing an object does not release what was locked through it: the thread stays the owner until it
+/// unlocks through another object of that name, or ends. After a fork the child owns nothing.
+///
+/// On Linux the mutex lies in shared memory and stays there, a few dozen bytes, until the system
+/// restarts; so a mutex whose owner died is found abandoned even when no process had it open in between.
+/// Names are any bytes of any length. On Windows a name is text of the ANSI code page, with the system's
+/// rules for prefixes, backslashes and length. As anybody may open the mutex, anybody may also hold it.
+///
+/// Threads: the object is for one thread at a time; the mutex is what synchronises.
+class VELTOR_UTILS_EXPORT NamedMutex
+{
+public:
+    /// A closed object.
+    NamedMutex();
+    /// Closes.
+    virtual ~NamedMutex();
+
+    NamedMutex(const NamedMutex&) = delete;
+    NamedMutex& operator=(const NamedMutex&) = delete;
+
+    /// Closes, then creates the mutex @p name or opens the one that exists.
+    /// @return false, with the object closed, when the system refuses
+    bool open(const std::string& name);
+    /// What open() does after closing; an object that is still open is closed here too.
+    bool openImpl(const std::string& name);
+    void close();
+
+    [[nodiscard]] bool isOpened() const;
+    [[nodiscard]] bool isClosed() const;
+
+    /// Waits without a time limit. @return true when the mutex was taken from nobody; false when it was
+    /// abandoned (and is owned now, see above), and when the object is closed or the wait failed
+    bool lock();
+    /// The same without waiting: false also when another thread owns the mutex.
+    bool tryLock();
+    /// Releases one level. False when the calling thread owns none, or the object is closed.
+    bool unlock();
+
+    /// Locks until it succeeds, ever more patiently (see activeWait()). CAUTION: never returns for a
+    /// closed object.
+    /// @return true
+    bool enter();
+
+    /// One step of a polite wait: the first 1000 steps yield the processor and count, every later one
+    /// sleeps 13 ms.
+    /// @param steps  the caller's counter, 0 before the first step
+    static void activeWait(unsigned& steps);
+
+private:
+    std::unique_ptr<platform::NamedLock> m_holder;
+};
+
+} // namespace veltor::utils

@@ -1,0 +1,323 @@
+#include <veltor/utils/RandomFile.h>
+
+#include "platform/FileSpace.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace veltor::utils {
+namespace {
+
+/// On Windows all mappings of a file share one section, which has the size that the file had: a new size
+/// needs a new section, and a file cannot be cut while it has one.
+#ifdef Q_OS_WIN
+constexpr bool SizeBelongsToAllBlocks = true;
+#else
+constexpr bool SizeBelongsToAllBlocks = false;
+#endif
+
+/// The first block that a change of the file's size makes stale: the shorter end lies in it or before it.
+unsigned long long firstStale(qint64 oldSize, qint64 newSize)
+{
+    const qint64 common = std::max<qint64>(std::min(oldSize, newSize), 0);
+    return SizeBelongsToAllBlocks ? 0 : static_cast<unsigned long long>(common / RandomFile::BlockSize);
+}
+
+/// Whether positions live in the map alone. Otherwise QFile writes, and wants to be positioned.
+bool writesThroughMap(QIODevice::OpenMode mode)
+{
+    return mode.testFlag(QIODevice::ReadOnly) && !mode.testFlag(QIODevice::Append);
+}
+
+} // namespace
+
+RandomFile::RandomFile(QObject* parent)
+    : QFile(parent)
+    , m_setup(DefaultBlockCount)
+{}
+
+RandomFile::RandomFile(const QString& name, RandomFileSetup setup, QObject* parent)
+    : QFile(name, parent)
+    , m_setup(setup)
+{
+    if (m_setup.curLimit() == 0) {
+        m_setup.setCurLimit(1); // the block just asked for has to stay
+    }
+}
+
+RandomFile::RandomFile(const QFileInfo& file, RandomFileSetup setup, QObject* parent)
+    : RandomFile(file.filePath(), setup, parent)
+{}
+
+RandomFile::~RandomFile()
+{
+    RandomFile::close();
+}
+
+bool RandomFile::open(OpenMode mode)
+{
+    refresh();
+    clear();
+    return QFile::open(mode | Unbuffered);
+}
+
+void RandomFile::close()
+{
+    clear();
+    refresh();
+    QFile::close();
+}
+
+qint64 RandomFile::size() const
+{
+    if (!m_sizeKnown) {
+        constexpr auto largest = static_cast<unsigned long long>(std::numeric_limits<qint64>::max());
+        m_size = m_sizeEstimator ? static_cast<qint64>(std::min(m_sizeEstimator(), largest)) : QFile::size();
+        m_sizeKnown = isOpen(); // a closed file may get another name
+    }
+    return m_size;
+}
+
+void RandomFile::refresh() noexcept
+{
+    m_sizeKnown = false;
+}
+
+bool RandomFile::resize(qint64 size)
+{
+    refresh();
+    forgetFrom(firstStale(m_mappedSize, size));
+    if (!QFile::resize(size)) {
+        return false;
+    }
+    return !isOpen() || pos() <= size || seek(size);
+}
+
+bool RandomFile::seek(qint64 position)
+{
+    if (!writesThroughMap(openMode())) {
+        return QFile::seek(position);
+    }
+    // Past QFile, which would position a descriptor that nobody reads: one system call a seek.
+    return QIODevice::seek(position); // NOLINT(bugprone-parent-virtual-call)
+}
+
+void RandomFile::setBlockCount(unsigned blocks)
+{
+    m_setup.setCurLimit(blocks);
+    removeOverflow();
+}
+
+unsigned RandomFile::blockSize(unsigned long long index) const
+{
+    const auto size = static_cast<unsigned long long>(RandomFile::size());
+    if (index > size / BlockSize) {
+        return 0;
+    }
+    return static_cast<unsigned>(std::min<unsigned long long>(BlockSize, size - index * BlockSize));
+}
+
+unsigned char* RandomFile::block(unsigned long long index)
+{
+    forgetStale();
+    if (!m_history.empty() && m_history.back().index == index) {
+        return m_history.back().bytes;
+    }
+    const auto place = lowerBound(index);
+    if (place == m_blocks.end() || place->first != index) {
+        return mapBlock(index, place);
+    }
+    m_history.splice(m_history.end(), m_history, place->second);
+    return m_history.back().bytes;
+}
+
+bool RandomFile::readFromBlock(unsigned long long index, unsigned offset, char* data, long long& remaining)
+{
+    const unsigned size = blockSize(index);
+    if (offset >= size || remaining <= 0) {
+        return false;
+    }
+    const unsigned char* const bytes = block(index);
+    if (!bytes) {
+        return false;
+    }
+    const long long length = std::min<long long>(size - offset, remaining);
+    std::memcpy(data, bytes + offset, static_cast<std::size_t>(length));
+    remaining -= length;
+    return true;
+}
+
+bool RandomFile::writeToBlock(unsigned long long index, unsigned offset, const char* data,
+                              long long& remaining)
+{
+    const unsigned size = blockSize(index);
+    if (offset >= size || remaining <= 0 || !(openMode() & WriteOnly)) {
+        return false;
+    }
+    unsigned char* const bytes = block(index);
+    if (!bytes) {
+        return false;
+    }
+    const long long length = std::min<long long>(size - offset, remaining);
+    std::memcpy(bytes + offset, data, static_cast<std::size_t>(length));
+    remaining -= length;
+    return true;
+}
+
+void RandomFile::clear()
+{
+    for (const Block& block : m_history) {
+        unmap(block.bytes);
+    }
+    m_blocks.clear();
+    m_history.clear();
+    m_recentRemoved.clear();
+}
+
+void RandomFile::setSizeEstimator(std::function<unsigned long long()> sizeEstimator)
+{
+    m_sizeEstimator = std::move(sizeEstimator);
+    refresh();
+}
+
+qint64 RandomFile::readData(char* data, qint64 length)
+{
+    const qint64 begin = pos();
+    const qint64 total = std::min(length, RandomFile::size() - begin);
+    if (total <= 0) {
+        return 0;
+    }
+    qint64 remaining = total;
+    while (remaining > 0) {
+        const qint64 done = total - remaining;
+        const auto at = static_cast<unsigned long long>(begin + done);
+        if (!readFromBlock(at / BlockSize, static_cast<unsigned>(at % BlockSize), data + done, remaining)) {
+            return done > 0 ? done : -1;
+        }
+    }
+    return total;
+}
+
+qint64 RandomFile::writeData(const char* data, qint64 length)
+{
+    if (!writesThroughMap(openMode())) {
+        refresh();
+        return QFile::writeData(data, length);
+    }
+    const qint64 begin = pos();
+    if (length <= 0) {
+        return 0;
+    }
+    const qint64 room = std::numeric_limits<qint64>::max() - begin;
+    const bool extended = length <= room && extend(begin, begin + length);
+    const qint64 total = extended ? length : std::min(length, RandomFile::size() - begin);
+    qint64 remaining = std::max<qint64>(total, 0);
+    while (remaining > 0) {
+        const qint64 done = total - remaining;
+        const auto at = static_cast<unsigned long long>(begin + done);
+        if (!writeToBlock(at / BlockSize, static_cast<unsigned>(at % BlockSize), data + done, remaining)) {
+            break;
+        }
+    }
+    return remaining < total ? total - remaining : -1;
+}
+
+std::vector<RandomFile::Entry>::iterator RandomFile::lowerBound(unsigned long long index)
+{
+    return std::lower_bound(m_blocks.begin(), m_blocks.end(), index,
+                            [](const Entry& entry, unsigned long long i) { return entry.first < i; });
+}
+
+unsigned char* RandomFile::mapBlock(unsigned long long index, std::vector<Entry>::iterator place)
+{
+    const unsigned size = blockSize(index);
+    unsigned char* const bytes = size > 0 ? map(static_cast<qint64>(index * BlockSize), size) : nullptr;
+    if (!bytes) {
+        return nullptr;
+    }
+    checkRecentlyRemoved(index);
+    m_blocks.insert(place, {index, m_history.insert(m_history.end(), {index, bytes})});
+    if (m_history.size() > m_setup.curLimit()) {
+        removeOverflow();
+    }
+    return bytes;
+}
+
+/// A block that comes back so soon would have stayed under a higher limit.
+void RandomFile::checkRecentlyRemoved(unsigned long long index)
+{
+    if (!m_setup.canIncrease() || m_history.size() < m_setup.curLimit()) {
+        return;
+    }
+    const auto found = std::find(m_recentRemoved.rbegin(), m_recentRemoved.rend(), index);
+    if (found != m_recentRemoved.rend()) {
+        m_recentRemoved.erase(std::next(found).base());
+        m_setup.setCurLimit(m_setup.curLimit() + 1);
+    }
+}
+
+void RandomFile::removeOverflow()
+{
+    while (m_history.size() > m_setup.curLimit()) {
+        forgetOverdue();
+    }
+    fixRemoveHistorySize();
+}
+
+void RandomFile::forgetOverdue()
+{
+    const Block overdue = m_history.front();
+    m_history.pop_front();
+    if (m_setup.canIncrease()) {
+        m_recentRemoved.push_back(overdue.index);
+    }
+    m_blocks.erase(lowerBound(overdue.index));
+    unmap(overdue.bytes);
+}
+
+/// More evictions than the limit can still grow by need not be remembered.
+void RandomFile::fixRemoveHistorySize()
+{
+    while (m_recentRemoved.size() > m_setup.increaseLimit()) {
+        m_recentRemoved.pop_front();
+    }
+}
+
+/// Unmaps what was mapped for another size of the file than it has now.
+void RandomFile::forgetStale()
+{
+    const qint64 size = RandomFile::size();
+    if (size != m_mappedSize) {
+        forgetFrom(firstStale(m_mappedSize, size));
+        m_mappedSize = size;
+    }
+}
+
+void RandomFile::forgetFrom(unsigned long long index)
+{
+    const auto first = lowerBound(index);
+    for (auto entry = first; entry != m_blocks.end(); ++entry) {
+        unmap(entry->second->bytes);
+        m_history.erase(entry->second);
+    }
+    m_blocks.erase(first, m_blocks.end());
+}
+
+/// Makes the file at least @p end bytes long, the space from @p position on reserved.
+bool RandomFile::extend(qint64 position, qint64 end)
+{
+    const qint64 size = RandomFile::size();
+    if (end <= size) {
+        return true;
+    }
+    refresh();
+    forgetFrom(firstStale(size, end));
+    if (!openMode().testFlag(WriteOnly) || !platform::extendFile(handle(), std::max(position, size), end)) {
+        setErrorString(qt_error_string());
+        return false;
+    }
+    return true;
+}
+
+} // namespace veltor::utils
