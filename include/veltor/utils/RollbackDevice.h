@@ -100,7 +100,7 @@ protected:
     /// True when @p journal can hold a journal: present, open, not sequential.
     [[nodiscard]] virtual bool isDeviceCorrect(const IOPtr& journal);
 
-    /// Called after the journal device was released; does nothing here.
+    /// Called after the journal device was released, but not by the destructor; does nothing here.
     virtual void resetDevice();
 
 public:
@@ -228,6 +228,7 @@ private:
         Refused,      ///< not a journal, or failed the check and was not repaired
     };
 
+    bool release() noexcept;
     bool createJournal();
     bool loadJournal();
     bool takeFile(const journal::WalkedFile& walked, IOPtr device);

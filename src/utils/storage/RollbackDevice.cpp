@@ -31,7 +31,7 @@ RollbackDevice::RollbackDevice()
 
 RollbackDevice::~RollbackDevice()
 {
-    RollbackDevice::close();
+    release();
 }
 
 RollbackDevice::Key RollbackDevice::addFile(const QFileInfo& file)
@@ -73,15 +73,21 @@ bool RollbackDevice::isOpen() const noexcept
 
 void RollbackDevice::close() noexcept
 {
+    if (release()) {
+        resetDevice();
+    }
+}
+
+/// Forgets everything; true when a journal device was held.
+bool RollbackDevice::release() noexcept
+{
     forgetFiles();
     const bool held = isOpen();
     m_journal = nullIOPtr();
     m_state = State::Refused;
     m_version = QUuid();
     m_repairedWhole = false;
-    if (held) {
-        resetDevice();
-    }
+    return held;
 }
 
 bool RollbackDevice::createJournal()
