@@ -35,6 +35,22 @@ void printProgress(const QString& line);
 /// True when standard error is a terminal, where a progress line makes sense.
 bool hasTerminal();
 
+/// While one exists, the first interrupt from the keyboard only sets interrupted(); a second one kills the
+/// process. One at a time.
+class InterruptWatch
+{
+public:
+    InterruptWatch();
+    ~InterruptWatch();
+    InterruptWatch(const InterruptWatch&) = delete;
+    InterruptWatch& operator=(const InterruptWatch&) = delete;
+
+    [[nodiscard]] static bool interrupted();
+
+private:
+    void (*m_former)(int);
+};
+
 /// One entry of the tool's table: `veltor NAME ARGUMENTS...`. `run` gets the words after the name.
 struct Command
 {

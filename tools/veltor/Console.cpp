@@ -2,6 +2,8 @@
 
 #include <QtCore/QByteArray>
 
+#include <atomic>
+#include <csignal>
 #include <cstdio>
 
 #ifdef _WIN32
@@ -20,7 +22,32 @@ void put(std::FILE* stream, const QString& text)
     std::fflush(stream);
 }
 
+std::atomic<bool> interruptSeen{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not wait for a lock");
+
+extern "C" void onInterrupt(int signal)
+{
+    interruptSeen.store(true);
+    std::signal(signal, SIG_DFL);
+}
+
 } // namespace
+
+InterruptWatch::InterruptWatch()
+    : m_former(std::signal(SIGINT, &onInterrupt))
+{
+    interruptSeen.store(false);
+}
+
+InterruptWatch::~InterruptWatch()
+{
+    std::signal(SIGINT, m_former);
+}
+
+bool InterruptWatch::interrupted()
+{
+    return interruptSeen.load();
+}
 
 void print(const QString& text)
 {
