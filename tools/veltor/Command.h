@@ -1,5 +1,8 @@
 #pragma once
 
+#include <veltor/json/JsonFormatter.h>
+
+#include <QtCore/QJsonObject>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -28,6 +31,10 @@ public:
 /// Text to standard output and standard error, in UTF-8. printError() adds the line break.
 void print(const QString& text);
 void printError(const QString& text);
+
+/// @p object to standard output, with a line end behind it.
+void printJson(const QJsonObject& object, const json::Format& layout = json::JsonFormatter::formatIndented,
+               json::EndOfLine endOfLine = json::EndOfLine::Lf);
 
 /// Replaces the progress line on standard error, which must be a terminal; an empty one removes it.
 void printProgress(const QString& line);

@@ -1,7 +1,8 @@
 #include "Command.h"
 
-#include <QtCore/QByteArray>
+#include <QtCore/QBuffer>
 
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
@@ -52,6 +53,16 @@ bool InterruptWatch::interrupted()
 void print(const QString& text)
 {
     put(stdout, text);
+}
+
+void printJson(const QJsonObject& object, const json::Format& layout, json::EndOfLine endOfLine)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    json::JsonFormatter(IOPtr(&buffer, [](QIODevice*) {}), layout).setEndOfLine(endOfLine).write(object);
+    constexpr std::array lineEnds{"\n", "\r\n", "\r"};
+    buffer.write(lineEnds[static_cast<size_t>(endOfLine)]);
+    print(QString::fromUtf8(buffer.data()));
 }
 
 void printError(const QString& text)
