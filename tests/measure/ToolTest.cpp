@@ -85,6 +85,16 @@ TEST(MeasureTool, LinesHaveALengthAndOtherKindsAreNamedAndSkipped)
     EXPECT_THAT(outcome.errors, HasSubstr("feature 2 (well): Point is not measured"));
 }
 
+TEST(MeasureTool, LayoutAndLineEndsAreChosenByName)
+{
+    const char* line = R"({"type": "LineString", "coordinates": [[0, 0], [3, 4]]})";
+    EXPECT_EQ(measureText("measure --mode plane --layout compact --eol crlf", line).output,
+              "{\"features\":[{\"length\":5,\"name\":\"#1\"}],\"mode\":\"cartesian\","
+              "\"total\":{\"area\":0,\"length\":5,\"perimeter\":0}}\r\n");
+    EXPECT_THAT(measureText("measure --mode plane --eol cr", line).output,
+                HasSubstr("\"length\": 5,\r        "));
+}
+
 TEST(MeasureTool, BadFilesAreRefusedWithThePlace)
 {
     const std::pair<const char*, const char*> rows[] = {
@@ -102,6 +112,10 @@ TEST(MeasureTool, BadFilesAreRefusedWithThePlace)
         EXPECT_EQ(outcome.status, 1);
         EXPECT_THAT(outcome.errors, HasSubstr(error));
     }
+    const Outcome layout = veltor("measure --layout pretty", sample);
+    EXPECT_EQ(layout.status, 2);
+    EXPECT_THAT(layout.errors, HasSubstr("brackets-indented, comma-first, delimited"));
+    EXPECT_EQ(veltor("measure --eol nl", sample).status, 2);
     const Outcome mode = veltor("measure --mode round", sample);
     EXPECT_EQ(mode.status, 2);
     EXPECT_THAT(mode.errors, HasSubstr("cartesian, spherical, ellipsoidal"));

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <veltor/json/JsonFormatter.h>
+
+#include <QtCore/QJsonObject>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -29,11 +32,31 @@ public:
 void print(const QString& text);
 void printError(const QString& text);
 
+/// @p object to standard output, with a line end behind it.
+void printJson(const QJsonObject& object, const json::Format& layout = json::JsonFormatter::formatIndented,
+               json::EndOfLine endOfLine = json::EndOfLine::Lf);
+
 /// Replaces the progress line on standard error, which must be a terminal; an empty one removes it.
 void printProgress(const QString& line);
 
 /// True when standard error is a terminal, where a progress line makes sense.
 bool hasTerminal();
+
+/// While one exists, the first interrupt from the keyboard only sets interrupted(); a second one kills the
+/// process. One at a time.
+class InterruptWatch
+{
+public:
+    InterruptWatch();
+    ~InterruptWatch();
+    InterruptWatch(const InterruptWatch&) = delete;
+    InterruptWatch& operator=(const InterruptWatch&) = delete;
+
+    [[nodiscard]] static bool interrupted();
+
+private:
+    void (*m_former)(int);
+};
 
 /// One entry of the tool's table: `veltor NAME ARGUMENTS...`. `run` gets the words after the name.
 struct Command

@@ -1,7 +1,10 @@
 #include "Command.h"
 
-#include <QtCore/QByteArray>
+#include <QtCore/QBuffer>
 
+#include <array>
+#include <atomic>
+#include <csignal>
 #include <cstdio>
 
 #ifdef _WIN32
@@ -20,11 +23,46 @@ void put(std::FILE* stream, const QString& text)
     std::fflush(stream);
 }
 
+std::atomic<bool> interruptSeen{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not wait for a lock");
+
+extern "C" void onInterrupt(int signal)
+{
+    interruptSeen.store(true);
+    std::signal(signal, SIG_DFL);
+}
+
 } // namespace
+
+InterruptWatch::InterruptWatch()
+    : m_former(std::signal(SIGINT, &onInterrupt))
+{
+    interruptSeen.store(false);
+}
+
+InterruptWatch::~InterruptWatch()
+{
+    std::signal(SIGINT, m_former);
+}
+
+bool InterruptWatch::interrupted()
+{
+    return interruptSeen.load();
+}
 
 void print(const QString& text)
 {
     put(stdout, text);
+}
+
+void printJson(const QJsonObject& object, const json::Format& layout, json::EndOfLine endOfLine)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    json::JsonFormatter(IOPtr(&buffer, [](QIODevice*) {}), layout).setEndOfLine(endOfLine).write(object);
+    constexpr std::array lineEnds{"\n", "\r\n", "\r"};
+    buffer.write(lineEnds[static_cast<size_t>(endOfLine)]);
+    print(QString::fromUtf8(buffer.data()));
 }
 
 void printError(const QString& text)

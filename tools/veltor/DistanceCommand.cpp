@@ -52,6 +52,7 @@ void appendValue(std::string& text, size_t formula, double value)
     append(text, value, std::chars_format::fixed, isAngle ? 9 : 4);
 }
 
+/// By hand: the numbers of the library's JSON writer have 15 significant digits, these take 17.
 void appendJson(std::string& text, const std::array<double, formulas>& values)
 {
     for (size_t i = 0; i < formulas; ++i) {

@@ -7,7 +7,6 @@
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
 #include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
 #include <veltor/logging/Logger.h>
@@ -125,7 +124,7 @@ void showAsJson(const RollbackFile& journal, const QString& fault)
         {QStringLiteral("version"), versionText(journal)},
         {QStringLiteral("files"), files},
         {QStringLiteral("freeBlocks"), static_cast<qint64>(journal.freeBlockCount())}};
-    print(QString::fromUtf8(QJsonDocument(object).toJson()));
+    printJson(object);
 }
 
 void showAsTable(const RollbackFile& journal, bool valid)

@@ -8,7 +8,6 @@
 #include <veltor/utils/Distance.h>
 
 #include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
 #include <algorithm>
@@ -21,7 +20,8 @@ namespace {
 using core::CalcMode;
 
 constexpr auto usage =
-    "Usage: veltor measure FILE.geojson [--mode WORD] [--ellipsoid A,RF] [--largest N] [--json]\n\n"
+    "Usage: veltor measure FILE.geojson [--mode WORD] [--ellipsoid A,RF] [--largest N]\n"
+    "               [--json] [--layout NAME] [--eol lf|crlf|cr]\n\n"
     "Areas and perimeters of the polygons, lengths of the lines of a GeoJSON file, and the totals.\n"
     "  --mode WORD       cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse;\n"
     "                    auto, default, '': the ellipsoid\n"
@@ -29,6 +29,9 @@ constexpr auto usage =
     "                    a sphere the radius 6370997\n"
     "  --largest N       the N features of the largest area, then length, in this order\n"
     "  --json            one object: mode, features (name, area, perimeter or length), total\n"
+    "  --layout NAME     layout of the JSON text: compact, squeeze, indented (unless given), unindented,\n"
+    "                    brackets-indented, comma-first, delimited; implies --json\n"
+    "  --eol WORD        its line ends: lf (unless given), crlf, cr; implies --json\n"
     "Metres and square metres in JSON, with --mode cartesian the unit of the file.\n";
 
 struct Model
@@ -160,15 +163,21 @@ std::vector<size_t> selection(const std::vector<Measures>& measures, int largest
     return order;
 }
 
+/// A plane measure may overflow, which JSON cannot tell.
+QJsonValue toJson(double number)
+{
+    return std::isfinite(number) ? QJsonValue(number) : QJsonValue();
+}
+
 QJsonObject toJson(const Measures& measures, bool polygons, bool lines)
 {
     QJsonObject object;
     if (polygons) {
-        object.insert(QLatin1String("area"), measures.area);
-        object.insert(QLatin1String("perimeter"), measures.perimeter);
+        object.insert(QLatin1String("area"), toJson(measures.area));
+        object.insert(QLatin1String("perimeter"), toJson(measures.perimeter));
     }
     if (lines) {
-        object.insert(QLatin1String("length"), measures.length);
+        object.insert(QLatin1String("length"), toJson(measures.length));
     }
     return object;
 }
@@ -209,7 +218,7 @@ public:
         }
     }
 
-    [[nodiscard]] QString asJson(const Model& model) const
+    [[nodiscard]] QJsonObject asJson(const Model& model) const
     {
         QJsonArray features;
         for (const size_t i : m_order) {
@@ -218,10 +227,9 @@ public:
             object.insert(QLatin1String("name"), m_features[i].name);
             features.append(object);
         }
-        const QJsonObject root{{QStringLiteral("mode"), QLatin1String(nameOf(model.mode))},
-                               {QStringLiteral("features"), features},
-                               {QStringLiteral("total"), toJson(m_total, true, true)}};
-        return QString::fromUtf8(QJsonDocument(root).toJson());
+        return {{QStringLiteral("mode"), QLatin1String(nameOf(model.mode))},
+                {QStringLiteral("features"), features},
+                {QStringLiteral("total"), toJson(m_total, true, true)}};
     }
 
     [[nodiscard]] QString asTable(const Model& model) const
@@ -286,7 +294,11 @@ int runMeasure(const QStringList& arguments)
         throw std::runtime_error("interrupted; nothing is printed");
     }
     const Report report(std::move(contents.features), std::move(measures), options.largest);
-    print(options.json ? report.asJson(model) : report.asTable(model));
+    if (options.json) {
+        printJson(report.asJson(model), *options.layout, options.endOfLine);
+    } else {
+        print(report.asTable(model));
+    }
     return Done;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Command.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -44,6 +45,47 @@ int parseLargest(const QString& text)
     return number;
 }
 
+template <typename Value>
+struct Named
+{
+    const char* name;
+    Value value;
+};
+
+using json::EndOfLine;
+using json::JsonFormatter;
+
+constexpr std::array layouts{
+    Named<const json::Format*>{"compact", &JsonFormatter::formatCompact},
+    Named<const json::Format*>{"squeeze", &JsonFormatter::formatSqueeze},
+    Named<const json::Format*>{"indented", &JsonFormatter::formatIndented},
+    Named<const json::Format*>{"unindented", &JsonFormatter::formatUnindented},
+    Named<const json::Format*>{"brackets-indented", &JsonFormatter::formatBracketsIndented},
+    Named<const json::Format*>{"comma-first", &JsonFormatter::formatCommaFirst},
+    Named<const json::Format*>{"delimited", &JsonFormatter::formatDelimited},
+};
+
+constexpr std::array lineEnds{
+    Named<EndOfLine>{"lf", EndOfLine::Lf},
+    Named<EndOfLine>{"crlf", EndOfLine::CrLf},
+    Named<EndOfLine>{"cr", EndOfLine::Cr},
+};
+
+/// The value that @p word names in @p table.
+template <typename Table>
+auto choose(const Table& table, const char* option, const QString& word)
+{
+    QStringList names;
+    for (const auto& row : table) {
+        if (word == QLatin1String(row.name)) {
+            return row.value;
+        }
+        names << QLatin1String(row.name);
+    }
+    throw UsageError(QStringLiteral("veltor: %1 takes one of %2, not '%3'")
+                         .arg(QLatin1String(option), names.join(QLatin1String(", ")), word));
+}
+
 } // namespace
 
 MeasureOptions parseMeasureOptions(QStringList arguments, const QString& usage, bool measures)
@@ -66,6 +108,12 @@ MeasureOptions parseMeasureOptions(QStringList arguments, const QString& usage, 
             options.mode = value();
         } else if (measures && word == QLatin1String("--largest")) {
             options.largest = parseLargest(value());
+        } else if (measures && word == QLatin1String("--layout")) {
+            options.layout = choose(layouts, "--layout", value());
+            options.json = true;
+        } else if (measures && word == QLatin1String("--eol")) {
+            options.endOfLine = choose(lineEnds, "--eol", value());
+            options.json = true;
         } else if (word == QLatin1String("--help")) {
             options.help = true;
         } else if (word.startsWith(QLatin1String("--"))) {

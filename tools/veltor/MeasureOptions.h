@@ -1,5 +1,7 @@
 #pragma once
 
+#include <veltor/json/JsonFormatter.h>
+
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
@@ -21,6 +23,8 @@ struct MeasureOptions
     bool hasEllipsoid = false;
     bool help = false;
     bool json = false;
+    const json::Format* layout = &json::JsonFormatter::formatIndented;
+    json::EndOfLine endOfLine = json::EndOfLine::Lf;
     int largest = 0; ///< 0: all features, in the file's order
     QString mode;
     QStringList words;
@@ -29,7 +33,7 @@ struct MeasureOptions
 /// Sorts out the command line. A word is an option if it starts with two dashes, so negative coordinates
 /// need no care.
 /// @param usage     text of the UsageError thrown when the words do not fit
-/// @param measures  whether --mode and --largest are understood
+/// @param measures  whether --mode, --largest, --layout and --eol are understood; the last two imply --json
 [[nodiscard]] MeasureOptions parseMeasureOptions(QStringList arguments, const QString& usage, bool measures);
 
 } // namespace veltor::tool
