@@ -16,3 +16,4 @@ step("${CMAKE_COMMAND}" -G "${GENERATOR}" -S "${CONSUMER_DIR}" -B "${WORK_DIR}/b
   "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_CXX_FLAGS=${flags}" "-DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix")
 step("${CMAKE_COMMAND}" --build "${WORK_DIR}/build")
 step("${WORK_DIR}/build/consumer")
+step("${WORK_DIR}/prefix/bin/veltor" --version)
