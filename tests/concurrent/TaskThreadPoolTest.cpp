@@ -12,7 +12,10 @@
 
 #include <gtest/gtest.h>
 
+#include <condition_variable>
+#include <deque>
 #include <future>
+#include <mutex>
 #include <numeric>
 #include <random>
 
@@ -163,12 +166,9 @@ TEST_F(Pool, KeepsTheOrderOfALongQueue)
         goOn.set_value();
         EXPECT_TRUE(pool.waitForAllTasks());
     }
-    std::vector<int> expected(count / 2 + 1);
+    std::vector<int> expected(count);
     std::iota(expected.begin(), expected.end(), 0);
-    expected.insert(expected.end(), {-2, -1});
-    for (int i = count / 2 + 1; i < count; ++i) {
-        expected.push_back(i);
-    }
+    expected.insert(expected.begin() + count / 2 + 1, {-2, -1});
     EXPECT_EQ(ran_, expected);
 }
 
@@ -308,6 +308,45 @@ TEST_F(Pool, CancelsAndDeletesEverythingWhenDestroyed)
     }
 }
 
+/// A thread that continues or cancels paused tasks, in the order in which they were paused.
+class Resumer
+{
+public:
+    ~Resumer()
+    {
+        take(nullptr, false); // the last one
+        m_thread.join();
+    }
+
+    void take(const std::shared_ptr<TaskProgressHandler>& paused, bool cancels)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_paused.emplace_back(paused, cancels);
+        m_changed.notify_one();
+    }
+
+private:
+    void run()
+    {
+        for (;;) {
+            std::unique_lock lock(m_mutex);
+            m_changed.wait(lock, [this] { return !m_paused.empty(); });
+            const auto [handler, cancels] = m_paused.front();
+            m_paused.pop_front();
+            lock.unlock();
+            if (!handler) {
+                return;
+            }
+            cancels ? handler->cancel() : handler->continueWork();
+        }
+    }
+
+    std::mutex m_mutex; // guards m_paused
+    std::condition_variable m_changed;
+    std::deque<std::pair<std::shared_ptr<TaskProgressHandler>, bool>> m_paused;
+    std::thread m_thread{[this] { run(); }};
+};
+
 TEST_F(Pool, StressEndsWithNothingAlive)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -316,7 +355,9 @@ TEST_F(Pool, StressEndsWithNothingAlive)
     constexpr int tasksPerThread = 25000;
 #endif
     std::atomic<int> ends{0};
+    std::atomic<int> pauses{0};
     {
+        Resumer resumer;
         TaskThreadPool pool(2);
         std::vector<std::thread> starters;
         for (unsigned seed = 1; seed <= 4; ++seed) {
@@ -324,13 +365,24 @@ TEST_F(Pool, StressEndsWithNothingAlive)
                 std::mt19937 random(seed);
                 std::vector<std::shared_ptr<TaskProgressHandler>> kept;
                 for (int i = 0; i < tasksPerThread; ++i) {
-                    auto* task = new LambdaTask([](LambdaTask& t) {
+                    const unsigned dice = random() % 16;
+                    auto* task = new LambdaTask([pausing = dice >= 14](LambdaTask& t) {
                         t.progressHandler()->setProgress(10);
+                        if (pausing) {
+                            t.pause();
+                        }
+                        t.waitWhilePaused();
                         t.progressHandler()->throwIfCanceled();
                     });
                     const auto handler = task->progressHandler();
                     QObject::connect(handler.get(), &ProgressHandler::finished, [&] { ++ends; });
-                    const unsigned dice = random() % 16;
+                    QObject::connect(handler.get(), &ProgressHandler::paused,
+                                     [&, weak = std::weak_ptr(handler), cancels = dice == 15] {
+                                         if (const auto paused = weak.lock()) {
+                                             ++pauses;
+                                             resumer.take(paused, cancels);
+                                         }
+                                     });
                     if (dice == 0) {
                         task->enterCancelledState();
                     } else if (dice == 1) {
@@ -343,6 +395,8 @@ TEST_F(Pool, StressEndsWithNothingAlive)
                         handler->sendCancel();
                     } else if (dice == 4 && !kept.empty()) {
                         kept[random() % kept.size()]->setProgress(5);
+                    } else if (dice == 5 && !kept.empty()) {
+                        kept[random() % kept.size()]->pause();
                     }
                 }
             });
@@ -350,8 +404,10 @@ TEST_F(Pool, StressEndsWithNothingAlive)
         for (std::thread& starter : starters) {
             starter.join();
         }
+        EXPECT_TRUE(pool.waitForAllTasks());
     }
     EXPECT_EQ(LambdaTask::alive, 0);
+    EXPECT_GT(pauses, tasksPerThread / 8) << "tasks do pause";
     EXPECT_EQ(ends, 4 * tasksPerThread) << "every task ends once";
 }
 
