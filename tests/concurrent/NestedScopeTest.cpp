@@ -32,18 +32,14 @@ TEST(NestedScopeImpl, MapsNestedRanges)
     EXPECT_DOUBLE_EQ(scope.progress(), 70) << "the outermost range stays";
     scope.addProgress(1);
     EXPECT_DOUBLE_EQ(scope.progress(), 80);
-}
 
-TEST(NestedScopeImpl, GivesEmptyRangesAWidth)
-{
-    NestedScopeImpl scope(0, 100);
-    scope.setRange(3, 3);
-    EXPECT_DOUBLE_EQ(scope.progress(), 0);
-    scope.setProgress(5);
-    EXPECT_DOUBLE_EQ(scope.progress(), 50) << "width from + 1";
-    scope.setInnerRange(2, 2, 2);
-    scope.setProgress(2.5);
-    EXPECT_DOUBLE_EQ(scope.progress(), (5.0 + 0.5 * 2 - 3) * 100 / 4) << "width 1";
+    NestedScopeImpl empty(0, 100);
+    empty.setRange(3, 3); // a width of 3 + 1
+    empty.setProgress(5);
+    EXPECT_DOUBLE_EQ(empty.progress(), 50);
+    empty.setInnerRange(2, 7, 7); // a width of 1
+    empty.setProgress(8);
+    EXPECT_DOUBLE_EQ(empty.progress(), 100);
 }
 
 /// Reports a random tree of work; every level subdivides its slices again, and does not always report all.
@@ -100,28 +96,6 @@ TEST(NestedScope, LetsEveryPeriodthItemThrough)
         EXPECT_EQ(scope.progress() > 0, row.through) << row.period << ' ' << row.phase << ' ' << row.index;
         EXPECT_EQ(scope.period(), 100);
         EXPECT_EQ(scope.phase(), 0);
-    }
-}
-
-TEST(NestedScopeDummy, LogsMessagesOnly)
-{
-    test::LogCapture capture;
-    NestedScopeDummy dummy;
-    NestedScopeImpl impl(0, 1);
-    for (NestedScope* scope : std::initializer_list<NestedScope*>{&dummy, &impl}) {
-        scope->setMessage(3, QString());
-        scope->setOperation(QStringLiteral("operation"));
-        scope->setMessage(3, QStringLiteral("message"));
-        const auto records = capture.take();
-        ASSERT_EQ(records.size(), 1U);
-        EXPECT_EQ(records[0].text, QLatin1String("message"));
-        EXPECT_EQ(int(records[0].level), 2);
-        EXPECT_EQ(records[0].file, QLatin1String("concurrent/NestedScope.cpp"));
-        EXPECT_EQ(records[0].line, 102);
-        EXPECT_EQ(records[0].function,
-                  QLatin1String(
-                      "virtual void veltor::concurrent::NestedScopeDummy::setMessage(int, const QString&)"));
-        EXPECT_FALSE(scope->isFinished());
     }
 }
 

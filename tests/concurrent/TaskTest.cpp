@@ -98,20 +98,6 @@ INSTANTIATE_TEST_SUITE_P(Table, TaskScenario,
                                           testing::Values(Qt::DirectConnection, Qt::QueuedConnection)),
                          scenarioName);
 
-TEST(TaskState, WordIsSetWholeAndTestedByFlags)
-{
-    TaskState state;
-    EXPECT_FALSE(state.is(TaskState::State(0)));
-    state.enterState(TaskState::Finished | TaskState::Successful | TaskState::Running);
-    EXPECT_EQ(int(state.states()), 0x50) << "other bits are dropped beside success";
-    state.pauseRequested();
-    state.resume();
-    EXPECT_EQ(int(state.states()), 0x02);
-    EXPECT_FALSE(state.isPauseRequsted());
-    state.enterState({});
-    EXPECT_TRUE(state.is(TaskState::State(0)));
-}
-
 TEST(Task, DestroyedBeforeItsEndIsSeenAsCancelled)
 {
     auto task = std::make_unique<LambdaTask>();
@@ -175,13 +161,6 @@ TEST_F(PausedTask, GoesOnWhenContinued)
     finish = true;
     handler->continueWork();
     EXPECT_EQ(end(), QLatin1String("started paused paused successful finished"));
-}
-
-TEST_F(PausedTask, IsWokenByACancelThroughItsHandler)
-{
-    handler->cancel();
-    EXPECT_EQ(end().remove(QLatin1String("cancelRequest ")),
-              QLatin1String("started paused error canceled finished"));
 }
 
 TEST_F(PausedTask, IsWokenByACancelFromAnotherThread)

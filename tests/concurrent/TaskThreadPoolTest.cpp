@@ -255,19 +255,6 @@ TEST_F(Pool, LivesInItsThreadAndDiesWithItsParent)
     EXPECT_TRUE(eventually([&] { return later.isNull(); }));
 }
 
-TEST_F(Pool, LogsItsConstruction)
-{
-    test::LogCapture capture;
-    const TaskThreadPool pool(3);
-    const auto records = capture.take();
-    ASSERT_EQ(records.size(), 1U);
-    EXPECT_EQ(records[0].text, QLatin1String("Initialized ThreadPool with threads: 3"));
-    EXPECT_EQ(int(records[0].level), 1);
-    EXPECT_EQ(records[0].file, QLatin1String("concurrent/TaskThreadPool.cpp"));
-    EXPECT_EQ(records[0].function,
-              QLatin1String("veltor::concurrent::TaskThreadPool::TaskThreadPool(int, QObject*)"));
-}
-
 TEST_F(Pool, CancelsAndDeletesEverythingWhenDestroyed)
 {
     auto pool = std::make_unique<TaskThreadPool>(3);

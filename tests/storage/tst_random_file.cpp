@@ -262,28 +262,6 @@ TEST_F(RandomFiles, BlocksEndWithTheFile)
     EXPECT_EQ(file.block(1), nullptr);
 }
 
-TEST_F(RandomFiles, ModesAreThoseOfAFile)
-{
-    make(path(), "0123456789\nabc");
-    RandomFile file(path());
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.openMode(), QIODevice::ReadOnly | QIODevice::Unbuffered);
-    EXPECT_EQ(file.readLine(), "0123456789\n");
-    EXPECT_EQ(file.readAll(), "abc");
-    file.close();
-    ASSERT_TRUE(file.open(QIODevice::ReadWrite | QIODevice::Append));
-    EXPECT_TRUE(file.seek(0));
-    EXPECT_EQ(file.read(3), "012");
-    EXPECT_EQ(file.write("DEF"), 3);
-    file.close();
-    EXPECT_EQ(content(), "0123456789\nabcDEF");
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    EXPECT_EQ(file.write("new"), 3);
-    EXPECT_EQ(file.block(0), nullptr);
-    file.close();
-    EXPECT_EQ(content(), "new");
-}
-
 TEST_F(RandomFiles, OffsetsGoBeyond4GiB)
 {
     constexpr qint64 far = (5ll << 30) + 65530;

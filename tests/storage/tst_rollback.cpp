@@ -139,20 +139,6 @@ TEST_F(Rollback, UndoesEveryKindOfChange)
     EXPECT_EQ(content("empty"), "");
 }
 
-TEST_F(Rollback, CommitKeepsTheNewContents)
-{
-    make("a", "old");
-    RollbackFile journal;
-    ASSERT_TRUE(begin(journal));
-    SecuredFile file;
-    ASSERT_TRUE(file.open(path("a"), journal));
-    file.write("NEW!");
-    journal.commit();
-    EXPECT_FALSE(journal.isOpen());
-    EXPECT_FALSE(QFileInfo::exists(path("journal")));
-    EXPECT_EQ(content("a"), "NEW!");
-}
-
 TEST_F(Rollback, NamesAreRelativeBeneathTheJournalAndOneFileHasOneKey)
 {
     ASSERT_TRUE(QDir(m_directory.path()).mkpath(QStringLiteral("home/maps")));
