@@ -1,11 +1,11 @@
 #include "platform/CrashSignals.h"
 
 #include <pthread.h>
-#include <signal.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <csignal>
 
 namespace veltor::platform {
 namespace {
@@ -99,7 +99,10 @@ void handle(int number) noexcept
         _exit(1);
     }
     // Another thread reports. Requests to end are being granted already; a crash must not go on.
-    while (number != SIGINT && number != SIGTERM) {
+    if (number == SIGINT || number == SIGTERM) {
+        return;
+    }
+    for (;;) {
         pause();
     }
 }
