@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <initializer_list>
 
 namespace veltor::platform {
 namespace {
@@ -63,15 +64,19 @@ void endNow(int) noexcept
     _exit(1);
 }
 
-/// Ends the process if the report does not: it may wait for a lock that the crashed code holds.
-void limitReport() noexcept
+/// The report must find its end: crashes inside of it come to handle(), whatever mask the signal came with,
+/// since the kernel kills where they are blocked; and a time limit, since it may wait for a lock that the
+/// crashed code holds.
+void boundReport() noexcept
 {
     struct sigaction action = {};
     action.sa_handler = endNow;
     sigaction(SIGALRM, &action, nullptr);
     sigset_t set;
     sigemptyset(&set);
-    sigaddset(&set, SIGALRM);
+    for (const int number : {SIGFPE, SIGABRT, SIGILL, SIGSEGV, SIGALRM}) {
+        sigaddset(&set, number);
+    }
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
     alarm(reportLimitSeconds);
 }
@@ -91,7 +96,7 @@ void handle(int number) noexcept
     const pid_t self = gettid();
     pid_t reporting = 0;
     if (reportingThread.compare_exchange_strong(reporting, self)) {
-        limitReport();
+        boundReport();
         callReport(number, callDepth);
         _exit(1);
     }
@@ -117,7 +122,7 @@ void installCrashHandler(CrashReport report, unsigned limitSeconds) noexcept
 
     struct sigaction action = {};
     action.sa_handler = handle;
-    // A crash inside the report must come here, not kill the process; requests to end can wait.
+    // While it reports, crashes come here again, but requests to end can wait.
     action.sa_flags = SA_ONSTACK | SA_NODEFER;
     sigemptyset(&action.sa_mask);
     sigaddset(&action.sa_mask, SIGINT);
