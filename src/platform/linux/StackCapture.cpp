@@ -10,21 +10,13 @@ struct Walk
     void** frames;
     int capacity;
     int count = -1; // the frame of captureStack() itself comes first and is left out
-    _Unwind_Word frameAddress = 0;
 };
 
 _Unwind_Reason_Code visit(_Unwind_Context* context, void* argument)
 {
     auto& walk = *static_cast<Walk*>(argument);
     if (walk.count >= 0) {
-        void* const address = reinterpret_cast<void*>(_Unwind_GetIP(context));
-        const _Unwind_Word frameAddress = _Unwind_GetCFA(context);
-        // A broken stack may lead the unwinder in a circle of one.
-        if (walk.count > 0 && walk.frames[walk.count - 1] == address && walk.frameAddress == frameAddress) {
-            return _URC_END_OF_STACK;
-        }
-        walk.frameAddress = frameAddress;
-        walk.frames[walk.count] = address;
+        walk.frames[walk.count] = reinterpret_cast<void*>(_Unwind_GetIP(context));
     }
     ++walk.count;
     return walk.count == walk.capacity ? _URC_END_OF_STACK : _URC_NO_REASON;
