@@ -25,3 +25,13 @@ if(VELTOR_PYTHON)
 endif()
 
 find_package(PkgConfig QUIET)
+# Names of functions for backtraces.
+if(WIN32)
+  set(VELTOR_SYMBOL_LIBRARY dbghelp)
+else()
+  if(NOT PkgConfig_FOUND)
+    message(FATAL_ERROR "pkg-config is needed to find libdw")
+  endif()
+  pkg_check_modules(LIBDW REQUIRED IMPORTED_TARGET libdw)
+  set(VELTOR_SYMBOL_LIBRARY PkgConfig::LIBDW)
+endif()

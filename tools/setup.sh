@@ -10,6 +10,7 @@ packages=(
   g++ cmake ninja-build git pkg-config
   qtbase5-dev qttools5-dev qttools5-dev-tools
   libproj-dev
+  libdw-dev
   libgtest-dev libgmock-dev
   python3-dev
 )

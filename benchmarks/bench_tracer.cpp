@@ -1,0 +1,74 @@
+#include <veltor/utils/Tracer.h>
+
+#include <benchmark/benchmark.h>
+#include <execinfo.h>
+
+#include <array>
+
+#include <boost/stacktrace.hpp>
+
+// A stack of more than 64 frames: its capture beside the C library's, and its text beside Boost's, which
+// looks only exported functions up and remembers nothing.
+
+using veltor::utils::Tracer;
+
+namespace {
+
+constexpr int Frames = 64;
+
+template <typename Action>
+[[gnu::noinline]] void deep(int frames, const Action& action)
+{
+    if (frames > 0) {
+        deep(frames - 1, action);
+    } else {
+        action();
+    }
+    asm volatile("");
+}
+
+void capture(benchmark::State& state)
+{
+    deep(Frames, [&] {
+        for ([[maybe_unused]] auto _ : state) {
+            benchmark::DoNotOptimize(Tracer::backtrace(Frames));
+        }
+    });
+}
+BENCHMARK(capture)->Name("backtrace/veltor");
+
+void captureLibrary(benchmark::State& state)
+{
+    deep(Frames, [&] {
+        for ([[maybe_unused]] auto _ : state) {
+            std::array<void*, Frames> frames;
+            benchmark::DoNotOptimize(backtrace(frames.data(), Frames));
+            benchmark::ClobberMemory();
+        }
+    });
+}
+BENCHMARK(captureLibrary)->Name("backtrace/glibc");
+
+void symbols(benchmark::State& state)
+{
+    deep(Frames, [&] {
+        const QVector<void*> frames = Tracer::backtrace(Frames);
+        for ([[maybe_unused]] auto _ : state) {
+            benchmark::DoNotOptimize(Tracer::symbols(frames));
+        }
+    });
+}
+BENCHMARK(symbols)->Name("symbols/veltor");
+
+void symbolsBoost(benchmark::State& state)
+{
+    deep(Frames, [&] {
+        const boost::stacktrace::stacktrace frames(0, Frames);
+        for ([[maybe_unused]] auto _ : state) {
+            benchmark::DoNotOptimize(boost::stacktrace::to_string(frames));
+        }
+    });
+}
+BENCHMARK(symbolsBoost)->Name("symbols/Boost.Stacktrace");
+
+} // namespace
