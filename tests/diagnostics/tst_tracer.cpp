@@ -139,7 +139,8 @@ void dieOf(const Crash& crash, logging::LogSink sink = print)
 
 [[gnu::noinline]] void writeToNowhere()
 {
-    *reinterpret_cast<volatile int*>(std::uintptr_t{8}) = 1;
+    volatile std::uintptr_t nowhere = 8; // the compiler must not see where it leads
+    *reinterpret_cast<volatile int*>(nowhere) = 1;
 }
 
 [[gnu::noinline]] int fillStack(int depth) // NOLINT(misc-no-recursion)
