@@ -115,6 +115,20 @@ TEST_F(JournalTool, RefusesDamageAndKeepsWhatItCannotSalvage)
     EXPECT_TRUE(m_err.contains(path("journal.damaged-2"))) << m_err.toStdString();
 }
 
+TEST_F(JournalTool, RepairsAWholeOrUnfinishedJournalWithoutLeftovers)
+{
+    for (const char* damage : {"", "a.last=A1"}) {
+        SetUp();
+        JournalImage image;
+        image.damage(damage);
+        write("journal", image.bytes);
+        EXPECT_EQ(run("repair"), 0) << damage;
+        EXPECT_EQ(read("a").mid(10, 15), "saved bytes one");
+        EXPECT_EQ(read("journal"), "missing");
+        EXPECT_EQ(read("journal.damaged"), "missing");
+    }
+}
+
 TEST_F(JournalTool, DiscardsJournalsAndNothingElse)
 {
     write("journal", JournalImage().bytes);

@@ -167,55 +167,50 @@ int show(const QFileInfo& path, bool json)
     return valid ? Done : Failed;
 }
 
-int rollBack(const QFileInfo& path, bool)
+/// Rolls back what @p journal holds and tells how many files that were.
+bool restoreFiles(RollbackFile& journal)
 {
-    RollbackFile journal;
-    if (!journal.openByName(path, QIODevice::ReadOnly)) {
-        return Failed;
-    }
     const std::size_t count = journal.protectedFiles().size();
     showProgress(journal);
     if (!journal.rollback()) {
         printError(QStringLiteral("veltor: files that could not be restored: %1; the journal is kept")
                        .arg(journal.protectedFiles().size()));
-        return Failed;
+        return false;
     }
     print(QStringLiteral("Files restored: %1\n").arg(count));
-    return Done;
+    return true;
 }
 
-int repair(const QFileInfo& path, bool json)
+int rollBack(const QFileInfo& path, bool)
+{
+    RollbackFile journal;
+    return journal.openByName(path, QIODevice::ReadOnly) && restoreFiles(journal) ? Done : Failed;
+}
+
+int repair(const QFileInfo& path, bool)
 {
     KeepingRollbackFile journal;
     if (journal.openByName(path, QIODevice::ReadOnly)) {
         journal.close();
-        return rollBack(path, json);
+        return rollBack(path, false);
     }
     if (!journal.isOpen()) {
         return Failed;
     }
     journal.repair();
     const bool whole = journal.repairedWhole();
-    const std::size_t count = journal.protectedFiles().size();
-    if (!whole && count == 0) {
+    if (!whole && journal.protectedFiles().empty()) {
         printError(QStringLiteral("veltor: nothing could be salvaged; the journal is left as it is"));
         return Failed;
     }
-    showProgress(journal);
-    if (!journal.rollback()) {
-        printError(QStringLiteral("veltor: files that could not be restored: %1; the journal is kept")
-                       .arg(journal.protectedFiles().size()));
+    if (!restoreFiles(journal)) {
         return Failed;
     }
-    print(QStringLiteral("Files restored: %1\n").arg(count));
     if (!whole) {
+        const QString& kept = journal.keptAs();
         printError(
-            journal.keptAs().isEmpty()
-                ? QStringLiteral(
-                      "veltor: not everything could be salvaged; the damaged journal stays where it is")
-                : QStringLiteral(
-                      "veltor: not everything could be salvaged; the damaged journal is kept as %1")
-                      .arg(journal.keptAs()));
+            QStringLiteral("veltor: not everything could be salvaged; the damaged journal ") +
+            (kept.isEmpty() ? QStringLiteral("stays where it is") : QStringLiteral("is kept as ") + kept));
     }
     return Done;
 }
