@@ -4,6 +4,7 @@
 #include "Command.h"
 
 #include <veltor/logging/Logger.h>
+#include <veltor/utils/Translation.h>
 
 #include <QtCore/QCoreApplication>
 
@@ -73,6 +74,8 @@ int main(int argc, char** argv)
     using namespace veltor::tool;
     const QCoreApplication application(argc, argv);
     veltor::logging::setLogSink(&showErrors);
+    // The tool itself speaks English; the library's messages follow the user's language.
+    veltor::utils::installTranslation(QLocale::system());
     try {
         return run(QCoreApplication::arguments());
     } catch (const UsageError& error) {

@@ -31,7 +31,7 @@
 namespace veltor::platform {
 namespace {
 
-constexpr std::uint64_t Magic = 0x1C0D'EA11'4C0C'0001;
+constexpr std::uint64_t Magic = 0x1C0DEA114C0C0001;
 constexpr const char* Directory = "/dev/shm";
 
 /// What the file holds.
