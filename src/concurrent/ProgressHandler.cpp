@@ -59,15 +59,19 @@ void ProgressHandler::setProgressRange(Range range)
     write([this, range] {
         setProgressRange_impl(range);
         storeProgress(range.start);
-        emitProgress(range.start, range.start);
+        Q_EMIT progressValueChanged(range.start);
+        Q_EMIT progressValueIncreased(progress::Add{0}); // of an infinite start too
     });
 }
 
 void ProgressHandler::setFinalProgress()
 {
-    if (!m_ignoreFinal.load()) {
-        setProgress(range().end);
-    }
+    // The scale is looked up where the value is set: a new one may be on its way there.
+    write([this] {
+        if (!m_ignoreFinal.load()) {
+            setProgress_impl(range().end);
+        }
+    });
 }
 
 void ProgressHandler::setProgress_impl(double value)

@@ -99,12 +99,15 @@ TEST(ProgressHandler, ValuesAndTheirIncrements)
     handler.setIgnoreFinal(true);
     handler.setFinalProgress();
     EXPECT_EQ(log.take(), QString());
+    handler.setIgnoreFinal(false);
     handler.setInvokeType(Qt::QueuedConnection);
     handler.setProgress(15);
+    handler.setProgressRange({qInf(), 10});
+    handler.setFinalProgress();
     EXPECT_EQ(log.take(), QString());
     EXPECT_EQ(handler.progress(), 20) << "the change comes with its signals";
     QCoreApplication::sendPostedEvents(&handler);
-    EXPECT_EQ(log.take(), QLatin1String("=15 +5"));
+    EXPECT_EQ(log.take(), QLatin1String("=15 +5 inf..10 =inf +0 =10 +inf"));
 }
 
 TEST(ProgressHandler, CancelReachesSubHandlersWithoutHoldingTheLock)

@@ -46,11 +46,12 @@ QString canceled()
 }
 
 /// What the tool says of a missing journal, by the user's settings.
-QString toolSays(const char* locale, const char* languages)
+QString toolSays(const char* all, const char* languages)
 {
     QProcess tool;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("LC_ALL"), QString::fromLatin1(locale));
+    environment.insert(QStringLiteral("LC_ALL"), QString::fromLatin1(all));
+    environment.insert(QStringLiteral("LANG"), QStringLiteral("de_DE.UTF-8"));
     environment.insert(QStringLiteral("LANGUAGE"), QString::fromLatin1(languages));
     tool.setProcessEnvironment(environment);
     tool.start(QStringLiteral(VELTOR_TOOL),
@@ -112,10 +113,12 @@ TEST(Translation, OfTheToolFollowsTheUsersSettings)
 {
     const QString english = QStringLiteral("Could not open the file '/missing/journal'");
     const QString russian = QStringLiteral("Ошибка открытия файла '/missing/journal'");
-    EXPECT_EQ(toolSays("en_US.UTF-8", ""), english);
-    EXPECT_EQ(toolSays("C.UTF-8", ""), russian);
-    EXPECT_EQ(toolSays("ru_RU.UTF-8", "ru:en"), russian);
-    EXPECT_EQ(toolSays("de_DE.UTF-8", "de:en_GB"), english);
+    EXPECT_EQ(toolSays("en_US.UTF-8", "ru"), english);
+    EXPECT_EQ(toolSays("C.UTF-8", "en"), russian);
+#ifdef Q_OS_UNIX // elsewhere the languages are a setting of the system
+    EXPECT_EQ(toolSays("", "ru:en"), russian);
+    EXPECT_EQ(toolSays("", "de:en_GB"), english);
+#endif
 }
 
 } // namespace

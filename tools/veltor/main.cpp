@@ -42,6 +42,13 @@ void showErrors(const logging::LogRecord& record)
     }
 }
 
+/// LC_ALL decides alone, on every system, so that scripts can have the same texts everywhere.
+QLocale userLocale()
+{
+    const QString all = qEnvironmentVariable("LC_ALL");
+    return all.isEmpty() ? QLocale::system() : QLocale(all);
+}
+
 int run(QStringList arguments)
 {
     arguments.removeFirst();
@@ -75,7 +82,7 @@ int main(int argc, char** argv)
     const QCoreApplication application(argc, argv);
     veltor::logging::setLogSink(&showErrors);
     // The tool itself speaks English; the library's messages follow the user's language.
-    veltor::utils::installTranslation(QLocale::system());
+    veltor::utils::installTranslation(userLocale());
     try {
         return run(QCoreApplication::arguments());
     } catch (const UsageError& error) {

@@ -81,13 +81,12 @@ public:
     /// Logs a text that is not empty.
     void setMessage(int kind, const QString& text) override;
 
+    /// As setInnerRange(), for any part of the scale around: pushes the range that maps innerStart,
+    /// innerStart + innerWidth to outerStart, outerStart + outerWidth; an inner width of 0 becomes 1.
+    void setInnerRangeImpl(double outerStart, double outerWidth, double innerStart, double innerWidth);
+
     /// The value in the scale of the constructor.
     [[nodiscard]] double progress() const;
-
-protected:
-    /// Pushes the range that maps innerStart, innerStart + innerWidth to outerStart, outerStart +
-    /// outerWidth of the scale around; an inner width of 0 becomes 1.
-    void setInnerRangeImpl(double outerStart, double outerWidth, double innerStart, double innerWidth);
 
 private:
     struct RangeEntry

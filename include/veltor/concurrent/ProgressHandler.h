@@ -81,7 +81,8 @@ public:
     /// Replaces the scale, emits progressRangeChanged(), and sets the value to the scale's start with an
     /// increment of 0.
     void setProgressRange(Range range);
-    /// Sets the value to the end of range(), unless setIgnoreFinal(true).
+    /// Sets the value to the end of range(), unless setIgnoreFinal(true); of these, what holds when it takes
+    /// effect counts.
     void setFinalProgress();
     /// As setProgress(), at once and in the caller's thread.
     void setProgress_impl(double value);
