@@ -299,11 +299,19 @@ void ProgressHandler::storeProgress(double value) noexcept
     m_progress.store(value);
 }
 
+struct ReleasedMark
+{
+    static void set(ProgressHandler& handler) noexcept
+    {
+        handler.m_released.store(true, std::memory_order_release);
+    }
+};
+
 void releaseHandler(ProgressHandler* handler)
 {
     QThread* home = handler->thread();
     if (home && home != QThread::currentThread() && home->isRunning()) {
-        handler->m_released.store(true, std::memory_order_release);
+        ReleasedMark::set(*handler);
         handler->deleteLater();
     } else {
         delete handler;

@@ -55,22 +55,6 @@ struct Named
 using json::EndOfLine;
 using json::JsonFormatter;
 
-constexpr std::array layouts{
-    Named<const json::Format*>{"compact", &JsonFormatter::formatCompact},
-    Named<const json::Format*>{"squeeze", &JsonFormatter::formatSqueeze},
-    Named<const json::Format*>{"indented", &JsonFormatter::formatIndented},
-    Named<const json::Format*>{"unindented", &JsonFormatter::formatUnindented},
-    Named<const json::Format*>{"brackets-indented", &JsonFormatter::formatBracketsIndented},
-    Named<const json::Format*>{"comma-first", &JsonFormatter::formatCommaFirst},
-    Named<const json::Format*>{"delimited", &JsonFormatter::formatDelimited},
-};
-
-constexpr std::array lineEnds{
-    Named<EndOfLine>{"lf", EndOfLine::Lf},
-    Named<EndOfLine>{"crlf", EndOfLine::CrLf},
-    Named<EndOfLine>{"cr", EndOfLine::Cr},
-};
-
 /// The value that @p word names in @p table.
 template <typename Table>
 auto choose(const Table& table, const char* option, const QString& word)
@@ -84,6 +68,31 @@ auto choose(const Table& table, const char* option, const QString& word)
     }
     throw UsageError(QStringLiteral("veltor: %1 takes one of %2, not '%3'")
                          .arg(QLatin1String(option), names.join(QLatin1String(", ")), word));
+}
+
+const json::Format* parseLayout(const QString& word)
+{
+    // Built at run time: on Windows the address of another library's object is no constant.
+    const std::array layouts{
+        Named<const json::Format*>{"compact", &JsonFormatter::formatCompact},
+        Named<const json::Format*>{"squeeze", &JsonFormatter::formatSqueeze},
+        Named<const json::Format*>{"indented", &JsonFormatter::formatIndented},
+        Named<const json::Format*>{"unindented", &JsonFormatter::formatUnindented},
+        Named<const json::Format*>{"brackets-indented", &JsonFormatter::formatBracketsIndented},
+        Named<const json::Format*>{"comma-first", &JsonFormatter::formatCommaFirst},
+        Named<const json::Format*>{"delimited", &JsonFormatter::formatDelimited},
+    };
+    return choose(layouts, "--layout", word);
+}
+
+EndOfLine parseLineEnd(const QString& word)
+{
+    constexpr std::array lineEnds{
+        Named<EndOfLine>{"lf", EndOfLine::Lf},
+        Named<EndOfLine>{"crlf", EndOfLine::CrLf},
+        Named<EndOfLine>{"cr", EndOfLine::Cr},
+    };
+    return choose(lineEnds, "--eol", word);
 }
 
 } // namespace
@@ -109,10 +118,10 @@ MeasureOptions parseMeasureOptions(QStringList arguments, const QString& usage, 
         } else if (measures && word == QLatin1String("--largest")) {
             options.largest = parseLargest(value());
         } else if (measures && word == QLatin1String("--layout")) {
-            options.layout = choose(layouts, "--layout", value());
+            options.layout = parseLayout(value());
             options.json = true;
         } else if (measures && word == QLatin1String("--eol")) {
-            options.endOfLine = choose(lineEnds, "--eol", value());
+            options.endOfLine = parseLineEnd(value());
             options.json = true;
         } else if (word == QLatin1String("--help")) {
             options.help = true;

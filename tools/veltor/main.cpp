@@ -2,6 +2,7 @@
 // a source of its own.
 
 #include "Command.h"
+#include "Terminal.h"
 
 #include <veltor/logging/Logger.h>
 #include <veltor/utils/Translation.h>
@@ -79,6 +80,7 @@ int run(QStringList arguments)
 int main(int argc, char** argv)
 {
     using namespace veltor::tool;
+    terminal::prepareStreams();
     const QCoreApplication application(argc, argv);
     veltor::logging::setLogSink(&showErrors);
     // The tool itself speaks English; the library's messages follow the user's language.

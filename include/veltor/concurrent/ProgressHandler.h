@@ -171,7 +171,7 @@ protected:
     void storeProgress(double value) noexcept;
 
 private:
-    friend void releaseHandler(ProgressHandler* handler);
+    friend struct ReleasedMark; // no friend function: GCC forgets that it is imported on Windows
 
     template <typename F>
     void write(F effect);
