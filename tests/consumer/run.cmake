@@ -1,5 +1,14 @@
-# Install, configure, build, run; the first step that fails ends the test.
+# A stranger's project built against the library in three ways, and run; the first step that fails ends it.
+#
+#   cmake -DWORK_DIR=... -DCXX=... -DSOURCE_DIR=... (-DPREFIX=/usr | -DBUILD_DIR=...) [...] -P run.cmake
+#
+# PREFIX     where the library is installed; without it BUILD_DIR is installed below WORK_DIR
+# PKG_CONFIG the program; without it that way is left out
+# WHOLE      the way by add_subdirectory builds the library and runs; otherwise it is configured only
+# SANITIZE, COVERAGE, GENERATOR, LAUNCHER  as BUILD_DIR was made
 file(REMOVE_RECURSE "${WORK_DIR}")
+file(MAKE_DIRECTORY "${WORK_DIR}")
+set(project "${CMAKE_CURRENT_LIST_DIR}/project")
 set(flags "")
 if(SANITIZE)
   set(flags "-fsanitize=${SANITIZE}")
@@ -11,9 +20,41 @@ function(step)
   execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-step("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${WORK_DIR}/prefix")
-step("${CMAKE_COMMAND}" -G "${GENERATOR}" -S "${CONSUMER_DIR}" -B "${WORK_DIR}/build"
-  "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_CXX_FLAGS=${flags}" "-DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix")
-step("${CMAKE_COMMAND}" --build "${WORK_DIR}/build")
-step("${WORK_DIR}/build/consumer")
-step("${WORK_DIR}/prefix/bin/veltor" --version)
+function(configure way)
+  message(STATUS "Consumer: ${way}")
+  step("${CMAKE_COMMAND}" -G "${GENERATOR}" -S "${project}" -B "${WORK_DIR}/${way}" --log-level=WARNING
+    "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER}" ${ARGN})
+endfunction()
+
+if(NOT PREFIX)
+  # Moved after its installation: nothing in it may name the place.
+  execute_process(COMMAND "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${WORK_DIR}/staged"
+    OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+  set(PREFIX "${WORK_DIR}/prefix")
+  file(RENAME "${WORK_DIR}/staged" "${PREFIX}")
+endif()
+
+configure(find_package "-DCMAKE_PREFIX_PATH=${PREFIX}" "-DCMAKE_CXX_FLAGS=${flags}")
+step("${CMAKE_COMMAND}" --build "${WORK_DIR}/find_package")
+step("${WORK_DIR}/find_package/consumer")
+step("${PREFIX}/bin/veltor" --version)
+
+if(PKG_CONFIG)
+  message(STATUS "Consumer: pkg-config and the compiler")
+  file(GLOB_RECURSE description "${PREFIX}/lib*/veltor-utils.pc")
+  cmake_path(GET description PARENT_PATH directory)
+  set(ENV{PKG_CONFIG_PATH} "${directory}")
+  execute_process(COMMAND "${PKG_CONFIG}" --cflags --libs veltor-utils
+    OUTPUT_VARIABLE words COMMAND_ERROR_IS_FATAL ANY)
+  separate_arguments(words UNIX_COMMAND "${words}")
+  separate_arguments(flags UNIX_COMMAND "${flags}")
+  step("${CXX}" -std=c++17 ${flags} "${project}/main.cpp" -o "${WORK_DIR}/plain" ${words})
+  cmake_path(GET directory PARENT_PATH directory)
+  step("${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${directory}" "${WORK_DIR}/plain")
+endif()
+
+configure(add_subdirectory "-DVELTOR_SOURCE=${SOURCE_DIR}")
+if(WHOLE)
+  step("${CMAKE_COMMAND}" --build "${WORK_DIR}/add_subdirectory" -- --quiet)
+  step("${WORK_DIR}/add_subdirectory/consumer")
+endif()

@@ -3,6 +3,7 @@
 
 #include "Command.h"
 
+#include <veltor/Version.h>
 #include <veltor/logging/Logger.h>
 
 #include <QtCore/QCoreApplication>
@@ -53,7 +54,7 @@ int run(QStringList arguments)
         return Done;
     }
     if (name == QLatin1String("--version")) {
-        print(QStringLiteral("veltor " VELTOR_VERSION "\n"));
+        print(QStringLiteral("veltor %1\n").arg(QLatin1String(versionText())));
         return Done;
     }
     const auto* const command = std::find_if(commands.begin(), commands.end(), [&](const Command& candidate) {
