@@ -18,12 +18,13 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src")
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
-set(about "This library changes several files as one unit that survives a crash, runs watched tasks in the
-background, measures on plane, sphere and ellipsoid, writes numbers and JSON, and tells why a program
-crashed.")
+set(about "This library changes several files as one unit that survives a crash,
+runs watched tasks in the background, measures on plane, sphere and
+ellipsoid, writes numbers and JSON, and tells why a program crashed.")
 
 set(package_runtime "libveltor-utils${PROJECT_VERSION_MAJOR}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/debian/triggers")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "general utility library for geographic applications
 ${about}")
 
@@ -34,14 +35,15 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "general utility library for geographic applications (development)
 ${about}
 .
-This package holds the headers, and the descriptions for CMake and pkg-config.")
+This package holds the headers, and the descriptions for CMake and
+pkg-config.")
 
 set(package_tools veltor-utils-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${package_runtime} (>= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "command-line tool of the veltor-utils library
-The command veltor settles rollback journals that a killed program left behind, measures GeoJSON files,
-and compares distance formulas.")
+The command veltor settles rollback journals that a killed program left
+behind, measures GeoJSON files, and compares distance formulas.")
 
 find_program(GZIP gzip REQUIRED)
 function(veltor_gzip from to)
@@ -69,5 +71,7 @@ foreach(component ${CPACK_COMPONENTS_ALL})
     DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${package_${component}}" COMPONENT ${component})
 endforeach()
 install(FILES "${made_dir}/veltor.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
+
+set(CPACK_POST_BUILD_SCRIPTS "${debian_dir}/drop-ldconfig-scripts.cmake")
 
 include(CPack)

@@ -33,7 +33,7 @@ protected:
         utils::RollbackFile journal;
         utils::SecuredFile file;
         if (!journal.openByName(QFileInfo(m_directory + QLatin1String("/journal")), QIODevice::WriteOnly) ||
-            !file.open(QStringLiteral("result.json"), journal) || !file.resize(0)) {
+            !file.open(m_directory + QLatin1String("/result.json"), journal) || !file.resize(0)) {
             throw err::OperationAborted(file.errorString());
         }
         const double metres = utils::ellipsoidDistance({0, 0}, {0, 1}, 6378137, 298.257223563);
