@@ -25,6 +25,7 @@ install(FILES
 # The paths are relative to the file itself, so that an installed tree can be moved.
 file(RELATIVE_PATH prefix_from_pkgconfig
   "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+string(REGEX REPLACE "/$" "" prefix_from_pkgconfig "${prefix_from_pkgconfig}")
 configure_file(packaging/veltor-utils.pc.in "${PROJECT_BINARY_DIR}/veltor-utils.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/veltor-utils.pc"
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
