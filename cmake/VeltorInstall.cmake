@@ -1,4 +1,5 @@
-# cmake --install: headers, library, tool, package config.
+# cmake --install: headers, library, tool, package descriptions for CMake and pkg-config. Three components:
+# runtime (the library), development, tools. VELTOR_DEBIAN lays them out as Debian does.
 
 include(CMakePackageConfigHelpers)
 
@@ -20,4 +21,25 @@ install(FILES
   "${PROJECT_BINARY_DIR}/veltor-utils-config.cmake"
   "${PROJECT_BINARY_DIR}/veltor-utils-config-version.cmake"
   DESTINATION "${package_dir}" COMPONENT development)
-install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
+
+# The paths are relative to the file itself, so that an installed tree can be moved.
+file(RELATIVE_PATH prefix_from_pkgconfig
+  "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+string(REGEX REPLACE "/$" "" prefix_from_pkgconfig "${prefix_from_pkgconfig}")
+configure_file(packaging/veltor-utils.pc.in "${PROJECT_BINARY_DIR}/veltor-utils.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/veltor-utils.pc"
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
+
+if(VELTOR_TOOLS)
+  install(FILES packaging/veltor.bash RENAME veltor
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
+endif()
+
+if(VELTOR_DEBIAN)
+  include(VeltorDebian)
+else()
+  install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
+  if(VELTOR_TOOLS)
+    install(FILES packaging/veltor.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
+  endif()
+endif()

@@ -2,6 +2,9 @@
 
 option(VELTOR_WERROR "Treat warnings as errors" OFF)
 option(VELTOR_PYTHON "Build the Python bridge when Python's development files are found" ON)
+option(VELTOR_TOOLS "Build the command-line tool" ${PROJECT_IS_TOP_LEVEL})
+option(VELTOR_INSTALL "Define what cmake --install installs" ${PROJECT_IS_TOP_LEVEL})
+option(VELTOR_DEBIAN "Install as Debian's packages are laid out, for CPack" OFF)
 option(VELTOR_BENCHMARKS "Build the benchmarks (Google Benchmark and the peers are needed)" OFF)
 option(VELTOR_FUZZERS "Build the fuzz targets (clang is needed)" OFF)
 option(VELTOR_COVERAGE "Instrument for gcov" OFF)
@@ -14,7 +17,7 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_AUTOMOC ON)
-if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Build type" FORCE)
 endif()
 

@@ -2,7 +2,7 @@
 # Installs what a fresh Debian 12 lacks to build, test and measure this project.
 #   tools/setup.sh          what ./check and ./demo need
 #   tools/setup.sh bench    the benchmarks' peers besides
-#   tools/setup.sh ci       the format and static checks besides
+#   tools/setup.sh ci       the format and static checks, packages and binary interface besides
 # Does nothing, and says nothing, when all is there. Runs as root or through sudo.
 set -euo pipefail
 
@@ -20,7 +20,10 @@ for group in "$@"; do
       packages+=(libbenchmark-dev geographiclib-tools libboost-dev libgeographiclib-dev libisal-dev
         libkf5threadweaver-dev libsqlite3-dev rapidjson-dev)
       ;;
-    ci) packages+=(clang-format clang-tidy) ;;
+    ci)
+      packages+=(clang-format clang-tidy)
+      packages+=(abigail-tools dpkg-dev file gzip lintian man-db mandoc)
+      ;;
     *) echo "tools/setup.sh: unknown group '$group' (bench, ci)" >&2; exit 2 ;;
   esac
 done

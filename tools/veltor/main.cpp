@@ -4,6 +4,7 @@
 #include "Command.h"
 #include "Terminal.h"
 
+#include <veltor/Version.h>
 #include <veltor/logging/Logger.h>
 #include <veltor/utils/Translation.h>
 
@@ -62,7 +63,7 @@ int run(QStringList arguments)
         return Done;
     }
     if (name == QLatin1String("--version")) {
-        print(QStringLiteral("veltor " VELTOR_VERSION "\n"));
+        print(QStringLiteral("veltor %1\n").arg(QLatin1String(versionText())));
         return Done;
     }
     const auto* const command = std::find_if(commands.begin(), commands.end(), [&](const Command& candidate) {
