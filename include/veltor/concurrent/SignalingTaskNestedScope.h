@@ -14,10 +14,12 @@ class TaskProgressHandler;
 class VELTOR_UTILS_EXPORT SignalingTaskBase
 {
 public:
+    /// Takes a share in the handler that @p task has now.
     explicit SignalingTaskBase(const Task& task);
     SignalingTaskBase(const SignalingTaskBase&) = delete;
     SignalingTaskBase& operator=(const SignalingTaskBase&) = delete;
 
+    /// The task's handler, valid as long as this object.
     [[nodiscard]] TaskProgressHandler& handler() const noexcept { return *m_handler; }
 
 protected:

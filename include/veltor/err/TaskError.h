@@ -15,6 +15,7 @@ class VELTOR_UTILS_EXPORT TaskError
 public:
     /// Holds nothing.
     TaskError() noexcept;
+    /// Holds @p exception; a null one is nothing.
     explicit TaskError(std::exception_ptr exception) noexcept;
 
     /// The held exception, null when there is none. Copies share it.

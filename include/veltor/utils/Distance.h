@@ -6,6 +6,10 @@
 
 #include <utility>
 
+namespace veltor::utils {
+
+/// @defgroup distances Distances and azimuths
+///
 /// Distances and azimuths on the plane, the sphere and the ellipsoid.
 ///
 /// A position is x = longitude, y = latitude, both in degrees; longitudes may lie outside [-180, 180],
@@ -27,7 +31,7 @@
 /// All functions are reentrant and throw nothing. On the sphere and the ellipsoid NaN and infinite
 /// coordinates give NaN. The ellipsoid last used by a thread is kept prepared, so that measuring many
 /// pairs on one ellipsoid prepares it once.
-namespace veltor::utils {
+/// @{
 
 /// Planar distance, in the unit of the coordinates; no overflow on the way (hypot). Infinite where an
 /// offset is.
@@ -64,8 +68,10 @@ namespace veltor::utils {
 
 /// The point reached from @p start along the geodesic of the given azimuth.
 ///
+/// @param start           longitude and latitude in degrees
 /// @param azimuthDeg      at the start, in degrees, any value
 /// @param distanceMetres  in the unit of a; negative goes backwards
+/// @param a               semi-major axis
 /// @param rf              not 0, which would be an infinite flattening: the result is then NaN or garbage.
 ///                        Pass an infinity for a sphere.
 /// @return x = longitude, y = latitude in degrees. The longitude is not reduced: it follows the path, so
@@ -75,11 +81,15 @@ namespace veltor::utils {
 
 /// Distance and azimuth of the shortest geodesic from @p p1 to @p p2; directGeodesicProblem() inverts it.
 ///
+/// @param p1, p2  longitude and latitude in degrees
+/// @param a   semi-major axis
 /// @param rf  as for directGeodesicProblem(): infinity, not 0, for a sphere
 /// @return (distance, azimuth at p1 in degrees within [0, 360)). Where several geodesics are the shortest
 ///         (antipodes, poles) the azimuth is PROJ's choice; equal points give (0, 180), south of the
 ///         equator (0, 0).
 [[nodiscard]] VELTOR_UTILS_EXPORT std::pair<double, double> backGeodesicProblem(QPointF p1, QPointF p2,
                                                                                 double a, double rf);
+
+/// @}
 
 } // namespace veltor::utils
