@@ -2,7 +2,7 @@
 # Installs what a fresh Debian 12 lacks to build, test and measure this project.
 #   tools/setup.sh          what ./check and ./demo need
 #   tools/setup.sh bench    the benchmarks' peers besides
-#   tools/setup.sh ci       the format and static checks besides
+#   tools/setup.sh ci       the format and static checks and the reference besides
 # Does nothing, and says nothing, when all is there. Runs as root or through sudo.
 set -euo pipefail
 
@@ -20,7 +20,7 @@ for group in "$@"; do
       packages+=(libbenchmark-dev geographiclib-tools libboost-dev libgeographiclib-dev libisal-dev
         libkf5threadweaver-dev libsqlite3-dev rapidjson-dev)
       ;;
-    ci) packages+=(clang-format clang-tidy) ;;
+    ci) packages+=(clang-format clang-tidy doxygen graphviz) ;;
     *) echo "tools/setup.sh: unknown group '$group' (bench, ci)" >&2; exit 2 ;;
   esac
 done

@@ -13,7 +13,9 @@
 
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <utility>
+#include <vector>
 
 using veltor::concurrent::ProgressHandler;
 using veltor::concurrent::TaskThreadPool;
@@ -31,7 +33,7 @@ public:
     [[nodiscard]] bool canCancel() const override { return true; }
 
 Q_SIGNALS:
-    void counted(qint64 lines);
+    void counted(const QString& path, qint64 lines);
 
 protected:
     void onStart() override // in a worker's thread
@@ -49,7 +51,7 @@ protected:
             lines += file.read(blockBytes).count('\n');
             scope.setProgress(double(file.pos()));
         }
-        Q_EMIT counted(lines);
+        Q_EMIT counted(m_path, lines);
     }
 
 private:
@@ -65,12 +67,14 @@ int main(int argc, char** argv)
     int failed = 0;
 
     //! [start]
+    std::vector<std::shared_ptr<ProgressHandler>> handlers; // what may be kept; the tasks may not
     TaskThreadPool pool(2);
     for (const QString& path : paths) {
         auto* task = new LineCount(path);
-        const auto handler = task->progressHandler(); // what may be kept; the task may not
-        QObject::connect(task, &LineCount::counted, &application, [path](qint64 lines) {
-            std::printf("%s: %lld lines\n", qPrintable(path), static_cast<long long>(lines));
+        const auto handler = task->progressHandler();
+        handlers.push_back(handler);
+        QObject::connect(task, &LineCount::counted, &application, [](const QString& name, qint64 lines) {
+            std::printf("%s: %lld lines\n", qPrintable(name), static_cast<long long>(lines));
         });
         QObject::connect(
             handler.get(), &ProgressHandler::progressValueChanged, &application,

@@ -60,8 +60,8 @@ cartesianPolygonAreaPerimeter(const QVector<QPointF>& ring);
 sphericalPolygonAreaPerimeter(const QVector<QPointF>& ring, double radius);
 /// @}
 
-/// Area and perimeter on the ellipsoid, edges being geodesics; by PROJ's `geod_polygonarea` (C. F. F.
-/// Karney, Algorithms for geodesics, J. Geodesy 87 (2013), section 6).
+/// Area and perimeter on the ellipsoid, edges being geodesics; by PROJ's `geod_polygonarea`. Source: C. F. F.
+/// Karney, Algorithms for geodesics, J. Geodesy 87 (2013), section 6.
 ///
 /// Rings may cross the +-180 meridian and enclose a pole; longitudes may exceed 180. Of the two sides of a
 /// ring the smaller one is measured. Two points give an area of 0 and the length there and back. The
