@@ -65,7 +65,7 @@ private:
     long long m_phase = 0;
 };
 
-/// Keeps the stack of nested ranges and computes the overall value.
+/// Keeps the stack of nested ranges and computes the overall value. Threads: as NestedScope.
 class VELTOR_UTILS_EXPORT NestedScopeImpl : public NestedScope
 {
 public:
@@ -106,7 +106,7 @@ private:
     double m_value;                   // in the scale of the innermost range
 };
 
-/// Accepts everything and does nothing, but logs messages.
+/// Accepts everything and does nothing, but logs messages. Threads: as NestedScope.
 class VELTOR_UTILS_EXPORT NestedScopeDummy : public NestedScope
 {
 public:

@@ -28,7 +28,7 @@ struct Add
 
 namespace veltor::concurrent {
 
-/// A progress scale.
+/// A progress scale. A plain value, reentrant.
 struct Range
 {
     double start = 0.0; ///< value before the first step

@@ -9,7 +9,7 @@
 namespace veltor::err {
 
 /// Value that owns an exception and travels through queued signals. Registered with the meta-type system
-/// as "veltor::err::TaskError" and "TaskError" when the library is loaded.
+/// as "veltor::err::TaskError" and "TaskError" when the library is loaded. Reentrant.
 class VELTOR_UTILS_EXPORT TaskError
 {
 public:

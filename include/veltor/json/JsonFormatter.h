@@ -29,7 +29,7 @@ enum FormatField
     ColonAfter = 11,       ///< between the colon and the value
 };
 
-/// How JSON text is laid out.
+/// How JSON text is laid out. A plain value, reentrant.
 struct VELTOR_UTILS_EXPORT Format
 {
     /// How numbers are written. Its unused() field is the indentation mask: where bit k (0 to 7) is set

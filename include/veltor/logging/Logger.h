@@ -42,7 +42,8 @@ using LogSink = std::function<void(const LogRecord&)>;
 VELTOR_UTILS_EXPORT LogSink setLogSink(LogSink sink);
 
 /// Collects one line item by item, a space after each, and writes it when the stream ends. Items are
-/// whatever QTextStream prints; `const char*` is read as UTF-8. Made by LoggerMessager::write().
+/// whatever QTextStream prints; `const char*` is read as UTF-8. Made by LoggerMessager::write(). One thread
+/// at a time.
 class VELTOR_UTILS_EXPORT LogStream
 {
 public:
@@ -74,7 +75,7 @@ private:
     bool m_active = true;
 };
 
-/// Writes lines from one call site.
+/// Writes lines from one call site. Thread-safe.
 class VELTOR_UTILS_EXPORT LoggerMessager
 {
 public:
@@ -97,7 +98,7 @@ private:
     const char* m_function;
 };
 
-/// Writes lines that have no call site.
+/// Writes lines that have no call site. Thread-safe.
 class VELTOR_UTILS_EXPORT LoggerFacade
 {
 public:

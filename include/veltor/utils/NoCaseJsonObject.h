@@ -69,7 +69,7 @@ private:
 ///                en, en_us, zh_hans_cn
 /// @param locale  its UI languages are tried in order, each from the full code to the language alone
 /// @return the text of the first member found, otherwise of the object's first member; empty for an
-///         empty object, and wherever a text was expected and something else found
+///         empty object, and wherever a text was expected and something else found. Reentrant.
 VELTOR_UTILS_EXPORT QString jsonToLocalizedString(const QJsonValue& value, const QLocale& locale);
 
 } // namespace veltor::utils
