@@ -32,7 +32,8 @@ private:
 /// Lets code that reports into a NestedScope run inside a task: the overall value becomes the handler's
 /// progress, operations and messages its messageChanged(); messages are logged besides.
 ///
-/// Made and used by the task's work, in its thread. canWork() does not pause: the work calls Task::waitWhilePaused().
+/// Made and used by the task's work, in its thread. canWork() does not pause: the work calls
+/// Task::waitWhilePaused().
 class VELTOR_UTILS_EXPORT SignalingTaskNestedScope : public NestedScopeImpl, public SignalingTaskBase
 {
 public:
