@@ -1,6 +1,9 @@
 # The reference of the public headers: cmake --build BUILD --target reference writes BUILD/reference/html.
 # A warning fails the target, with all of them told first.
 
+if(NOT PROJECT_IS_TOP_LEVEL)
+  return() # the target's name is the parent's to give
+endif()
 find_package(Doxygen 1.9 QUIET COMPONENTS dot)
 if(NOT Doxygen_FOUND)
   return()

@@ -2,7 +2,7 @@
 # Installs what a fresh Debian 12 lacks to build, test and measure this project.
 #   tools/setup.sh          what ./check and ./demo need
 #   tools/setup.sh bench    the benchmarks' peers besides
-#   tools/setup.sh ci       the format and static checks and the reference besides
+#   tools/setup.sh ci       the format and static checks besides
 # Does nothing, and says nothing, when all is there. Runs as root or through sudo.
 set -euo pipefail
 
