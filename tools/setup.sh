@@ -21,7 +21,7 @@ for group in "$@"; do
         libkf5threadweaver-dev libsqlite3-dev rapidjson-dev)
       ;;
     ci)
-      packages+=(clang-format clang-tidy)
+      packages+=(clang-format clang-tidy doxygen graphviz)
       packages+=(abigail-tools dpkg-dev file gzip lintian man-db mandoc)
       ;;
     *) echo "tools/setup.sh: unknown group '$group' (bench, ci)" >&2; exit 2 ;;

@@ -15,8 +15,10 @@
 class VELTOR_UTILS_EXPORT BaseTypeInfo
 {
 public:
+    /// From a type to the one it stands for.
     static std::unordered_map<std::type_index, std::type_index> baseTypeMap;
-    static QReadWriteLock lock; ///< guards baseTypeMap; not recursive
+    /// Guards baseTypeMap; not recursive.
+    static QReadWriteLock lock;
 
     /// The base type registered for @p type, one step up; @p type itself when there is none. Thread-safe.
     [[nodiscard]] static std::type_index baseType(std::type_index type);

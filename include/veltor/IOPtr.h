@@ -14,10 +14,10 @@ namespace veltor {
 using IOPtr = std::unique_ptr<QIODevice, void (*)(QIODevice*)>;
 
 /// An owning pointer from a device made with `new`; the device is deleted when the pointer goes.
-/// A null @p device gives an empty pointer.
+/// A null @p device gives an empty pointer. Reentrant.
 VELTOR_UTILS_EXPORT IOPtr makeIOPtr(QIODevice* device) noexcept;
 
-/// An empty pointer with the default deleter.
+/// An empty pointer with the default deleter. Reentrant.
 VELTOR_UTILS_EXPORT IOPtr nullIOPtr() noexcept;
 
 } // namespace veltor

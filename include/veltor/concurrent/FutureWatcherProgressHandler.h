@@ -25,9 +25,12 @@ public:
     void cancel() override;
 
 protected:
+    /// The watcher's answer.
+    /// @{
     bool isRunning_impl() const override;
     bool isFinished_impl() const override;
     bool isCanceled_impl() const override;
+    /// @}
 
 private:
     const QPointer<QFutureWatcherBase> m_watcher;

@@ -15,6 +15,7 @@ namespace veltor::concurrent {
 class VELTOR_UTILS_EXPORT NestedScope
 {
 public:
+    /// period() is 100, phase() 0.
     NestedScope() = default;
     NestedScope(const NestedScope&) = delete;
     NestedScope& operator=(const NestedScope&) = delete;
@@ -29,10 +30,11 @@ public:
     virtual void removeInnerRange() = 0;
     /// Sets the value, in the current scale.
     virtual void setProgress(double value) = 0;
+    /// Moves the value by @p delta units of the current scale.
     virtual void addProgress(double delta) = 0;
     /// Names what is being done.
     virtual void setOperation(const QString& text) = 0;
-    /// @param kind  of the caller's choosing
+    /// Hands a text on to whoever watches. @p kind is of the caller's choosing.
     virtual void setMessage(int kind, const QString& text) = 0;
     /// False when the work is to stop.
     [[nodiscard]] virtual bool canWork() const;
@@ -49,9 +51,11 @@ public:
 
     /// Every how many items an optional operation goes through, 100 at first; 0 lets all through.
     [[nodiscard]] long long period() const noexcept { return m_period; }
+    /// Sets period(); a negative one counts by its magnitude.
     void setPeriod(long long period) noexcept { m_period = period; }
     /// The remainder at which it goes through, 0 at first.
     [[nodiscard]] long long phase() const noexcept { return m_phase; }
+    /// Sets phase(); with one outside [0, period) nothing goes through.
     void setPhase(long long phase) noexcept { m_phase = phase; }
 
 private:
@@ -61,7 +65,7 @@ private:
     long long m_phase = 0;
 };
 
-/// Keeps the stack of nested ranges and computes the overall value.
+/// Keeps the stack of nested ranges and computes the overall value. Threads: as NestedScope.
 class VELTOR_UTILS_EXPORT NestedScopeImpl : public NestedScope
 {
 public:
@@ -101,7 +105,7 @@ private:
     double m_value;                   // in the scale of the innermost range
 };
 
-/// Accepts everything and does nothing, but logs messages.
+/// Accepts everything and does nothing, but logs messages. Threads: as NestedScope.
 class VELTOR_UTILS_EXPORT NestedScopeDummy : public NestedScope
 {
 public:

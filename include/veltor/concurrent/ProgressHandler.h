@@ -18,27 +18,28 @@
 
 namespace veltor::progress {
 
-/// An increment of progress, in units of the handler's range.
+/// An increment of progress.
 struct Add
 {
-    double value = 0.0;
+    double value = 0.0; ///< in units of the handler's range; negative for a step back
 };
 
 } // namespace veltor::progress
 
 namespace veltor::concurrent {
 
-/// A progress scale.
+/// A progress scale. A plain value, reentrant.
 struct Range
 {
-    double start = 0.0;
-    double end = 100.0;
+    double start = 0.0; ///< value before the first step
+    double end = 100.0; ///< value when all is done; any number, below start too
 };
 
 /// What a presenter calls instead of its usual way to cancel.
 using CancelMethod = std::function<void()>;
 
 class ProgressHandler;
+/// A share in a handler.
 using ProgressHandlerPtr = std::shared_ptr<ProgressHandler>;
 
 /// Deleter for handlers that any thread may release last: destroys the handler at once when no event of
@@ -65,7 +66,7 @@ public:
     /// Free flags for the presenting side; only the default is known here.
     enum ExtraData : int
     {
-        DefaultExtraData = 0x1,
+        DefaultExtraData = 0x1, ///< what a handler has at first
     };
     Q_DECLARE_FLAGS(ExtraDataFlags, ExtraData)
 
@@ -87,26 +88,47 @@ public:
     /// As setProgress(), at once and in the caller's thread.
     void setProgress_impl(double value);
 
+    /// The value, in the scale of range(). Writes that are still on their way do not count.
     [[nodiscard]] double progress() const noexcept;
+    /// The scale, 0 to 100 at first.
     [[nodiscard]] Range range() const;
+    /// The handler's own number, for presenters that keep handlers in a table.
     [[nodiscard]] const QUuid& id() const noexcept;
+    /// The operation is under way. Of a task: started, neither paused nor ended; else: not finished.
     [[nodiscard]] bool isRunning() const;
+    /// The operation has ended, in whatever way.
     [[nodiscard]] bool isFinished() const;
+    /// Cancellation was asked for; the work may still be on its way out.
     [[nodiscard]] bool isCanceled() const;
     /// True while the destructor runs.
     [[nodiscard]] bool isDeleted() const noexcept;
 
-    /// Requests to the presenter; each emits one signal and keeps nothing.
-    void setMessage(const QString& text);
-    void setWindowTitle(const QString& title);
-    void showProgress();
-    void hide();
-    void show();
-    void enableCancelable();
-    void disableCancelable();
-    void setCancelMethod(std::function<void()> method);
+    /// @name Requests to the presenter
+    /// Each emits one signal and keeps nothing.
+    /// @{
 
+    /// messageChanged(): what is being done, for the user.
+    void setMessage(const QString& text);
+    /// windowTitleChanged().
+    void setWindowTitle(const QString& title);
+    /// showProgressByRequest(): now, without the delay that presenters have for short work.
+    void showProgress();
+    /// hideProgress(true).
+    void hide();
+    /// hideProgress(false).
+    void show();
+    /// cancelableFlagChanged(true).
+    void enableCancelable();
+    /// cancelableFlagChanged(false).
+    void disableCancelable();
+    /// cancelMethodChanged(): @p method replaces the presenter's call of cancel(); an empty one restores
+    /// it. It runs in the presenter's thread.
+    void setCancelMethod(std::function<void()> method);
+    /// @}
+
+    /// The presenting side's flags.
     [[nodiscard]] QFlags<ExtraData> extraData() const noexcept;
+    /// Replaces them; emits nothing.
     void setExtraData(const QFlags<ExtraData>& flags) noexcept;
     /// When true, setFinalProgress() does nothing.
     void setIgnoreFinal(bool ignore) noexcept;
@@ -127,24 +149,42 @@ public:
     /// @throws std::runtime_error when cancellation was asked for
     void throwIfCanceled() const;
 
+    /// Qt's; the handler's own queued calls arrive here. An override calls this one.
     bool event(QEvent* event) override;
 
 Q_SIGNALS:
+    /// The operation ended by a cancellation or an error, or sendCancel() was called.
     void canceled();
+    /// Cancellation was asked for.
     void cancelRequest();
+    /// The work begins.
     void started();
+    /// The operation has ended, in whatever way; the last of its signals, and emitted once.
     void finished();
+    /// The work was done; finished() follows.
     void successful();
+    /// The work has stopped until continueWork().
     void paused();
+    /// What is being done, for the user.
     void messageChanged(const QString& progressText);
+    /// The scale was replaced.
     void progressRangeChanged(const concurrent::Range& range);
+    /// The value, in the scale of range().
     void progressValueChanged(double progressValue);
+    /// By how much the value moved: never negative, 0 with a new range.
     void progressValueIncreased(progress::Add addToProgress);
+    /// The title that the presenter's window should have.
     void windowTitleChanged(const QString& title);
+    /// The operation failed; ConcurrentNestedException::raise() throws what the work threw. Of a task,
+    /// canceled() and finished() follow.
     void error(const err::ConcurrentNestedException& error);
+    /// The presenter should show the operation at once.
     void showProgressByRequest();
+    /// The presenter should hide the operation, or show it again.
     void hideProgress(bool hide);
+    /// Whether the presenter should let the user cancel.
     void cancelableFlagChanged(bool state);
+    /// What the presenter should call to cancel; empty for its usual way.
     void cancelMethodChanged(concurrent::CancelMethod cancelMethod);
 
 public Q_SLOTS:
@@ -159,15 +199,21 @@ public Q_SLOTS:
     virtual void cancel();
 
 protected:
+    /// What the public function of this name answers or does. A subclass that stands for something else
+    /// overrides it; any thread calls it. Here it speaks of the handler itself: cancel() and finish()
+    /// decide, and running is not finished.
+    /// @{
     virtual bool isRunning_impl() const;
     virtual bool isFinished_impl() const;
     virtual bool isCanceled_impl() const;
     virtual Range range_impl() const;
     virtual void setProgressRange_impl(Range range);
     virtual void setError_impl(const err::ConcurrentNestedException& error);
+    /// @}
 
-    /// Stores the scale, or the value, without a signal.
+    /// Stores the scale without a signal.
     void storeRange(Range range);
+    /// Stores the value without a signal.
     void storeProgress(double value) noexcept;
 
 private:

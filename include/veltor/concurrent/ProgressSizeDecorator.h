@@ -28,6 +28,7 @@ class VELTOR_UTILS_EXPORT ProgressSizeDecorator : public TaskProgressHandler
 
 public:
     /// @param task  the sub-operation; null for one without a task, whose inner handler is a plain one
+    /// @param main  the handler to advance
     /// @param size  a negative one moves the main handler backwards
     /// @throws err::NullArgument when @p main is null
     ProgressSizeDecorator(Task* task, std::shared_ptr<ProgressHandler> main, ProgressSize size);
@@ -40,11 +41,14 @@ public:
     void cancel() override;
 
 protected:
+    /// Handed on to the inner handler.
+    /// @{
     bool isRunning_impl() const override;
     bool isFinished_impl() const override;
     bool isCanceled_impl() const override;
     void setProgressRange_impl(Range range) override;
     void setError_impl(const err::ConcurrentNestedException& error) override;
+    /// @}
 
 private:
     void forwardEvents(const ProgressHandler& from);

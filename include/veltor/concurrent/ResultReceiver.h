@@ -16,6 +16,7 @@ class VELTOR_UTILS_EXPORT ResultReceiver : public QObject
     Q_OBJECT
 
 public:
+    /// Watches nothing.
     explicit ResultReceiver(QObject* parent = nullptr);
     /// Watches the task of @p handler.
     explicit ResultReceiver(ProgressHandlerPtr handler, QObject* parent = nullptr);
@@ -25,6 +26,7 @@ public:
     /// Watches the task of @p handler from now on, null for none; the task watched before is let go as it
     /// is.
     void setTaskHandler(ProgressHandlerPtr handler);
+    /// The handler whose task is watched, null for none.
     [[nodiscard]] ProgressHandlerPtr taskHandler() const;
 
     /// Cancels the task and waits for its end; returns at once when there is none, or when it has ended.

@@ -10,14 +10,16 @@ namespace veltor::concurrent {
 class Task;
 class TaskProgressHandler;
 
-/// What a scope knows of the task that it reports to: the task's handler, which it keeps alive.
+/// What a scope knows of the task that it reports to: the task's handler, which it keeps alive. Immutable.
 class VELTOR_UTILS_EXPORT SignalingTaskBase
 {
 public:
+    /// Takes a share in the handler that @p task has now.
     explicit SignalingTaskBase(const Task& task);
     SignalingTaskBase(const SignalingTaskBase&) = delete;
     SignalingTaskBase& operator=(const SignalingTaskBase&) = delete;
 
+    /// The task's handler, valid as long as this object.
     [[nodiscard]] TaskProgressHandler& handler() const noexcept { return *m_handler; }
 
 protected:
@@ -30,7 +32,8 @@ private:
 /// Lets code that reports into a NestedScope run inside a task: the overall value becomes the handler's
 /// progress, operations and messages its messageChanged(); messages are logged besides.
 ///
-/// Made and used by the task's work. canWork() does not pause: the work calls Task::waitWhilePaused().
+/// Made and used by the task's work, in its thread. canWork() does not pause: the work calls
+/// Task::waitWhilePaused().
 class VELTOR_UTILS_EXPORT SignalingTaskNestedScope : public NestedScopeImpl, public SignalingTaskBase
 {
 public:

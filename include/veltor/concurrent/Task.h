@@ -28,44 +28,63 @@ class VELTOR_UTILS_EXPORT Task : public QObject
     Q_OBJECT
 
 public:
+    /// A task that was not started, with a handler of its own. A @p parent keeps it from being moved to
+    /// another thread, and so from a pool.
     explicit Task(QObject* parent = nullptr);
     ~Task() override;
 
+    /// The work is under way, and not paused.
     [[nodiscard]] bool isRunning() const;
+    /// onStart() has returned, the end is still to come; see enterWaitingState().
     [[nodiscard]] bool isWaiting() const;
+    /// Stopped by a pause, until continueWork() or a cancellation.
     [[nodiscard]] bool isPaused() const;
+    /// Ended, in whatever way.
     [[nodiscard]] bool isFinished() const;
     /// Finished after a cancellation or an error.
     [[nodiscard]] bool isCancelled() const;
+    /// Finished, and the work was done.
     [[nodiscard]] bool isSuccessful() const;
+    /// Cancellation was asked for; the work may not have noticed yet.
     [[nodiscard]] bool cancelRequested() const;
+    /// A pause was asked for, and continueWork() was not called since.
     [[nodiscard]] bool pauseRequested() const;
 
-    /// Advice for the user interface: whether the work heeds cancel(), and pause(). No by default.
+    /// Advice for the user interface: whether the work heeds cancel(). No by default.
     [[nodiscard]] virtual bool canCancel() const;
+    /// Whether it heeds pause(). No by default.
     [[nodiscard]] virtual bool canPause() const;
 
     /// Moves the task and its handler to @p thread, null for none; called in the task's thread. A subclass
     /// that owns further objects moves those too.
     virtual void moveTaskToThread(QThread* thread);
 
+    /// The handler by which others watch and steer the task; never null. It may be kept after the task.
     [[nodiscard]] std::shared_ptr<TaskProgressHandler> progressHandler() const;
     /// Replaces the handler and makes it share this task's state; before the task is handed over.
     /// @throws err::NullArgument when @p handler is null
     void setProgressHandler(std::shared_ptr<TaskProgressHandler> handler);
 
-    /// The state-entry operations. Those that end the task set the final progress first and emit the
-    /// verdict's signal and finished(); none has an effect once the task has ended.
+    /// @name Entering a state
+    /// Those that end the task set the final progress first and emit the verdict's signal and finished();
+    /// none has an effect once the task has ended. Called by the work.
+    /// @{
+
+    /// Ends the task: its work is done. Emits successful() and finished().
     void enterSuccessfulState();
-    /// Emits paused().
+    /// Stops a running or waiting task until continueWork(), and emits paused(). Does not block:
+    /// waitWhilePaused() does.
     void enterPausedState();
+    /// Ends the task: its work was given up. Emits canceled() and finished().
     void enterCancelledState();
     /// For a task whose onStart() returns before its work is done: it stays unfinished until one of the
     /// other operations is called. No signal.
     void enterWaitingState();
-    /// The end without a verdict.
+    /// Ends the task without a verdict. Emits finished().
     void enterFinishedState();
+    /// @}
 
+    /// Qt's; the task's own queued calls arrive here. An override calls this one.
     bool event(QEvent* event) override;
 
 public Q_SLOTS:

@@ -27,18 +27,22 @@ public:
     /// ignored.
     void setTaskState(QSharedPointer<TaskState> state);
 
-    /// Task::pause() and Task::continueWork() in the caller's thread; nothing when the task is gone. What
-    /// another thread calls, since the task may be destroyed there any moment and its handler is not.
+    /// Task::pause() in the caller's thread; nothing when the task is gone. What another thread calls,
+    /// since the task may be destroyed there any moment and its handler is not.
     void pause();
+    /// Task::continueWork(), likewise.
     void continueWork();
 
     /// Asks the sub-handlers, the state and the task to cancel.
     void cancel() override;
 
 protected:
+    /// Answered from the task's state.
+    /// @{
     bool isRunning_impl() const override;
     bool isFinished_impl() const override;
     bool isCanceled_impl() const override;
+    /// @}
     /// Makes the task enter its error state, in its own thread; only once.
     void setError_impl(const err::ConcurrentNestedException& error) override;
 

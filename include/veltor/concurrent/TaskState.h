@@ -23,17 +23,18 @@ public:
     /// Cancelled, Finished with Successful, and Finished with Cancelled and Error.
     enum State : int
     {
-        Created = 0x01,
-        Running = 0x02,
-        Waiting = 0x04,
-        Paused = 0x08,
-        Finished = 0x10,
-        Cancelled = 0x20,
-        Successful = 0x40,
-        Error = 0x80,
+        Created = 0x01,    ///< not started yet
+        Running = 0x02,    ///< in onStart()
+        Waiting = 0x04,    ///< onStart() is over, the work is not
+        Paused = 0x08,     ///< stopped until it is resumed
+        Finished = 0x10,   ///< ended; alone, without a verdict
+        Cancelled = 0x20,  ///< verdict: given up
+        Successful = 0x40, ///< verdict: done
+        Error = 0x80,      ///< verdict: failed
     };
     Q_DECLARE_FLAGS(States, State)
 
+    /// The state of a task that was not started: Created, no requests.
     TaskState() = default;
     TaskState(const TaskState&) = delete;
     TaskState& operator=(const TaskState&) = delete;
@@ -52,9 +53,11 @@ public:
 
     /// Asks for cancellation, and wakes whoever waits in Task::waitWhilePaused().
     void cancelRequested();
+    /// Cancellation was asked for. This stays so.
     [[nodiscard]] bool isCancelRequested() const noexcept;
     /// Asks for a pause.
     void pauseRequested() noexcept;
+    /// A pause was asked for, and resume() was not called since.
     [[nodiscard]] bool isPauseRequsted() const noexcept;
 
     /// The word becomes Running and the pause request is withdrawn.

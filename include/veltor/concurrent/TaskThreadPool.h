@@ -48,8 +48,8 @@ public:
     /// Where a task joins the queue: High in front, everything else at the back.
     enum Priority : quint8
     {
-        Normal = 0,
-        High = 1,
+        Normal = 0, ///< after those that wait
+        High = 1,   ///< before those that wait, the last come first
     };
 
     /// @param threads  number of workers; none when below 1, tasks then wait for addThread()
@@ -60,9 +60,12 @@ public:
     explicit TaskThreadPool(QObject* parent = nullptr);
     ~TaskThreadPool() override;
 
-    /// A new pool, which the caller owns, together with @p parent when there is one.
+    /// A new pool, which the caller owns, together with @p parent when there is one. Without a number of
+    /// @p threads it has a worker for each processor core.
+    /// @{
     [[nodiscard]] static TaskThreadPool* makeInstance(int threads, QObject* parent);
     [[nodiscard]] static TaskThreadPool* makeInstance(QObject* parent);
+    /// @}
     /// The pool of the process, with a worker for each core: made on first use, destroyed at exit.
     [[nodiscard]] static TaskThreadPool* globalInstance();
 

@@ -11,7 +11,8 @@ namespace veltor::err {
 
 /// Carries the exception in flight from one thread to another: through a QFuture, or as the argument of
 /// a queued signal, where it is spelled "err::ConcurrentNestedException" (registered with the meta-type
-/// system when the library is loaded). Copies share the exception they hold.
+/// system when the library is loaded). Copies share the exception they hold, and may be used by several
+/// threads at once as far as that exception may.
 class VELTOR_UTILS_EXPORT ConcurrentNestedException : public QException, public std::nested_exception
 {
 public:

@@ -24,7 +24,7 @@ class VELTOR_UTILS_EXPORT FunctionReturnsErrorCode : public std::logic_error
 public:
     /// The message always ends in ". " and @p details, even when the details are empty.
     FunctionReturnsErrorCode(const QString& function, const QString& code, const QString& details);
-    /// @param code  printed in decimal
+    /// The same with a @p code that is printed in decimal.
     FunctionReturnsErrorCode(const QString& function, int code, const QString& details);
 };
 
@@ -32,6 +32,8 @@ public:
 class VELTOR_UTILS_EXPORT CouldNotInitializeObject : public std::runtime_error
 {
 public:
+    /// @param object  what the user knows it by: a name, a path
+    /// @param reason  the end of the message
     CouldNotInitializeObject(const QString& object, const QString& reason);
 };
 
@@ -39,18 +41,24 @@ public:
 class VELTOR_UTILS_EXPORT UnexpectedType : public std::logic_error
 {
 public:
+    /// @param actual    name of the type that was found
     /// @param expected  names of the accepted types; an empty list is printed as "anything else"
+    /// @{
     UnexpectedType(const QString& actual, const QStringList& expected);
     UnexpectedType(const QString& actual, const QString& expected);
-    /// The actual type is the object's class name, "NULL" for a null object.
+    /// @}
+    /// The actual type is the class name of @p object, "NULL" for a null one; @p expected as above.
+    /// @{
     UnexpectedType(const QObject* object, const QStringList& expected);
     UnexpectedType(const QObject* object, const QString& expected);
+    /// @}
 };
 
 /// A value of the right type that is not allowed here.
 class VELTOR_UTILS_EXPORT UnexpectedValue : public std::out_of_range
 {
 public:
+    /// @param name   of the argument, field or setting that holds the value
     /// @param value  printed through QVariant::toString()
     UnexpectedValue(const QString& name, const QVariant& value);
 };
@@ -59,6 +67,7 @@ public:
 class VELTOR_UTILS_EXPORT UnsupportedOperation : public std::logic_error
 {
 public:
+    /// @param details  which operation, and of what; the end of the message
     explicit UnsupportedOperation(const QString& details);
 };
 
@@ -66,6 +75,7 @@ public:
 class VELTOR_UTILS_EXPORT NotImplementedOperation : public std::logic_error
 {
 public:
+    /// @param what  which operation; the end of the message
     explicit NotImplementedOperation(const QString& what);
 };
 
@@ -73,6 +83,7 @@ public:
 class VELTOR_UTILS_EXPORT OperationAborted : public std::logic_error
 {
 public:
+    /// @param details  by whom or by what; the end of the message
     explicit OperationAborted(const QString& details);
 };
 
@@ -88,6 +99,7 @@ public:
 class VELTOR_UTILS_EXPORT OutOfRange : public std::out_of_range
 {
 public:
+    /// @param index  the index that was asked for
     explicit OutOfRange(int index);
 };
 

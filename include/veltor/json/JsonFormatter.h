@@ -15,21 +15,21 @@ namespace veltor::json {
 /// count them.
 enum FormatField
 {
-    ObjectOpenBefore = 0,
-    ObjectOpenAfter = 1,
-    ObjectCloseBefore = 2,
-    ObjectCloseAfter = 3,
-    ArrayOpenBefore = 4,
-    ArrayOpenAfter = 5,
-    ArrayCloseBefore = 6,
-    ArrayCloseAfter = 7,
-    CommaBefore = 8,
-    CommaAfter = 9,
-    ColonBefore = 10,
-    ColonAfter = 11,
+    ObjectOpenBefore = 0,  ///< before {
+    ObjectOpenAfter = 1,   ///< after {
+    ObjectCloseBefore = 2, ///< before }
+    ObjectCloseAfter = 3,  ///< after }
+    ArrayOpenBefore = 4,   ///< before [
+    ArrayOpenAfter = 5,    ///< after [
+    ArrayCloseBefore = 6,  ///< before ]
+    ArrayCloseAfter = 7,   ///< after ]
+    CommaBefore = 8,       ///< before a comma, of arrays and objects alike
+    CommaAfter = 9,        ///< after it
+    ColonBefore = 10,      ///< between a member's name and its colon
+    ColonAfter = 11,       ///< between the colon and the value
 };
 
-/// How JSON text is laid out.
+/// How JSON text is laid out. A plain value, reentrant.
 struct VELTOR_UTILS_EXPORT Format
 {
     /// How numbers are written. Its unused() field is the indentation mask: where bit k (0 to 7) is set
@@ -45,9 +45,9 @@ struct VELTOR_UTILS_EXPORT Format
 /// What is written in place of the line feed that ends a delimiter. Line feeds elsewhere stay.
 enum class EndOfLine
 {
-    Lf = 0,
-    CrLf = 1,
-    Cr = 2,
+    Lf = 0,   ///< a line feed, as it stands
+    CrLf = 1, ///< carriage return and line feed
+    Cr = 2,   ///< a carriage return alone
 };
 
 /// Writes JSON values to a device as UTF-8 text in a layout that a Format describes.
@@ -88,18 +88,22 @@ public:
     static const Format formatDelimited;
 
     /// @param device  may be empty; opened for writing if it is not open yet
+    /// @param format  the layout: one of the above, or one of the caller's making
     JsonFormatter(IOPtr device, Format format);
 
     /// Writes one value, with nothing before or after it.
     void write(const QJsonValue& value) const;
 
     /// The format, to be changed at will between two calls of write().
+    /// @{
     [[nodiscard]] Format& formatRef() noexcept { return m_format; }
     [[nodiscard]] Format& format() noexcept { return m_format; }
     [[nodiscard]] const Format& format() const noexcept { return m_format; }
+    /// @}
 
-    /// EndOfLine::Lf at first.
+    /// Ends lines by @p endOfLine from now on.
     JsonFormatter& setEndOfLine(EndOfLine endOfLine) noexcept;
+    /// How lines end, EndOfLine::Lf at first.
     [[nodiscard]] EndOfLine eol() const noexcept { return m_endOfLine; }
 
 private:

@@ -25,11 +25,11 @@ enum class LogLevel : int
 /// call site is not known.
 struct LogRecord
 {
-    LogLevel level;
-    QString file;
-    int line;
-    QString function;
-    QString text;
+    LogLevel level;   ///< how much it matters
+    QString file;     ///< of the source
+    int line;         ///< in that file
+    QString function; ///< its signature
+    QString text;     ///< the message, which may have several lines
 };
 
 /// Receives every log line, on the thread that wrote it. It may be called from several threads at once
@@ -42,17 +42,22 @@ using LogSink = std::function<void(const LogRecord&)>;
 VELTOR_UTILS_EXPORT LogSink setLogSink(LogSink sink);
 
 /// Collects one line item by item, a space after each, and writes it when the stream ends. Items are
-/// whatever QTextStream prints; `const char*` is read as UTF-8. Made by LoggerMessager::write().
+/// whatever QTextStream prints; `const char*` is read as UTF-8. Made by LoggerMessager::write(). One thread
+/// at a time.
 class VELTOR_UTILS_EXPORT LogStream
 {
 public:
+    /// Items go to the end of the record's text.
     explicit LogStream(LogRecord record);
+    /// @p other writes nothing any more.
     LogStream(LogStream&& other) noexcept;
     LogStream(const LogStream&) = delete;
     LogStream& operator=(const LogStream&) = delete;
     LogStream& operator=(LogStream&&) = delete;
+    /// Writes the line.
     ~LogStream();
 
+    /// Adds @p item and a space.
     template <typename T>
     LogStream& operator<<(const T& item)
     {
@@ -70,11 +75,12 @@ private:
     bool m_active = true;
 };
 
-/// Writes lines from one call site.
+/// Writes lines from one call site. Thread-safe.
 class VELTOR_UTILS_EXPORT LoggerMessager
 {
 public:
-    /// @param file, function  texts in UTF-8, copied with each line; null counts as empty
+    /// Lines of this level and place. @p file and @p function are UTF-8, copied with each line, and null
+    /// counts as empty; @p line is 0 when not known.
     LoggerMessager(LogLevel level, const char* file, int line, const char* function) noexcept;
 
     /// Writes @p text as one line.
@@ -92,10 +98,11 @@ private:
     const char* m_function;
 };
 
-/// Writes lines that have no call site.
+/// Writes lines that have no call site. Thread-safe.
 class VELTOR_UTILS_EXPORT LoggerFacade
 {
 public:
+    /// Writes @p text as one line.
     static void write(LogLevel level, const QString& text);
 };
 

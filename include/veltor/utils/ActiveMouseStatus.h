@@ -13,10 +13,12 @@ namespace veltor::utils {
 class ActiveMouseStatus
 {
 public:
+    /// Replaces the expected buttons; the button 0x4000000 is left out.
     void setExpectedButtons(QFlags<Qt::MouseButton> buttons) noexcept
     {
         m_word = (m_word & activeBit) | (static_cast<quint32>(buttons) & ~activeBit);
     }
+    /// The expected buttons.
     [[nodiscard]] Qt::MouseButtons expectedButtons() const noexcept
     {
         return Qt::MouseButtons(QFlag(m_word & ~activeBit));
@@ -28,7 +30,9 @@ public:
         return expectedButtons().testFlag(button);
     }
 
+    /// Switches the expectation on or off; the buttons stay.
     void setActiveStatus(bool active) noexcept { m_word = active ? m_word | activeBit : m_word & ~activeBit; }
+    /// Whether the expectation is on.
     [[nodiscard]] bool isActive() const noexcept { return (m_word & activeBit) != 0; }
 
 private:

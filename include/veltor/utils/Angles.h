@@ -5,14 +5,20 @@
 #include <QtCore/QLineF>
 #include <QtCore/QPointF>
 
-/// Angles, directions and lengths for drawing and editing tools. Coordinates are planar, in any unit.
-/// All functions are reentrant and throw nothing; NaN coordinates give NaN.
 namespace veltor::utils {
 
+/// @defgroup angles Angles and vectors
+///
+/// Angles, directions and lengths for drawing and editing tools. Coordinates are planar, in any unit.
+/// All functions are reentrant and throw nothing; NaN coordinates give NaN.
+/// @{
+
 /// Squared length: of an offset, between two points, of a segment.
+/// @{
 [[nodiscard]] VELTOR_UTILS_EXPORT double lengthSquared(double dx, double dy);
 [[nodiscard]] VELTOR_UTILS_EXPORT double lengthSquared(QPointF a, QPointF b);
 [[nodiscard]] VELTOR_UTILS_EXPORT double lengthSquared(const QLineF& line);
+/// @}
 
 /// The point a + (b - a) * k: @p k = 0 gives a, 1 gives b, other values lie on the line through both.
 [[nodiscard]] VELTOR_UTILS_EXPORT QPointF scaleLength(QPointF a, QPointF b, double k);
@@ -61,5 +67,7 @@ namespace veltor::utils {
 /// offset is kept (x on a tie), the other one is placed so that both offsets are of one length. Where the
 /// shorter offset is zero the end goes to the side of smaller coordinates: (0, 0) to (0, 5) gives (-5, 5).
 [[nodiscard]] VELTOR_UTILS_EXPORT QPointF squareEndPoint(QPointF a, QPointF b);
+
+/// @}
 
 } // namespace veltor::utils

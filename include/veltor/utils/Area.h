@@ -8,6 +8,10 @@
 
 #include <utility>
 
+namespace veltor::utils {
+
+/// @defgroup areas Areas and perimeters
+///
 /// Areas and perimeters of polygons on the plane, the sphere and the ellipsoid.
 ///
 /// A polygon is one ring of points, closed implicitly: whether it repeats its first point at the end makes
@@ -21,16 +25,18 @@
 ///
 /// Fewer than two points give 0. A NaN coordinate gives NaN; so does an infinite one, or infinity on the
 /// plane. All functions are reentrant and throw nothing; the ellipsoid last used is prepared once a thread.
-namespace veltor::utils {
+/// @{
 
 /// The trapezoid sum S of the ring, the sum of (y + y') * (x - x') over its edges: minus twice the signed
 /// area of a ring that is counter-clockwise with the y axis up.
 [[nodiscard]] VELTOR_UTILS_EXPORT double determinant(const QVector<QPointF>& ring);
 
 /// |S| / 2, on the plane. Coordinates far from the origin cancel: shift them near it where that matters.
+/// @{
 [[nodiscard]] VELTOR_UTILS_EXPORT double cartesianPolygonArea(const QVector<QPointF>& ring);
 [[nodiscard]] VELTOR_UTILS_EXPORT std::pair<double, double>
 cartesianPolygonAreaPerimeter(const QVector<QPointF>& ring);
+/// @}
 
 /// Width times height, negative if one of them is.
 [[nodiscard]] VELTOR_UTILS_EXPORT double cartesianRectArea(const QRectF& rect);
@@ -46,20 +52,27 @@ cartesianPolygonAreaPerimeter(const QVector<QPointF>& ring);
 /// A point that repeats the one before it (within a relative 1e-12) is skipped.
 ///
 /// Two points give 0 for both results, unlike on the ellipsoid.
+/// @param ring    longitudes and latitudes in degrees
 /// @param radius  in metres for results in metres
+/// @{
 [[nodiscard]] VELTOR_UTILS_EXPORT double sphericalPolygonArea(const QVector<QPointF>& ring, double radius);
 [[nodiscard]] VELTOR_UTILS_EXPORT std::pair<double, double>
 sphericalPolygonAreaPerimeter(const QVector<QPointF>& ring, double radius);
+/// @}
 
-/// Area and perimeter on the ellipsoid, edges being geodesics; by PROJ's `geod_polygonarea` (C. F. F.
-/// Karney, Algorithms for geodesics, J. Geodesy 87 (2013), section 6).
+/// Area and perimeter on the ellipsoid, edges being geodesics; by PROJ's `geod_polygonarea`. Source: C. F. F.
+/// Karney, Algorithms for geodesics, J. Geodesy 87 (2013), section 6.
 ///
 /// Rings may cross the +-180 meridian and enclose a pole; longitudes may exceed 180. Of the two sides of a
 /// ring the smaller one is measured. Two points give an area of 0 and the length there and back. The
 /// errors on WGS 84 are below 0.1 square metre a vertex and 15 nanometres an edge.
+/// @{
 [[nodiscard]] VELTOR_UTILS_EXPORT double ellipsoidPolygonArea(const QVector<QPointF>& ring, double a,
                                                               double rf);
 [[nodiscard]] VELTOR_UTILS_EXPORT std::pair<double, double>
 ellipsoidPolygonAreaPerimeter(const QVector<QPointF>& ring, double a, double rf);
+/// @}
+
+/// @}
 
 } // namespace veltor::utils

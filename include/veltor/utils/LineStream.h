@@ -15,6 +15,7 @@ namespace veltor::utils {
 class VELTOR_UTILS_EXPORT LineStream
 {
 public:
+    /// @param stream    where the characters come from
     /// @param capacity  the most characters of look-ahead; below 1 means 2048
     explicit LineStream(QTextStream& stream, int capacity = 0);
 
@@ -30,6 +31,7 @@ public:
     /// Takes characters while @p predicate holds; stops before the first for which it fails, or at the
     /// end.
     void skip(bool (*predicate)(QChar));
+    /// skip() for what QChar::isSpace() names, line breaks among it.
     void skipWhiteSpace();
 
     /// The next line without its break; the break is taken, with every CR and LF that follows. Empty at

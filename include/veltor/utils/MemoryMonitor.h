@@ -74,6 +74,7 @@ private:
 class VELTOR_UTILS_EXPORT MemoryMonitor : public TotalMem
 {
 public:
+    /// How much is left, by the two limits.
     enum State : unsigned
     {
         Normal = 0,  ///< free memory is at or above the warning limit
@@ -84,29 +85,31 @@ public:
     /// Which limits a setter changes.
     enum LimitMask : unsigned
     {
-        ErrorLimitMask = 1,
-        WarningLimitMask = 2,
+        ErrorLimitMask = 1,   ///< the error limit
+        WarningLimitMask = 2, ///< the warning limit
     };
     Q_DECLARE_FLAGS(LimitMasks, LimitMask)
 
     /// Unit of a size limit; the value 3 is treated as MiB.
     enum SizeUnit : unsigned
     {
-        KiB = 0,
-        MiB = 1,
-        GiB = 2,
+        KiB = 0, ///< 2^10 bytes
+        MiB = 1, ///< 2^20 bytes
+        GiB = 2, ///< 2^30 bytes
     };
 
     /// How a limit follows from its percentage and its size.
     enum Function : unsigned
     {
-        NoLimit = 0, ///< 0 bytes
-        PercentOnly = 1,
-        SizeOnly = 2,
-        Smaller = 3,
-        Larger = 4,
+        NoLimit = 0,     ///< 0 bytes
+        PercentOnly = 1, ///< the percentage of the machine's memory
+        SizeOnly = 2,    ///< the size
+        Smaller = 3,     ///< the smaller of the two
+        Larger = 4,      ///< the larger of the two
     };
 
+    /// What the limits are made of at first.
+    /// @{
     static constexpr double defaultErrorPercent = 5.0;
     static constexpr unsigned defaultErrorSize = 512;
     static constexpr SizeUnit defaultErrorUnit = MiB;
@@ -115,21 +118,31 @@ public:
     static constexpr unsigned defaultWarningSize = 1;
     static constexpr SizeUnit defaultWarningUnit = GiB;
     static constexpr Function defaultWarningFunc = Smaller;
+    /// @}
 
     /// Measures once.
     MemoryMonitor();
 
-    // The setters take effect with the next measurement.
+    /// @name Setting up
+    /// What is set takes effect with the next measurement.
+    /// @{
 
+    /// Sets the percentage of some @p limits.
+    /// @param limits   which
     /// @param percent  of the machine's memory, kept to 1/32767 of it; below 0 and NaN count as 0, above
     ///     100 as 100
     void setPercentLimit(LimitMasks limits, double percent) noexcept;
+    /// Sets the size of some @p limits.
+    /// @param limits  which
     /// @param size  0 to 1023; of larger ones only the low ten bits are kept, so 1024 is 0
+    /// @param unit  of the size
     void setSizeLimit(LimitMasks limits, unsigned size, SizeUnit unit) noexcept;
+    /// Says how some @p limits follow from percentage and size.
     void setLimitFunc(LimitMasks limits, Function function) noexcept;
-    /// @param intervalMs  time between measurements while in @p state; no effect for any other value than
-    ///     the three states
+    /// Sets the time between measurements while in @p state, @p intervalMs milliseconds; no effect for any
+    /// other value than the three states.
     void setCheck(State state, unsigned intervalMs) noexcept;
+    /// @}
 
     /// The limit in bytes; takes a new snapshot first when it depends on the machine's memory.
     [[nodiscard]] quint64 errorLimit() noexcept;

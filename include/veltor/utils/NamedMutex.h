@@ -52,9 +52,12 @@ public:
     bool open(const std::string& name);
     /// What open() does after closing; an object that is still open is closed here too.
     bool openImpl(const std::string& name);
+    /// Lets the mutex go, locked or not; nothing happens when closed.
     void close();
 
+    /// Whether the object has a mutex.
     [[nodiscard]] bool isOpened() const;
+    /// Whether it has none.
     [[nodiscard]] bool isClosed() const;
 
     /// Waits without a time limit. @return true when the mutex was taken from nobody; false when it was

@@ -31,7 +31,7 @@ public:
     /// `second` the exact name of the member it finds.
     using iterator = Names::const_iterator;
 
-    /// @param aliases  pairs (name, alias) for addAlias(), in this order
+    /// Views @p object, as set() does, with @p aliases: pairs (name, alias) for addAlias(), in this order.
     explicit NoCaseJsonObject(QJsonObject object = {},
                               const std::initializer_list<std::pair<QString, QString>>& aliases = {});
 
@@ -43,13 +43,17 @@ public:
     /// happens when @p name finds none, or when @p alias finds one already.
     void addAlias(const QString& name, const QString& alias);
 
+    /// Whether there is a member of that name or alias.
     [[nodiscard]] bool contains(const QString& name) const;
 
     /// The member, a null value when there is none of that name.
     [[nodiscard]] QJsonValue value(const QString& name) const;
+    /// The member that an iterator, not end(), stands at.
     [[nodiscard]] QJsonValue value(iterator name) const;
 
+    /// The first name.
     [[nodiscard]] iterator begin() const noexcept { return m_names.begin(); }
+    /// Past the last name.
     [[nodiscard]] iterator end() const noexcept { return m_names.end(); }
 
     /// The number of the object's members; aliases do not count.
@@ -65,7 +69,7 @@ private:
 ///                en, en_us, zh_hans_cn
 /// @param locale  its UI languages are tried in order, each from the full code to the language alone
 /// @return the text of the first member found, otherwise of the object's first member; empty for an
-///         empty object, and wherever a text was expected and something else found
+///         empty object, and wherever a text was expected and something else found. Reentrant.
 VELTOR_UTILS_EXPORT QString jsonToLocalizedString(const QJsonValue& value, const QLocale& locale);
 
 } // namespace veltor::utils

@@ -18,6 +18,7 @@ namespace veltor::utils {
 class VELTOR_UTILS_EXPORT NumberFormat
 {
 public:
+    /// Which of the notations below toString() writes.
     enum Presentation
     {
         Shortest = 0,       ///< the shorter of nonExponential() and compactExponential(), if equal the former
@@ -28,6 +29,7 @@ public:
 
     /// A format of the C locale with that locale's exponent character. The defaults give what
     /// utils::toString(double) gives.
+    /// @param presentation     what toString() writes
     /// @param omitLeadingZero  drop the zero before the decimal point: 0.5 becomes .5
     /// @param unused           see setUnused()
     explicit NumberFormat(Presentation presentation = Standard, bool omitLeadingZero = false,
@@ -36,20 +38,27 @@ public:
     /// The locale whose characters are used. Its number options are replaced: group separators are
     /// left out, all else as usual.
     NumberFormat& setLocale(QLocale locale);
+    /// The locale set, with its number options replaced.
     [[nodiscard]] const QLocale& locale() const noexcept { return m_locale; }
 
     /// The character shown in place of the locale's exponent character; a null one keeps the locale's.
     NumberFormat& setExponential(QChar exponential) noexcept;
+    /// The character set; null when the locale's is shown.
     [[nodiscard]] QChar exponential() const noexcept { return m_exponential; }
 
+    /// Chooses what toString() writes.
     NumberFormat& setPresentation(Presentation presentation) noexcept;
+    /// What toString() writes.
     [[nodiscard]] Presentation presentation() const noexcept;
 
+    /// Whether the zero before the decimal point is dropped.
     NumberFormat& setOmitLeadingZero(bool omit) noexcept;
+    /// Whether it is.
     [[nodiscard]] bool omitLeadingZero() const noexcept;
 
     /// A number that the format stores for its owner and does not use; its low 29 bits are kept.
     NumberFormat& setUnused(unsigned unused) noexcept;
+    /// The number stored, below 2^29.
     [[nodiscard]] unsigned unused() const noexcept;
 
     /// @p x by the presentation set.

@@ -29,6 +29,7 @@ struct PageRange
         return cropped;
     }
 
+    /// Whether start and count are the same; empty ranges with different starts are not equal.
     [[nodiscard]] constexpr bool isEqual(const PageRange& other) const noexcept
     {
         return start == other.start && count == other.count;

@@ -8,14 +8,20 @@
 
 #include <utility>
 
-/// Patterns of QRegularExpression made from what users type into search and filter fields.
-/// All functions are reentrant. Compile the results through RegularExpressionCache.
 namespace veltor::utils {
 
+/// @defgroup patterns Patterns
+///
+/// Patterns of QRegularExpression made from what users type into search and filter fields.
+/// All functions are reentrant. Compile the results through RegularExpressionCache.
+/// @{
+
 /// An SQL LIKE mask as an anchored pattern: % stands for any characters, _ for any one.
+///
+/// A wildcard does not match a line feed unless the expression is given DotMatchesEverythingOption.
+/// @param mask    as the user typed it
 /// @param escape  takes the character after it literally; a null one means there is none. An escape at
 ///                the end of the mask is dropped.
-/// A wildcard does not match a line feed unless the expression is given DotMatchesEverythingOption.
 VELTOR_UTILS_EXPORT QString likeToRegular(const QString& mask, QChar escape);
 
 /// A file glob as an anchored pattern: * stands for any characters, ? for any one, [abc], [a-z] and
@@ -51,8 +57,8 @@ enum class DigitsProcessing
     Both,   ///< either, also mixed
 };
 
-/// A run of one or more of the locale's digits. Not anchored, without groups.
-/// @param acceptAscii  0 to 9 are accepted beside them
+/// A run of one or more of the digits of @p locale, and of 0 to 9 too with @p acceptAscii. Not anchored,
+/// without groups.
 VELTOR_UTILS_EXPORT QString digitRegular(const QLocale& locale, bool acceptAscii);
 
 /// A real number: an optional sign, digits with an optional fraction or a fraction alone, an optional
@@ -61,5 +67,7 @@ VELTOR_UTILS_EXPORT QString digitRegular(const QLocale& locale, bool acceptAscii
 /// Signs, decimal point and exponent character are the locale's; the latter is accepted in upper and
 /// lower case, as QLocale reads it.
 VELTOR_UTILS_EXPORT QString realRegular(const QLocale& locale, DigitsProcessing processing);
+
+/// @}
 
 } // namespace veltor::utils

@@ -11,18 +11,21 @@ namespace veltor::utils {
 class PlatformMask
 {
 public:
+    /// A platform's bit.
     enum Platform : unsigned
     {
-        Linux = 1, ///< and other Unix systems
-        Windows = 2,
-        Apple = 4,
-        Android = 8,
-        All = Linux | Windows | Apple | Android,
+        Linux = 1,                               ///< and other Unix systems
+        Windows = 2,                             ///< of any kind
+        Apple = 4,                               ///< of any kind
+        Android = 8,                             ///< not counted as Linux
+        All = Linux | Windows | Apple | Android, ///< the four of them
     };
 
+    /// The set of these bits.
     constexpr PlatformMask(unsigned bits = 0) noexcept // NOLINT: meant to convert
         : m_bits(bits)
     {}
+    /// The bits.
     constexpr operator unsigned() const noexcept { return m_bits; } // NOLINT: meant to convert
 
 private:

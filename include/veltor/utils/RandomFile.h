@@ -27,14 +27,19 @@ public:
     /// minimum is 1, the threshold 1000. Not explicit: a number of blocks is a setup.
     RandomFileSetup(unsigned blocks) noexcept; // NOLINT(google-explicit-constructor)
 
+    /// Blocks that may be mapped now.
     [[nodiscard]] unsigned curLimit() const noexcept { return m_limits[0]; }
+    /// The floor of curLimit().
     [[nodiscard]] unsigned minLimit() const noexcept { return m_limits[1]; }
+    /// The ceiling of curLimit().
     [[nodiscard]] unsigned maxLimit() const noexcept { return m_limits[2]; }
     /// A bound above the maximum limit, for whoever shares a budget of blocks among files; RandomFile
     /// itself does not consult it.
     [[nodiscard]] unsigned threshold() const noexcept { return m_threshold; }
 
+    /// Whether the current limit is below its ceiling.
     [[nodiscard]] bool canIncrease() const noexcept { return curLimit() < maxLimit(); }
+    /// Whether it is above its floor.
     [[nodiscard]] bool canReduce() const noexcept { return curLimit() > minLimit(); }
     /// Blocks by which the current limit can grow; 0 when it is at or above the maximum.
     [[nodiscard]] unsigned increaseLimit() const noexcept;
@@ -77,7 +82,9 @@ class VELTOR_UTILS_EXPORT RandomFile : public QFile
     Q_OBJECT
 
 public:
+    /// Bytes in a block, the last one excepted.
     static constexpr unsigned BlockSize = 65536;
+    /// Blocks of a file that is made without a setup.
     static constexpr unsigned DefaultBlockCount = 32;
 
     /// A closed file without a name, with a fixed limit of 32 blocks.
@@ -85,6 +92,7 @@ public:
     /// A closed file. A current limit of 0 in @p setup counts as 1.
     explicit RandomFile(const QString& name, RandomFileSetup setup = DefaultBlockCount,
                         QObject* parent = nullptr);
+    /// The same by a file's path.
     explicit RandomFile(const QFileInfo& file, RandomFileSetup setup = DefaultBlockCount,
                         QObject* parent = nullptr);
     /// Closes.
@@ -102,6 +110,7 @@ public:
     /// Sets the length in bytes; blocks that this would make stale are unmapped first. A position beyond
     /// the new end moves to it. False, with the length as it was, when the system refuses.
     bool resize(qint64 size) override;
+    /// Moves the position; beyond the end is allowed, and extends nothing by itself.
     bool seek(qint64 position) override;
 
     /// Blocks that may be mapped at once, at this moment.
@@ -109,6 +118,7 @@ public:
     /// Sets that number (0 counts as 1); its bounds move when it lies outside them. Blocks above it are
     /// unmapped, the least recently used first.
     void setBlockCount(unsigned blocks);
+    /// The limits as they are now.
     [[nodiscard]] const RandomFileSetup& setup() const noexcept { return m_setup; }
 
     /// Bytes in block @p index: 65536, what remains for the last block, 0 beyond the end.

@@ -20,9 +20,10 @@ public:
     /// What an expression is found by.
     struct VELTOR_UTILS_EXPORT ExpressionFlags
     {
-        QRegularExpression::PatternOptions options;
-        QString pattern;
+        QRegularExpression::PatternOptions options; ///< of the expression
+        QString pattern;                            ///< of the expression, as it is
 
+        /// Same options and same pattern, case-sensitively.
         bool operator==(const ExpressionFlags& other) const noexcept;
         /// By the options as a number, then by the pattern, case-sensitively.
         bool operator<(const ExpressionFlags& other) const noexcept;
@@ -38,13 +39,17 @@ public:
     void setLimit(unsigned limit);
 
     /// The expression, compiled if the cache does not hold it. Never null.
+    /// @{
     [[nodiscard]] std::shared_ptr<QRegularExpression> retrieve(const ExpressionFlags& key);
     [[nodiscard]] std::shared_ptr<QRegularExpression>
     retrieve(const QString& pattern, QRegularExpression::PatternOptions options = {});
+    /// @}
 
     /// Forgets the expression; nothing happens when it is not there.
+    /// @{
     void remove(const ExpressionFlags& key);
     void remove(const QString& pattern, QRegularExpression::PatternOptions options = {});
+    /// @}
 
 private:
     struct Store;

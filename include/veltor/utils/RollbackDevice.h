@@ -76,6 +76,7 @@ public:
     /// Called during rollback() after each restored block; must not touch the device.
     using RollbackProgress = std::function<void(unsigned long long restored, unsigned long long total)>;
 
+    /// Holds no journal.
     RollbackDevice();
     /// Closes; a journal stays where it is and can be opened again.
     virtual ~RollbackDevice();
@@ -130,9 +131,11 @@ public:
     /// The key of a protected file by its stored name, 0 when unknown.
     [[nodiscard]] Key fileLookup(const QString& name) const;
 
-    // The protected file's own name, position, size; empty or 0 for an unknown key.
+    /// The protected file's own path, its stored name when it is no file; empty for an unknown key.
     [[nodiscard]] QString fileName(Key key) const;
+    /// The protected file's position in bytes, 0 for an unknown key.
     [[nodiscard]] qint64 filePos(Key key) const;
+    /// The protected file's present size in bytes, 0 for an unknown key.
     [[nodiscard]] qint64 fileSize(Key key) const;
 
     /// Moves the file's position; beyond the end is allowed. False for an unknown key, a closed file or a
@@ -199,7 +202,9 @@ public:
     void setRollbackProgress(RollbackProgress progress);
 
 protected:
+    /// The protected files, by key: so in the order in which they were added.
     using FileMap = std::map<Key, RollbackFileInfo>;
+    /// A protected file with its key.
     using FileItem = FileMap::value_type;
 
     /// As addFile(), for a name as it is to be stored.

@@ -21,6 +21,7 @@ namespace veltor::utils {
 class VELTOR_UTILS_EXPORT RollbackFile : public RollbackDevice
 {
 public:
+    /// Holds no journal.
     RollbackFile();
 
     /// Tells whether a journal is somebody's unfinished transaction, to be rolled back (or discarded)
@@ -31,6 +32,7 @@ public:
 
     /// Opens a journal by its name.
     ///
+    /// @param journal  its path; its directory is where relative names begin
     /// @param mode  exactly QIODevice::WriteOnly: a new journal, created if it is not there, otherwise cut
     ///     to an empty one. CAUTION: this forgets what it held; see needsRecovery(). Any other mode:
     ///     an existing journal, never created; without write permission it can still be rolled back.
@@ -58,6 +60,7 @@ protected:
     /// The journal's file, as given to openByName(). A subclass that makes the journal's device itself
     /// sets it before it calls open().
     [[nodiscard]] const QFileInfo& journalInfo() const noexcept { return m_journalInfo; }
+    /// Sets journalInfo().
     void setJournalInfo(const QFileInfo& journal);
 
 private:

@@ -7,6 +7,10 @@
 
 #include <functional>
 
+namespace veltor::utils {
+
+/// @defgroup rounding Rounding
+///
 /// Rounding to decimal places, to significant digits, to the scale of a unit, and to coarse steps.
 ///
 /// `n` is the power of ten to round at: 2 is hundredths, 0 whole numbers, -2 hundreds. The decimal
@@ -18,7 +22,7 @@
 /// - a value whose decimal text ends in 5 may stand a last bit below or above the half and is rounded
 ///   accordingly: getRound(1.005, 2) is 1, for the double nearest to 1.005 lies below it;
 /// - e(x) of 0, an infinity or NaN counts as the smallest `int`, and sums with it wrap.
-namespace veltor::utils {
+/// @{
 
 /// @p x rounded at 10^-n, halves away from zero: 2.5 gives 3 and -2.5 gives -3 for n = 0.
 /// Rounding a rounded value again changes nothing as long as |x| * 10^n is below 2^52.
@@ -32,9 +36,11 @@ namespace veltor::utils {
 
 /// The same for single precision: calculated in double precision and narrowed at the end. A result beyond
 /// the largest float is infinite.
+/// @{
 [[nodiscard]] VELTOR_UTILS_EXPORT float floatRound(float x, int n);
 [[nodiscard]] VELTOR_UTILS_EXPORT float floatFloor(float x, int n);
 [[nodiscard]] VELTOR_UTILS_EXPORT float floatCeiling(float x, int n);
+/// @}
 
 /// n - e(x): the decimal places at which @p x keeps n digits behind its leading one.
 [[nodiscard]] VELTOR_UTILS_EXPORT int getScaleLog(double x, int n);
@@ -43,8 +49,10 @@ namespace veltor::utils {
 [[nodiscard]] VELTOR_UTILS_EXPORT double significantRound(double x, int n);
 
 /// As significantRound(), upwards and downwards.
+/// @{
 [[nodiscard]] VELTOR_UTILS_EXPORT double significantCeiling(double x, int n);
 [[nodiscard]] VELTOR_UTILS_EXPORT double significantFloor(double x, int n);
+/// @}
 
 /// @p x rounded to one decimal place finer than the leading digit of @p scale: with a scale of 0.05 to
 /// three places. A scale that is not above 0 (NaN included) leaves x as it is.
@@ -62,6 +70,7 @@ using StepChooser = std::function<double(double, double, double, double)>;
 /// x is written as mantissa * 10^e(x); the chooser picks between the greatest step below the mantissa and
 /// the one above it. 30 and 37 give 25, 3.75 gives 5 (a tie goes up).
 ///
+/// @param x        above 0
 /// @param chooser  empty: the nearer of the two steps
 /// @param steps    table in descending order; null, or a @p n of 0: {10, 5, 2.5, 2, 1}
 /// @param n        length of the table
@@ -71,5 +80,7 @@ using StepChooser = std::function<double(double, double, double, double)>;
 /// @throws what the chooser throws.
 [[nodiscard]] VELTOR_UTILS_EXPORT double coarseRound(double x, StepChooser chooser = {},
                                                      const double* steps = nullptr, unsigned n = 0);
+
+/// @}
 
 } // namespace veltor::utils

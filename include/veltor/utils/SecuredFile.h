@@ -22,6 +22,7 @@ class VELTOR_UTILS_EXPORT SecuredFile : public QFileDevice
     Q_OBJECT
 
 public:
+    /// A rollback device with the deleter of whoever made it.
     using OwnedRollbackDevice = std::unique_ptr<RollbackDevice, void (*)(RollbackDevice*)>;
 
     /// A closed file.
@@ -45,11 +46,15 @@ public:
     /// Releases the rollback device.
     void close() override;
 
+    /// False: a secured file is random-access.
     [[nodiscard]] bool isSequential() const override;
     /// The protected file's position in bytes; 0 without a rollback device.
     [[nodiscard]] qint64 pos() const override;
+    /// Moves that position; see RollbackDevice::fileSeek().
     bool seek(qint64 position) override;
+    /// Whether the position is at the end or beyond; true without a rollback device.
     [[nodiscard]] bool atEnd() const override;
+    /// The protected file's present size in bytes; 0 without a rollback device.
     [[nodiscard]] qint64 size() const override;
     /// Sets the length, saving first what that destroys; see RollbackDevice::fileResize().
     bool resize(qint64 size) override;
@@ -57,6 +62,8 @@ public:
     [[nodiscard]] QString fileName() const override;
 
 protected:
+    /// @return the bytes read, 0 at the end, -1 without a rollback device; see
+    ///     RollbackDevice::readFromFile()
     qint64 readData(char* data, qint64 length) override;
     /// Writes at most 2,147,483,647 bytes in one call. @return the bytes written, 0 without a rollback
     /// device or for a length of 0 or less, -1 on failure

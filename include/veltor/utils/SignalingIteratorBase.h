@@ -12,6 +12,7 @@ class VELTOR_UTILS_EXPORT SignalingIteratorBase : public QObject
     Q_OBJECT
 
 public:
+    /// Nothing has moved.
     explicit SignalingIteratorBase(QObject* parent = nullptr);
     ~SignalingIteratorBase() override;
 

@@ -29,6 +29,7 @@ public:
     class VELTOR_UTILS_EXPORT OperationId
     {
     public:
+        /// From the name's bytes: the first eight in @p high, the others in @p low.
         constexpr OperationId(quint64 high, quint64 low) noexcept
             : m_high(high)
             , m_low(low)
@@ -49,7 +50,9 @@ public:
             return {word(name, 0), word(name, 8)};
         }
 
+        /// The first eight bytes of the name.
         [[nodiscard]] constexpr quint64 high() const noexcept { return m_high; }
+        /// The others.
         [[nodiscard]] constexpr quint64 low() const noexcept { return m_low; }
 
         /// The bytes up to the first zero one, as UTF-8.

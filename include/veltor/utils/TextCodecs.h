@@ -10,15 +10,20 @@
 
 class QTextCodec;
 
+namespace veltor::utils {
+
+/// @defgroup codecs Text codecs
+///
 /// Encodings of data files, and walks over a text by code points. Codecs belong to Qt and are never
 /// deleted. All functions are thread-safe.
-namespace veltor::utils {
+/// @{
 
 /// The codec of that name, as Qt knows it: case and punctuation do not matter. Never null.
 /// @throws std::invalid_argument for an unknown name; the message holds the first 21 characters of it
 VELTOR_UTILS_EXPORT QTextCodec* codecForName(const QString& name);
 
-/// Encodes a text into a field of limited size.
+/// Encodes @p text into a field of limited size.
+/// @param text      any length
 /// @param maxBytes  size of the field; at most this many characters are encoded. Below 0 counts as 0.
 /// @param codec     not null. One that begins with a byte-order mark, as UTF-16 does, puts it into the
 ///                  field.
@@ -47,5 +52,7 @@ VELTOR_UTILS_EXPORT QStringList availableCodecs();
 /// The UTF codec of a file that begins with a byte-order mark; null without one, and when the file is
 /// empty or cannot be opened. However long the file's first line, only its beginning is looked at.
 VELTOR_UTILS_EXPORT QTextCodec* codecForTextFile(const QString& path);
+
+/// @}
 
 } // namespace veltor::utils

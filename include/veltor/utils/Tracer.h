@@ -33,6 +33,7 @@ public:
 
     /// Writes the innermost 64 frames of the caller's stack as one record of the log: "Backtrace:" and a
     /// line for each.
+    /// @param level  of the record
     /// @param skip  how many of the caller's own frames to leave out, negative counts as 0; when that
     ///     would leave none, all 64 are written, those of this class included
     ///

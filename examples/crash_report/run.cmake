@@ -1,0 +1,14 @@
+# The log tells who called the function before the crash, and after it what ended the process and where.
+
+file(REMOVE "${LOG}")
+execute_process(COMMAND ${PROGRAM} "${LOG}" RESULT_VARIABLE result OUTPUT_QUIET ERROR_QUIET)
+if(NOT result EQUAL 1)
+  message(FATAL_ERROR "ended with ${result}; the crash handler ends a process with 1")
+endif()
+file(READ "${LOG}" log)
+set(frames "[^\n]*readLayerCount[^\n]*\n[^\n]*openProject[^\n]*\n[^\n]*main[^\n]*\n")
+foreach(expected "2 Backtrace:\n${frames}" "4 Program crashed with signal [0-9]+\n4 Backtrace:\n(.*\n)?${frames}")
+  if(NOT log MATCHES "${expected}")
+    message(FATAL_ERROR "no ${expected} in\n${log}")
+  endif()
+endforeach()
