@@ -14,17 +14,6 @@
 namespace veltor::python {
 namespace {
 
-/// Gives the pool one thread more while this one waits. Without it, a procedure that comes back to
-/// Concurrent through Python would wait for a thread that it occupies itself.
-class LentThread
-{
-public:
-    LentThread() { QThreadPool::globalInstance()->releaseThread(); }
-    ~LentThread() { QThreadPool::globalInstance()->reserveThread(); }
-    LentThread(const LentThread&) = delete;
-    LentThread& operator=(const LentThread&) = delete;
-};
-
 /// Sets the pending error when the callback cannot be called without arguments.
 bool isRefused(PyObject* callback)
 {
@@ -75,8 +64,9 @@ void run(std::function<void()> procedure, PyObject* callback)
     std::future<void> outcome = work.get_future();
     FetchedError callbackError;
     {
-        const LentThread lent;
-        const QFuture<void> running = QtConcurrent::run([&work] { work(); });
+        // On the global pool, full of procedures that come back here through Python, all would wait for ever.
+        QThreadPool pool;
+        const QFuture<void> running = QtConcurrent::run(&pool, [&work] { work(); });
         while (running.isRunning()) {
             pump(callback, callbackError);
         }

@@ -89,9 +89,9 @@ VELTOR_UTILS_EXPORT int callableArgsCount(PyObject* callable);
 /// @return a borrowed reference, never null
 [[nodiscard]] VELTOR_UTILS_EXPORT PyObject* findExceptionType(const std::exception_ptr& e);
 
-/// Runs a native procedure on a thread of Qt's global pool and calls a Python callback on this thread, again
-/// and again without a pause, until the procedure has finished. Meant to be the body of a Python binding:
-/// failures are pending Python errors when it returns, and no native exception leaves it.
+/// Runs a native procedure on a thread of a pool of its own and calls a Python callback on this thread,
+/// again and again without a pause, until the procedure has finished. Meant to be the body of a Python
+/// binding: failures are pending Python errors when it returns, and no native exception leaves it.
 ///
 /// This function keeps the interpreter lock. It is the callback that gives other Python threads their turn,
 /// as any Python function does: it may sleep, process events, show progress. A procedure that needs the
