@@ -5,9 +5,11 @@
 /// The version, by the rules of semantic versioning: a new major number breaks callers, and renames the
 /// library file; a new minor number adds; a new patch number mends. This header is the one home of the
 /// three numbers: the build, the packages and the tool take them from here.
+/// @{
 #define VELTOR_UTILS_VERSION_MAJOR 1
 #define VELTOR_UTILS_VERSION_MINOR 0
 #define VELTOR_UTILS_VERSION_PATCH 0
+/// @}
 
 /// Three numbers as one that can be compared, in the preprocessor too; minor and patch are below 256.
 #define VELTOR_UTILS_VERSION_CHECK(major, minor, patch) (((major) << 16) | ((minor) << 8) | (patch))

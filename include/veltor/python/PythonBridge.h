@@ -8,8 +8,8 @@
 #include <exception>
 #include <functional>
 
-// As Python.h declares it; the two headers may be included in either order.
 struct _object; // NOLINT(bugprone-reserved-identifier): the interpreter's own name
+/// As Python.h declares it; the two headers may be included in either order.
 using PyObject = _object;
 
 class QObject;
@@ -106,7 +106,7 @@ VELTOR_UTILS_EXPORT int callableArgsCount(PyObject* callable);
 /// (TypeError) or has no signature to be found (the class for the exception of callableArgsCount()).
 ///
 /// What the procedure throws becomes an instance of findExceptionType() with what() as its text, and the
-/// exceptions nested in it become its `__cause__`, one by one; bytes that are no UTF-8 are shown as \xNN,
+/// exceptions nested in it become its `__cause__`, one by one; bytes that are no UTF-8 are shown as `\xNN`,
 /// an err::ConcurrentNestedException stands for what it carries.
 ///
 /// A callback that raises is called again all the same. Its first error is pending at the end; an

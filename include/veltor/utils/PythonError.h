@@ -16,10 +16,13 @@ class VELTOR_UTILS_EXPORT PythonError : public std::exception
 public:
     /// @param message  stored as UTF-8; what() ends at the first zero character
     explicit PythonError(const QString& message);
+    /// Copies share nothing; what was moved from may be assigned to, no more.
+    /// @{
     PythonError(const PythonError&) = default;
     PythonError(PythonError&&) = default;
     PythonError& operator=(const PythonError&) = default;
     PythonError& operator=(PythonError&&) = default;
+    /// @}
     ~PythonError() override;
 
     /// The message as UTF-8; valid as long as this object lives and is not assigned to.
