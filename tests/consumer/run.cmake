@@ -62,6 +62,11 @@ if(PKG_CONFIG)
 endif()
 
 configure(add_subdirectory "-DVELTOR_SOURCE=${SOURCE_DIR}")
+execute_process(COMMAND "${CMAKE_COMMAND}" --install "${WORK_DIR}/add_subdirectory" --prefix "${WORK_DIR}/parent"
+  OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+if(EXISTS "${WORK_DIR}/parent")
+  message(FATAL_ERROR "A part of another project installs itself: an install() is not within if(VELTOR_INSTALL)")
+endif()
 if(WHOLE)
   step("${CMAKE_COMMAND}" --build "${WORK_DIR}/add_subdirectory" -- --quiet)
   step("${WORK_DIR}/add_subdirectory/consumer")
