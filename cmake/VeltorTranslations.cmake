@@ -28,5 +28,8 @@ function(veltor_translations target)
   qt5_add_resources(resource "${directory}/veltor_translations.qrc")
   target_sources(${target} PRIVATE ${resource})
   # For applications that collect the catalogues of all they use.
-  install(FILES ${catalogues} DESTINATION "${CMAKE_INSTALL_DATADIR}/veltor-utils/translations" COMPONENT runtime)
+  if(VELTOR_INSTALL)
+    install(FILES ${catalogues}
+      DESTINATION "${CMAKE_INSTALL_DATADIR}/veltor-utils/translations" COMPONENT development)
+  endif()
 endfunction()
