@@ -21,11 +21,11 @@ bool isRefused(PyObject* callback)
         PyErr_SetString(PyExc_TypeError, "callback argument is not callable");
         return true;
     }
-    const int count = callableArgsCount(callback);
-    if (count > 0) {
+    const bool refused = callableArgsCount(callback) != 0;
+    if (refused) {
         PyErr_SetString(PyExc_TypeError, "callback must not have any parameters");
     }
-    return count != 0;
+    return refused;
 }
 
 /// Calls the callback once. Its error must not stay pending, because no call into Python may be made then.
@@ -89,19 +89,18 @@ void run(std::function<void()> procedure, PyObject* callback)
 
 void Concurrent(std::function<void()> procedure, PyObject* callback)
 {
-    if (PyErr_Occurred()) {
-        return;
-    }
-    if (!procedure) {
-        PyErr_SetString(PyExc_ValueError, "Undefined veltor procedure");
-        return;
-    }
+    PendingErrorKeeper keeper;
     try {
-        if (!isRefused(callback)) {
+        if (!procedure) {
+            PyErr_SetString(PyExc_ValueError, "Undefined veltor procedure");
+        } else if (!isRefused(callback)) {
             run(std::move(procedure), callback);
         }
     } catch (...) {
         setPending(toPythonException(std::current_exception()));
+    }
+    if (PyErr_Occurred()) {
+        keeper.forget();
     }
 }
 

@@ -101,9 +101,10 @@ VELTOR_UTILS_EXPORT int callableArgsCount(PyObject* callable);
 ///     calling thread before this function returns, whether it ran or not.
 /// @param callback  a callable without parameters; its results are discarded
 ///
-/// The procedure does not run, and the error is pending, when an error was pending already (it stays),
-/// when @p procedure is empty (ValueError), or when @p callback is null, not callable or has parameters
-/// (TypeError) or has no signature to be found (the class for the exception of callableArgsCount()).
+/// The procedure does not run, and the error is pending, when @p procedure is empty (ValueError), or when
+/// @p callback is null, not callable or has parameters (TypeError) or has no signature to be found (the
+/// class for the exception of callableArgsCount()). An error that was pending at the call hinders nothing;
+/// it is pending again afterwards, unless a newer one is.
 ///
 /// What the procedure throws becomes an instance of findExceptionType() with what() as its text, and the
 /// exceptions nested in it become its `__cause__`, one by one; bytes that are no UTF-8 are shown as `\xNN`,
