@@ -29,8 +29,11 @@ target_compile_definitions(veltor_options INTERFACE
   QT_MESSAGELOGCONTEXT)
 
 if(MSVC)
-  # /fp:precise is MSVC's default and does not contract.
-  target_compile_options(veltor_options INTERFACE /utf-8 /W4 /permissive- /Zc:__cplusplus)
+  # /fp:precise is MSVC's default and does not contract. C4251 and C4275 warn of exported classes with
+  # members and bases of the C++ library, which the caller must have from the same compiler anyway.
+  target_compile_options(veltor_options INTERFACE
+    /utf-8 /W4 /wd4251 /wd4275 /permissive- /Zc:__cplusplus)
+  target_compile_definitions(veltor_options INTERFACE _CRT_SECURE_NO_WARNINGS)
   if(VELTOR_WERROR)
     target_compile_options(veltor_options INTERFACE /WX)
   endif()

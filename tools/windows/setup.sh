@@ -22,6 +22,10 @@ fail() { say "$*"; exit 1; }
 # logged COMMAND...: its output goes to the log, whose end is shown when it fails.
 logged() { "$@" >>"$log" 2>&1 || { tail -n 40 "$log" >&2; fail "failed: $* (all of it: $log)"; }; }
 
+unfetched='Failed to fetch|Unable to fetch|Could not resolve|Could not connect|Connection (failed|timed out|refused)'
+unfetched+='|Temporary failure|Unable to locate package|Unable to find a source package|has no installation candidate'
+unfetched+='|Hash Sum mismatch|unexpected size|is not valid yet|404  Not Found'
+
 # fetched WHAT COMMAND...: a command that gets packages. That these cannot be had today is told apart
 # from every other failure of it by what apt says.
 fetched() {
@@ -29,8 +33,10 @@ fetched() {
   shift
   "$@" >"$out" 2>&1 && { cat "$out" >>"$log"; return; }
   cat "$out" >>"$log"
-  if grep -qE 'Failed to fetch|Unable to fetch|Could not resolve|Could not connect|Temporary failure|Unable to locate package|Unable to find a source package|has no installation candidate|Hash Sum mismatch|unexpected size|is not valid yet|404  Not Found' "$out"; then
-    say "cannot be fetched today: $what ($(grep -m 1 -E '^(E|Err|W)[:0-9]' "$out" || tail -n 1 "$out"))"
+  local reason
+  reason=$(grep -m 1 -E "$unfetched" "$out" | sed 's/^ *//') || true
+  if [ -n "$reason" ]; then
+    say "cannot be fetched today: $what ($reason)"
     exit 75
   fi
   tail -n 40 "$out" >&2
@@ -178,7 +184,7 @@ main() {
   stage qt
   stage proj
   stage googletest
-  rmdir --ignore-fail-on-non-empty "$work"
+  rm -rf --one-file-system "$work"
   echo "$cache"
 }
 main "$@"

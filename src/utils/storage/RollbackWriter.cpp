@@ -97,6 +97,11 @@ RollbackDevice::Key RollbackDevice::addFileImpl(const QString& name)
         LogInfo::error(journal::message::openFailed(name));
         return 0;
     }
+    const auto identity = DeviceIo(*device).identity();
+    if (identity && identity == DeviceIo(*m_journal).identity()) {
+        LogInfo::error(journal::message::fileIsJournal(name));
+        return 0;
+    }
     // Saved under two names (hard links, a file system that ignores case), a file would be put back to
     // what the other name had made of it.
     if (const Key key = sameFile(*device)) {
