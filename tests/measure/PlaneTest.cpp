@@ -1,0 +1,242 @@
+// Rounding, angles and planar geometry: a table of calls, and laws that hold for any numbers.
+
+#include "support/Table.h"
+
+#include <veltor/utils/Angles.h>
+#include <veltor/utils/FuzzyGeometry.h>
+#include <veltor/utils/Rounding.h>
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <functional>
+#include <map>
+#include <random>
+#include <tuple>
+
+using namespace veltor::utils;
+
+namespace {
+
+using Numbers = std::vector<double>;
+using P = const QPointF&;
+using R = const QRectF&;
+using M = const QMarginsF&;
+using S = const QSizeF&;
+
+constexpr double pi = 3.14159265358979323846;
+
+/// Makes values of all types of a list of numbers.
+class Reader
+{
+public:
+    explicit Reader(const QStringList& words)
+        : m_words(words)
+    {}
+    template <typename T>
+    T take()
+    {
+        if constexpr (std::is_arithmetic_v<T>) {
+            QString word = m_words.takeFirst();
+            const bool times = word.endsWith(QLatin1String("pi"));
+            word.chop(times ? 2 : 0);
+            return static_cast<T>(word.toDouble() * (times ? pi : 1));
+        } else if constexpr (std::is_same_v<T, QSize>) {
+            return {take<int>(), take<int>()}; // braces: from left to right
+        } else if constexpr (std::is_same_v<T, QPointF> || std::is_same_v<T, QSizeF>) {
+            return {take<double>(), take<double>()};
+        } else {
+            return {take<double>(), take<double>(), take<double>(), take<double>()};
+        }
+    }
+    Numbers rest()
+    {
+        Numbers numbers;
+        while (!m_words.isEmpty()) {
+            numbers.push_back(take<double>());
+        }
+        return numbers;
+    }
+
+private:
+    QStringList m_words;
+};
+
+/// What a function returns, as numbers; a float by its decimal digits.
+template <typename T>
+Numbers numbersOf(const T& value)
+{
+    if constexpr (std::is_same_v<T, float>) {
+        return {QString::number(static_cast<double>(value)).toDouble()};
+    } else if constexpr (std::is_arithmetic_v<T>) {
+        return {static_cast<double>(value)};
+    } else if constexpr (std::is_same_v<T, QPointF>) {
+        return {value.x(), value.y()};
+    } else if constexpr (std::is_same_v<T, QRectF>) {
+        return {value.x(), value.y(), value.width(), value.height()};
+    } else if constexpr (std::is_same_v<T, QMarginsF>) {
+        return {value.left(), value.top(), value.right(), value.bottom()};
+    } else {
+        return value;
+    }
+}
+
+using Call = std::function<Numbers(Reader&)>;
+
+template <typename Result, typename... Arguments>
+Call call(Result (*function)(Arguments...))
+{
+    return [function](Reader& reader) {
+        const std::tuple<std::decay_t<Arguments>...> arguments{reader.take<std::decay_t<Arguments>>()...};
+        return numbersOf(std::apply(function, arguments));
+    };
+}
+
+const std::map<QByteArray, Call> functions = {
+    {"pointsAngle", call(pointsAngle)},
+    {"pointsAngleDirect", call(pointsAngleDirect)},
+    {"lineAngle", call(lineAngle)},
+    {"lineAngleDirect", call(lineAngleDirect)},
+    {"lengthSquared", call<double, const QLineF&>(lengthSquared)},
+    {"scaleLength", call(scaleLength)},
+    {"normalizeAngle", call(normalizeAngle)},
+    {"fixAngle", call(fixAngle)},
+    {"angleBetween", call(angleBetween)},
+    {"quadrant", call(quadrant)},
+    {"squareEndPoint", call(squareEndPoint)},
+    {"getRound", call(getRound)},
+    {"getFloor", call(getFloor)},
+    {"getCeiling", call(getCeiling)},
+    {"floatRound", call(floatRound)},
+    {"floatFloor", call(floatFloor)},
+    {"floatCeiling", call(floatCeiling)},
+    {"significantRound", call(significantRound)},
+    {"significantCeiling", call(significantCeiling)},
+    {"significantFloor", call(significantFloor)},
+    {"getScaleLog", call(getScaleLog)},
+    {"scaleRound", call(scaleRound)},
+    {"roundByUnitSize", call(roundByUnitSize)},
+    {"coarseRound", call(+[](double x) { return coarseRound(x); })},
+    {"fuzzyEq", call<bool, double, double, double>(fuzzyEq)},
+    {"fuzzyEq.point", call<bool, P, P, S>(fuzzyEq)},
+    {"fuzzyEq.pointAlike", call<bool, P, P, double>(fuzzyEq)},
+    {"fuzzyEq.size", call<bool, S, S, S>(fuzzyEq)},
+    {"fuzzyEq.margins", call<bool, M, M, S>(fuzzyEq)},
+    {"fuzzyEqualRects", call(fuzzyEqualRects)},
+    {"fuzzyEpsilon", call(fuzzyEpsilon)},
+    {"fuzzyIsZero.size", call<bool, S, double>(fuzzyIsZero)},
+    {"fuzzySign", call(fuzzySign)},
+    {"fuzzyZeroSign", call(fuzzyZeroSign)},
+    {"roundEq.point", call<bool, P, P, const QSize&>(roundEq)},
+    {"roundEq.size", call<bool, S, S, const QSize&>(roundEq)},
+    {"roundEq.margins", call<bool, M, M, const QSize&>(roundEq)},
+    {"preciseEq.point", call<bool, P, P>(preciseEq)},
+    {"preciseEq.size", call<bool, S, S>(preciseEq)},
+    {"preciseEq.margins", call<bool, M, M>(preciseEq)},
+    {"validity", call(+[](P p) {
+         return Numbers{1.0 * isNan(p), 1.0 * isInfinite(p), 1.0 * isIncorrect(p)};
+     })},
+    {"multiplyRect", call(multiplyRect)},
+    {"divideRect", call<QRectF, R, double>(operator/)},
+    {"rect2Margins", call(rect2Margins)},
+    {"margins2Rect", call(margins2Rect)},
+    {"scaleRect.margins", call<QMarginsF, M, double>(scaleRect)},
+    {"adjustRect", call(adjustRect)},
+    {"subtract", call(+[](QRectF a, R b) { return subtract(a, b), a; })},
+    {"envelopePoint", call(+[](QMarginsF m, P p) { return envelopePoint(m, p), m; })},
+    {"envelope", call(+[](QMarginsF m, M other) { return envelope(m, other), m; })},
+    {"intersectsRect", call<bool, R, R>(intersectsRect)},
+    {"intersectsRect.margins", call<bool, M, M>(intersectsRect)},
+    {"contains", call<bool, R, R>(contains)},
+    {"containsPoint", call(containsPoint)},
+    {"fuzzyContains", call<bool, R, R, S>(fuzzyContains)},
+    {"fuzzyContains.point", call<bool, R, P, S>(fuzzyContains)},
+    {"fuzzyIntersectsRect", call<bool, R, R, S>(fuzzyIntersectsRect)},
+    {"fuzzyIntersectsRect.margins", call<bool, M, M, S>(fuzzyIntersectsRect)},
+};
+
+MATCHER(SameNumber, "")
+{
+    const auto [x, y] = arg;
+    return x == y || (std::isnan(x) && std::isnan(y));
+}
+
+TEST(Plane, CallsGiveTheResultsOfTheTable)
+{
+    const auto rows = veltor::test::readTable("measure/data/calls.txt", ' ');
+    ASSERT_GT(rows.size(), functions.size());
+    for (const QStringList& row : rows) {
+        const int equals = row.indexOf(QStringLiteral("="));
+        Reader arguments(row.mid(1, equals - 1));
+        EXPECT_THAT(functions.at(row[0].toLatin1())(arguments),
+                    testing::Pointwise(SameNumber(), Reader(row.mid(equals + 1)).rest()))
+            << row.join(QLatin1Char(' ')).toStdString();
+    }
+}
+
+TEST(Rounding, RoundingARoundedValueChangesNothing)
+{
+    std::mt19937_64 random(1);
+    std::uniform_real_distribution<double> value(-1e6, 1e6);
+    for (int i = 0; i < 20000; ++i) {
+        const int n = i % 13 - 4;
+        const double once = getRound(value(random), n);
+        ASSERT_EQ(getRound(once, n), once) << n;
+    }
+}
+
+TEST(CoarseRounding, AsksTheCallersChooserAboutTheCallersSteps)
+{
+    const double steps[] = {12, 6, 3};
+    const auto lower = [](double mantissa, double lowerStep, double upperStep, double scale) {
+        EXPECT_DOUBLE_EQ(mantissa, 7);
+        EXPECT_EQ(upperStep, 12);
+        EXPECT_EQ(scale, 10);
+        return lowerStep;
+    };
+    EXPECT_EQ(coarseRound(70, lower, steps, 3), 60);
+    EXPECT_EQ(coarseRound(20, lower, steps, 3), 0);
+    EXPECT_EQ(coarseRound(37, {}, steps, 1), 0) << "a single step has none below";
+}
+
+TEST(Angles, BothWaysIntoOnePeriodAgreeButForLastBits)
+{
+    std::mt19937_64 random(2);
+    std::uniform_real_distribution<double> angle(-5000, 5000);
+    for (const double period : {2 * pi, 360.0, 400.0}) {
+        for (int i = 0; i < 2000; ++i) {
+            const double a = angle(random);
+            const double difference = std::fabs(normalizeAngle(a, period) - fixAngle(a, period));
+            ASSERT_LE(std::min(difference, period - difference), 1e-10) << a << " of " << period;
+        }
+    }
+}
+
+TEST(FuzzyFamily, AgreesWithItsExactRelatives)
+{
+    constexpr double huge = 1e300;
+    std::mt19937_64 random(3);
+    std::uniform_real_distribution<double> number(-10, 10);
+    // Sizes of 0 and below come up often; sides of two boxes never coincide.
+    const auto size = [&] { return random() % 3 == 0 ? 0 : number(random); };
+    const auto rectangle = [&] { return QRectF(number(random), number(random), size(), size()); };
+    for (int i = 0; i < 5000; ++i) {
+        const QRectF a = i % 4 == 0 ? QRectF(-10, -10, 30, 30) : rectangle();
+        const QRectF b = rectangle();
+        ASSERT_EQ(fuzzyContains(a, b, huge), contains(a, b));
+        ASSERT_EQ(fuzzyIntersectsRect(a, b, huge), intersectsRect(a, b));
+        ASSERT_EQ(fuzzyIntersectsRect(a, a, huge), intersectsRect(a, a));
+        ASSERT_TRUE(fuzzyContains(a, b, 0) && fuzzyIntersectsRect(a, b, 0) && fuzzyEqualRects(a, b, {0, 0}));
+        ASSERT_EQ(intersectsRect(a, b), intersectsRect(b, a));
+        const QMarginsF outer = rect2Margins(a.normalized());
+        const QMarginsF inner = rect2Margins(b.normalized());
+        ASSERT_EQ(fuzzyIntersectsRect(outer, inner, huge), intersectsRect(outer, inner));
+        ASSERT_TRUE(!contains(outer, inner) || intersectsRect(outer, inner));
+        ASSERT_TRUE(!contains(a, b) || a.isEmpty() || intersectsRect(a, b));
+        QMarginsF grown = outer;
+        envelope(grown, inner);
+        ASSERT_TRUE(contains(grown, outer) && contains(grown, inner));
+    }
+}
+
+} // namespace
