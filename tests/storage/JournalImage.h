@@ -5,6 +5,7 @@
 #include <QtCore/QBuffer>
 #include <QtCore/QByteArray>
 #include <QtCore/QMap>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QtEndian>
 
 namespace veltor::test {
@@ -43,15 +44,12 @@ public:
             {QStringLiteral("lastFile"), 24},   {QStringLiteral("firstFree"), 32},
             {QStringLiteral("lastFree"), 40}};
         quint64 sum = 0;
-        for (const QString& term : expression.split(QLatin1Char('+'))) {
-            for (const QString& name : term.split(QLatin1Char('.'))) {
-                bool number = false;
-                const quint64 value = name.toULongLong(&number);
-                sum += number                         ? value
-                       : name == QLatin1String("end") ? static_cast<quint64>(bytes.size())
-                       : m_records.contains(name)     ? m_records[name]
-                                                      : fields[name];
-            }
+        for (const QString& term : expression.split(QRegularExpression(QStringLiteral("[.+]")))) {
+            bool number = false;
+            const quint64 value = term.toULongLong(&number);
+            sum += number                         ? value
+                   : term == QLatin1String("end") ? static_cast<quint64>(bytes.size())
+                                                  : m_records.value(term, fields.value(term));
         }
         return sum;
     }
@@ -59,9 +57,9 @@ public:
 
     /// Damages the image by a list of words: "PLACE=VALUE" writes 8 bytes, "PLACE:N=VALUE" N of them,
     /// "cut=PLACE" ends the journal there.
-    void damage(const char* words)
+    void damage(const QString& words)
     {
-        for (const QString& word : QString::fromLatin1(words).split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        for (const QString& word : words.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
             const QStringList sides = word.split(QLatin1Char('='));
             const QStringList target = sides[0].split(QLatin1Char(':'));
             const quint64 value = at(sides[1]);
@@ -74,16 +72,14 @@ public:
     }
 
     /// A message in which {PLACE} stands for the number.
-    QString message(const char* text) const
+    QString message(QString text) const
     {
-        QString message = QString::fromUtf8(text);
-        for (int open = message.indexOf(QLatin1Char('{')); open >= 0 && !message.contains(QLatin1Char('-'));
-             open = message.indexOf(QLatin1Char('{'))) {
-            const int close = message.indexOf(QLatin1Char('}'));
-            message.replace(open, close - open + 1,
-                            QString::number(at(message.mid(open + 1, close - open - 1))));
+        const QRegularExpression place(QStringLiteral(R"(\{([a-zA-Z][\w.+]*)\})"));
+        for (auto match = place.match(text); match.hasMatch(); match = place.match(text)) {
+            text.replace(match.capturedStart(), match.capturedLength(),
+                         QString::number(at(match.captured(1))));
         }
-        return message;
+        return text;
     }
 
     QByteArray bytes;
