@@ -178,6 +178,7 @@ TEST_F(Pool, TakesATaskOfAnotherThreadThroughThatThread)
     startAtHome(named("the pool is gone when the thread would pass it on"));
     pool.reset();
     home.start();
+    EXPECT_TRUE(eventually([] { return LambdaTask::alive == 0; }));
 }
 
 TEST_F(Pool, ObserversSeeAQueuedTaskEndOnce)
