@@ -7,7 +7,7 @@ file(RENAME "${WORK}.data" "${WORK}/map.geojson")
 file(SIZE "${WORK}/map.geojson" before)
 
 foreach(round RANGE 1 2)
-  execute_process(COMMAND "${PROGRAM}" "${WORK}/journal" "${WORK}/map.geojson" COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${PROGRAM} "${WORK}/journal" "${WORK}/map.geojson" COMMAND_ERROR_IS_FATAL ANY)
   math(EXPR expected "${before} + ${round} * 12")
   file(SIZE "${WORK}/map.geojson" after)
   if(NOT after EQUAL expected OR EXISTS "${WORK}/journal")

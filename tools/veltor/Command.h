@@ -28,7 +28,8 @@ public:
     {}
 };
 
-/// Text to standard output and standard error, in UTF-8. printError() adds the line break.
+/// Text to standard output and standard error, in UTF-8 (a Windows console gets its own characters).
+/// printError() adds the line break.
 void print(const QString& text);
 void printError(const QString& text);
 
@@ -53,9 +54,6 @@ public:
     InterruptWatch& operator=(const InterruptWatch&) = delete;
 
     [[nodiscard]] static bool interrupted();
-
-private:
-    void (*m_former)(int);
 };
 
 /// One entry of the tool's table: `veltor NAME ARGUMENTS...`. `run` gets the words after the name.

@@ -1,48 +1,29 @@
 #include "Command.h"
+#include "Terminal.h"
 
 #include <QtCore/QBuffer>
 
 #include <array>
 #include <atomic>
-#include <csignal>
 #include <cstdio>
-
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
 
 namespace veltor::tool {
 namespace {
 
-void put(std::FILE* stream, const QString& text)
-{
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
-    std::fflush(stream);
-}
-
 std::atomic<bool> interruptSeen{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not wait for a lock");
-
-extern "C" void onInterrupt(int signal)
-{
-    interruptSeen.store(true);
-    std::signal(signal, SIG_DFL);
-}
 
 } // namespace
 
 InterruptWatch::InterruptWatch()
-    : m_former(std::signal(SIGINT, &onInterrupt))
 {
     interruptSeen.store(false);
+    terminal::watchInterrupt([] { interruptSeen.store(true); });
 }
 
 InterruptWatch::~InterruptWatch()
 {
-    std::signal(SIGINT, m_former);
+    terminal::unwatchInterrupt();
 }
 
 bool InterruptWatch::interrupted()
@@ -52,7 +33,7 @@ bool InterruptWatch::interrupted()
 
 void print(const QString& text)
 {
-    put(stdout, text);
+    terminal::put(stdout, text);
 }
 
 void printJson(const QJsonObject& object, const json::Format& layout, json::EndOfLine endOfLine)
@@ -67,21 +48,21 @@ void printJson(const QJsonObject& object, const json::Format& layout, json::EndO
 
 void printError(const QString& text)
 {
-    put(stderr, text + QLatin1Char('\n'));
+    terminal::put(stderr, text + QLatin1Char('\n'));
 }
 
 void printProgress(const QString& line)
 {
-    put(stderr, QStringLiteral("\r\033[K") + line);
+    // Blanks over what the line before left: not every console knows the sequence that clears.
+    static int shown = 0;
+    const QString cleared = line.leftJustified(shown);
+    terminal::put(stderr, QLatin1Char('\r') + cleared + (line.isEmpty() ? QStringLiteral("\r") : QString()));
+    shown = line.size();
 }
 
 bool hasTerminal()
 {
-#ifdef _WIN32
-    return _isatty(_fileno(stderr)) != 0;
-#else
-    return ::isatty(STDERR_FILENO) != 0;
-#endif
+    return terminal::isTerminal(stderr);
 }
 
 } // namespace veltor::tool

@@ -2,6 +2,7 @@
 // a source of its own.
 
 #include "Command.h"
+#include "Terminal.h"
 
 #include <veltor/logging/Logger.h>
 
@@ -71,6 +72,7 @@ int run(QStringList arguments)
 int main(int argc, char** argv)
 {
     using namespace veltor::tool;
+    terminal::prepareStreams();
     const QCoreApplication application(argc, argv);
     veltor::logging::setLogSink(&showErrors);
     try {

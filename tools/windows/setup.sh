@@ -13,7 +13,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 cache=$("$here/winerun" --cache)
 work=$cache/work
 log=$cache/setup.log
-export DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 QTDIR='' QMAKESPEC='' XQMAKESPEC=''
+export DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8
 unset QTDIR QMAKESPEC XQMAKESPEC
 
 say() { echo "tools/windows/setup.sh: $*" >&2; }
@@ -156,9 +156,10 @@ stage() {
   say "$name ..."
   # What another recipe or a killed run left half done.
   for old in "$work/$name"-*; do [ "$old" = "$scratch" ] || rm -rf --one-file-system "$old"; done
-  rm -rf --one-file-system "$dest" "$cache/$name" "$cache/$name".{stamp,manifest}
+  rm -rf --one-file-system "$dest"
   mkdir -p "$scratch"
   ("recipe_$name")
+  rm -rf --one-file-system "$cache/$name" "$cache/$name".{stamp,manifest}
   manifest "$dest" >"$cache/$name.manifest"
   mv -T "$dest" "$cache/$name"
   echo "$stamp" >"$work/stamp" && mv "$work/stamp" "$cache/$name.stamp"

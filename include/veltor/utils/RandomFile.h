@@ -155,7 +155,7 @@ private:
     using Entry = std::pair<unsigned long long, History::iterator>;
 
     [[nodiscard]] std::vector<Entry>::iterator lowerBound(unsigned long long index);
-    unsigned char* mapBlock(unsigned long long index, std::vector<Entry>::iterator place);
+    unsigned char* mapBlock(unsigned long long index);
     void checkRecentlyRemoved(unsigned long long index);
     void removeOverflow();
     void forgetOverdue();
@@ -163,6 +163,7 @@ private:
     void forgetStale();
     void forgetFrom(unsigned long long index);
     bool extend(qint64 position, qint64 end);
+    bool grow(qint64 begin, qint64 end);
 
     RandomFileSetup m_setup;
     std::vector<Entry> m_blocks;                    // the mapped blocks, by index

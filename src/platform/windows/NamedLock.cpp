@@ -10,6 +10,8 @@
 namespace veltor::platform {
 namespace {
 
+static_assert(sizeof(void*) != 4 || sizeof(SECURITY_ATTRIBUTES) == 12, "the record of 32-bit Windows");
+
 /// Everybody may do everything with the mutex: it is there for the processes of all users.
 class OpenToEveryone
 {

@@ -1,29 +1,15 @@
 #include "utils/storage/DeviceIo.h"
 
-#include <QtCore/QFile>
+#include "utils/storage/StorageFile.h"
+
+#include <QtCore/QFileDevice>
 
 #include <limits>
-#include <typeinfo>
 
 namespace veltor::utils {
 namespace {
 
 constexpr auto MaxOffset = static_cast<quint64>(std::numeric_limits<qint64>::max());
-
-/// The descriptor of a device that may be reached behind Qt's back, else -1. A subclass of QFile may
-/// have overridden any operation, so only QFile itself qualifies.
-int nativeDescriptor(QIODevice& device)
-{
-    if (typeid(device) != typeid(QFile)) {
-        return -1;
-    }
-    const QIODevice::OpenMode mode = device.openMode();
-    if (!mode.testFlag(QIODevice::Unbuffered) || mode.testFlag(QIODevice::Append) ||
-        mode.testFlag(QIODevice::Text)) {
-        return -1;
-    }
-    return static_cast<QFile&>(device).handle();
-}
 
 bool fits(quint64 position, qint64 length)
 {

@@ -11,10 +11,10 @@ namespace veltor::utils {
 /// Positioned access to an open random-access device that somebody else owns. Cheap to make; holds no
 /// state of its own.
 ///
-/// A plain QFile opened unbuffered is reached through the operating system's positioned calls: one
-/// system call an operation, and QIODevice::pos() kept true without any. Every other device goes through
-/// QIODevice's own seek, read and write, and is flushed after a write if it buffers: nothing that was
-/// written here ever waits in user space.
+/// A plain QFile opened unbuffered (on Windows a file of openStorageFile()) is reached through the operating
+/// system's positioned calls: one system call an operation, and QIODevice::pos() kept true without any. Every
+/// other device goes through QIODevice's own seek, read and write, and is flushed after a write if it
+/// buffers: nothing that was written here ever waits in user space.
 class DeviceIo
 {
 public:

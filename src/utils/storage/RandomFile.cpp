@@ -1,6 +1,8 @@
 #include <veltor/utils/RandomFile.h>
 
+#ifndef Q_OS_WIN
 #include "platform/FileSpace.h"
+#endif
 
 #include <algorithm>
 #include <cstring>
@@ -126,7 +128,7 @@ unsigned char* RandomFile::block(unsigned long long index)
     }
     const auto place = lowerBound(index);
     if (place == m_blocks.end() || place->first != index) {
-        return mapBlock(index, place);
+        return mapBlock(index);
     }
     m_history.splice(m_history.end(), m_history, place->second);
     return m_history.back().bytes;
@@ -229,15 +231,23 @@ std::vector<RandomFile::Entry>::iterator RandomFile::lowerBound(unsigned long lo
                             [](const Entry& entry, unsigned long long i) { return entry.first < i; });
 }
 
-unsigned char* RandomFile::mapBlock(unsigned long long index, std::vector<Entry>::iterator place)
+unsigned char* RandomFile::mapBlock(unsigned long long index)
 {
     const unsigned size = blockSize(index);
-    unsigned char* const bytes = size > 0 ? map(static_cast<qint64>(index * BlockSize), size) : nullptr;
+    if (size == 0) {
+        return nullptr;
+    }
+    unsigned char* bytes = map(static_cast<qint64>(index * BlockSize), size);
+    // The limit may be higher than what the process has addresses for, above all one of 32 bits.
+    while (!bytes && !m_history.empty()) {
+        forgetOverdue();
+        bytes = map(static_cast<qint64>(index * BlockSize), size);
+    }
     if (!bytes) {
         return nullptr;
     }
     checkRecentlyRemoved(index);
-    m_blocks.insert(place, {index, m_history.insert(m_history.end(), {index, bytes})});
+    m_blocks.insert(lowerBound(index), {index, m_history.insert(m_history.end(), {index, bytes})});
     if (m_history.size() > m_setup.curLimit()) {
         removeOverflow();
     }
@@ -304,6 +314,18 @@ void RandomFile::forgetFrom(unsigned long long index)
     m_blocks.erase(first, m_blocks.end());
 }
 
+/// Grows the file, the new bytes from @p begin on backed by disk space.
+bool RandomFile::grow([[maybe_unused]] qint64 begin, qint64 end)
+{
+#ifdef Q_OS_WIN
+    // A longer file has its space: only files made sparse on purpose have holes. And handle() would take
+    // a descriptor from the C runtime that nobody gives back.
+    return QFile::resize(end);
+#else
+    return platform::extendFile(handle(), begin, end);
+#endif
+}
+
 /// Makes the file at least @p end bytes long, the space from @p position on reserved.
 bool RandomFile::extend(qint64 position, qint64 end)
 {
@@ -313,7 +335,7 @@ bool RandomFile::extend(qint64 position, qint64 end)
     }
     refresh();
     forgetFrom(firstStale(size, end));
-    if (!openMode().testFlag(WriteOnly) || !platform::extendFile(handle(), std::max(position, size), end)) {
+    if (!openMode().testFlag(WriteOnly) || !grow(std::max(position, size), end)) {
         setErrorString(qt_error_string());
         return false;
     }

@@ -3,11 +3,10 @@
 #include "utils/storage/DeviceIo.h"
 #include "utils/storage/JournalMessages.h"
 #include "utils/storage/JournalWalker.h"
+#include "utils/storage/StorageFile.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-
-#include <memory>
 
 namespace veltor::utils {
 namespace {
@@ -17,11 +16,9 @@ namespace message = journal::message;
 /// Opens a regular file; an open of a pipe or a device could wait for ever.
 IOPtr openRegular(const QString& path, QIODevice::OpenMode mode)
 {
-    auto file = std::make_unique<QFile>(path);
-    if (QFileInfo(path).isFile()) {
-        file->open(mode | QIODevice::ExistingOnly | QIODevice::Unbuffered);
-    }
-    return makeIOPtr(file.release());
+    return makeIOPtr(QFileInfo(path).isFile()
+                         ? openStorageFile(path, mode | QIODevice::ExistingOnly).release()
+                         : new QFile(path));
 }
 
 IOPtr openJournal(const QString& path, QIODevice::OpenMode mode)
@@ -32,9 +29,7 @@ IOPtr openJournal(const QString& path, QIODevice::OpenMode mode)
         if (QFileInfo::exists(path)) {
             return openRegular(path, QIODevice::ReadWrite);
         }
-        auto file = std::make_unique<QFile>(path);
-        file->open(QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered);
-        return makeIOPtr(file.release());
+        return makeIOPtr(openStorageFile(path, QIODevice::ReadWrite | QIODevice::NewOnly).release());
     }
     IOPtr device =
         openRegular(path, mode & QIODevice::WriteOnly ? QIODevice::ReadWrite : QIODevice::ReadOnly);
