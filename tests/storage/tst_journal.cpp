@@ -62,9 +62,9 @@ TEST(Journal, WholeOnesOfBothLayoutsAreAccepted)
         EXPECT_EQ(files[0].savedBytes, 15u);
         EXPECT_EQ(device.freeBlockCount(), 2u);
         // Appending would mix the layouts.
-        EXPECT_EQ(device.addBlock(image.at("a"), 0, 10), checksums);
+        EXPECT_EQ(device.addBlock(image.at(u("a")), 0, 10), checksums);
         EXPECT_EQ(device.addFileImpl(QStringLiteral("c")) != 0, checksums);
-        EXPECT_EQ(device.addFileImpl(QStringLiteral("a")), image.at("a"));
+        EXPECT_EQ(device.addFileImpl(QStringLiteral("a")), image.at(u("a")));
     }
 }
 
@@ -93,7 +93,7 @@ TEST(Journal, DeviceFaultsAreTold)
     };
     EXPECT_EQ(faultOf(0),
               image.message(u("Ошибка перехода к смещению 0 (размер файла отката {end}, файл открыт)")));
-    EXPECT_EQ(faultOf(image.at("b.name")),
+    EXPECT_EQ(faultOf(image.at(u("b.name"))),
               image.message(u("Ошибка позиционирования в файле по смещению {b.name} относительно {b}")));
 
     LogCapture log;
