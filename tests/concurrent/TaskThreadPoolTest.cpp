@@ -12,7 +12,6 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
 #include <future>
 #include <mutex>
 #include <random>
@@ -117,46 +116,31 @@ TEST_F(Pool, WakesWaitersWhenTheLastTaskIsDropped)
 
 TEST_F(Pool, RunsTasksByPriorityThenInTheirOrder)
 {
-    // High ones stand in front of all that wait, the latest first; no other priority matters. Every fifth
-    // task starts further ones, while the queue is neither full nor empty.
-    std::deque<int> expectedQueue;
-    std::vector<int> expected;
     std::vector<int> seen; // by the only worker
     TaskThreadPool pool(1);
     EXPECT_TRUE(pool.waitForAllTasks(0));
-    const auto isHigh = [](int number) { return number % 3 == 0; };
-    std::function<void(int)> start = [&](int number) {
-        const auto priority =
-            isHigh(number) ? TaskThreadPool::High : TaskThreadPool::Priority(number % 3 * 7);
-        pool.start(new LambdaTask([&, number](LambdaTask&) {
-                       seen.push_back(number);
-                       for (int i = 1; number % 5 == 0 && i <= 4; ++i) {
-                           start(10000 + number * 5 + i);
-                       }
-                   }),
-                   priority);
-    };
-    const auto expect = [&](int number) {
-        isHigh(number) ? expectedQueue.push_front(number) : expectedQueue.push_back(number);
+    std::function<LambdaTask*(int)> numbered = [&](int number) {
+        return new LambdaTask([&, number](LambdaTask&) {
+            seen.push_back(number);
+            if (number == 500) { // in the middle of the queue
+                pool.start(numbered(-1), TaskThreadPool::High);
+                pool.start(numbered(-2), TaskThreadPool::High);
+            }
+        });
     };
     auto gate = occupy(pool);
     EXPECT_FALSE(pool.allTasksDone() || pool.waitForAllTasks(1));
-    for (int i = 0; i < 500; ++i) {
-        start(i);
-        expect(i);
+    std::vector<int> expected;
+    for (int i = 1; i <= 1000; ++i) {
+        pool.start(numbered(i), TaskThreadPool::Priority(i % 2 * 7)); // no priority of its own
+        expected.push_back(i);
     }
-    while (!expectedQueue.empty()) {
-        const int number = expectedQueue.front();
-        expectedQueue.pop_front();
-        expected.push_back(number);
-        for (int i = 1; number % 5 == 0 && i <= 4; ++i) {
-            expect(10000 + number * 5 + i);
-        }
-    }
+    pool.start(numbered(0), TaskThreadPool::High);
     gate.set_value();
-    EXPECT_TRUE(pool.waitForAllTasks());
+    EXPECT_TRUE(pool.waitForAllTasks() && pool.allTasksDone());
+    expected.insert(expected.begin() + 500, {-2, -1});
+    expected.insert(expected.begin(), 0);
     EXPECT_EQ(seen, expected);
-    EXPECT_TRUE(pool.allTasksDone());
 }
 
 TEST_F(Pool, TakesATaskOfAnotherThreadThroughThatThread)

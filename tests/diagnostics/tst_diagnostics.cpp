@@ -76,12 +76,8 @@ TEST(TotalMem, isThatOfARealMachine)
 #if defined(Q_OS_LINUX)
 TEST(TotalMem, findsTheSmallestLimitOfItsContainer)
 {
-    struct Row
-    {
-        const char *name, *membership;
-        std::vector<std::pair<const char*, const char*>> files;
-        quint64 limit;
-    };
+    using Files = std::vector<std::pair<const char*, const char*>>;
+    using Row = std::tuple<const char*, const char*, Files, quint64>;
     const Row rows[] = {
         {"not limited", "0::/a\n", {{"a/memory.max", "max\n"}}, 0},
         {"own group", "0::/a\n", {{"a/memory.max", "1048576\n"}}, MiB},
@@ -95,15 +91,15 @@ TEST(TotalMem, findsTheSmallestLimitOfItsContainer)
         {"no less than the machine", "0::/\n", {{"memory.max", "1073741824\n"}}, 0},
         {"broken lines", "memory\n:\n5:memory\n0::\n", {{"memory.max", "-\n"}}, 0},
     };
-    for (const Row& row : rows) {
+    for (const auto& [name, group, files, limit] : rows) {
         const test::Folder folder;
-        for (const auto& [name, contents] : row.files) {
-            folder.write(name, contents);
+        for (const auto& [fileName, contents] : files) {
+            folder.write(fileName, contents);
         }
-        const QString membership = folder.write("membership", row.membership);
+        const QString membership = folder.write("membership", group);
         EXPECT_EQ(platform::containerMemoryLimit(membership.toStdString(), folder.path().toStdString(), GiB),
-                  row.limit)
-            << row.name;
+                  limit)
+            << name;
     }
 }
 #endif

@@ -12,6 +12,7 @@
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QUuid>
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <thread>
@@ -182,60 +183,62 @@ TEST(NamedMutex, AForkedChildOwnsNothing)
     EXPECT_EQ(forked([&] { return mutex.tryLock() && mutex.unlock() ? 0 : 1; }), 0);
 }
 
-/// A name that nobody used yet, and the file that a mutex of that name leaves until the system restarts.
-class MutexFile
+/// The files of all mutexes, which stay until the system restarts; none where a mutex is no file.
+QStringList mutexFiles()
 {
-public:
-    const std::string name = QUuid::createUuid().toString().toStdString();
-
-    /// Makes the mutex by @p action.
-    explicit MutexFile(const std::function<void(const std::string&)>& action)
-    {
-        const QStringList before = memory().entryList();
-        action(name);
-        for (const QFileInfo& file : memory().entryInfoList()) {
-            if (!before.contains(file.fileName())) {
-                path = file.filePath();
-            }
-        }
+    QStringList paths;
+    const QDir memory(u("/dev/shm"), u("veltor-mutex-*"), QDir::NoSort, QDir::Files);
+    for (const QFileInfo& file : memory.entryInfoList()) {
+        paths << file.filePath();
     }
-    ~MutexFile() { QFile::remove(path); }
-    MutexFile(const MutexFile&) = delete;
-    MutexFile& operator=(const MutexFile&) = delete;
+    return paths;
+}
 
-    QString path;
+/// The file of a mutex that @p action makes, removed with this object.
+std::unique_ptr<QFile, void (*)(QFile*)> mutexFileOf(const std::function<void()>& action)
+{
+    const QStringList before = mutexFiles();
+    action();
+    QStringList after = mutexFiles();
+    after.erase(std::remove_if(after.begin(), after.end(), [&](auto& path) { return before.contains(path); }),
+                after.end());
+    return {new QFile(after.value(0)), [](QFile* file) {
+                file->remove();
+                delete file;
+            }};
+}
 
-private:
-    static QDir memory() { return {u("/dev/shm"), u("veltor-mutex-*"), QDir::NoSort, QDir::Files}; }
-};
+std::string unusedName()
+{
+    return QUuid::createUuid().toString().toStdString();
+}
 
 TEST(NamedMutex, OtherUsersMayUseIt)
 {
+    const std::string name = unusedName();
+    const auto useAs = [&](User who) { return forked([&] { return use(name) ? 0 : 1; }, who); };
     int result = NoFork;
-    const auto useAs = [&](const std::string& name, User who) {
-        result = forked([&] { return use(name) ? 0 : 1; }, who);
-        return result;
-    };
-    const MutexFile file([&](const std::string& name) { useAs(name, User::Another); });
+    const auto file = mutexFileOf([&] { result = useAs(User::Another); });
     if (result == NoFork) {
         GTEST_SKIP() << "only root can become another user";
     }
     EXPECT_EQ(result, 0);
-    EXPECT_EQ(useAs(file.name, User::Ordinary), 0);
-    EXPECT_EQ(useAs(file.name, User::Same), 0);
+    EXPECT_EQ(useAs(User::Ordinary), 0);
+    EXPECT_EQ(useAs(User::Same), 0);
 }
 
 TEST(NamedMutex, AFileOfAnotherVersionIsRefusedAndLeftAlone)
 {
-    const MutexFile mutex([](const std::string& name) { EXPECT_TRUE(use(name)); });
-    QFile file(mutex.path);
+    const std::string name = unusedName();
+    const auto owned = mutexFileOf([&] { EXPECT_TRUE(use(name)); });
+    QFile& file = *owned;
     if (!file.open(QIODevice::ReadWrite)) {
         GTEST_SKIP() << "a mutex is no file here";
     }
     const QByteArray whole = file.readAll();
     for (const QByteArray& other : {QByteArray(whole.size(), '\x7F'), whole.left(whole.size() - 1)}) {
         ASSERT_TRUE(file.resize(0) && file.seek(0) && file.write(other) == other.size() && file.flush());
-        EXPECT_FALSE(use(mutex.name));
+        EXPECT_FALSE(use(name));
         ASSERT_TRUE(file.seek(0));
         EXPECT_EQ(file.readAll(), other);
     }

@@ -1,8 +1,11 @@
-// Rounding, angles and planar geometry: a table of calls, and laws that hold for any numbers.
+// Rounding, angles, planar geometry and notable distances: a table of calls, and laws that hold for any
+// numbers.
 
 #include "support/Calls.h"
 
+#include <veltor/core/CalcMode.h>
 #include <veltor/utils/Angles.h>
+#include <veltor/utils/Distance.h>
 #include <veltor/utils/FuzzyGeometry.h>
 #include <veltor/utils/Rounding.h>
 
@@ -11,6 +14,7 @@
 #include <cmath>
 #include <random>
 
+using namespace veltor::core;
 using namespace veltor::test;
 using namespace veltor::utils;
 
@@ -67,6 +71,12 @@ const std::map<QByteArray, Call> functions = {
     {"isNan", call(isNan)},
     {"isInfinite", call(isInfinite)},
     {"isIncorrect", call(isIncorrect)},
+    {"cartesianDistance", call(cartesianDistance)},
+    {"sphericalDistance", call(sphericalDistance)},
+    {"ellipsoidDistance", call(ellipsoidDistance)},
+    {"vincentyDistance", call(vincentyDistance)},
+    {"lambertDistance", call(lambertDistance)},
+    {"findCalcMode", call(+[](QString word) { return static_cast<int>(findCalcMode(word)); })},
     {"multiplyRect", call(multiplyRect)},
     {"divideRect", call<QRectF, R, double>(operator/)},
     {"rect2Margins", call(rect2Margins)},
@@ -89,6 +99,8 @@ const std::map<QByteArray, Call> functions = {
 TEST(Plane, CallsGiveTheResultsOfTheTable)
 {
     expectCalls("measure/data/calls.txt", ' ', functions);
+    EXPECT_EQ(findCalcMode(u("  Sphere\t")), CalcMode::Spherical);
+    EXPECT_EQ(findCalcMode(u("  ")), CalcMode::Auto);
 }
 
 TEST(Rounding, RoundingARoundedValueChangesNothing)

@@ -380,15 +380,12 @@ TEST_F(Rollback, ASecuredFileBehavesAsAFileDevice)
     file.close();
 
     // An owned device goes with the file; the journal stays for the next run.
-    {
-        auto* const owned = new RollbackFile;
-        ASSERT_TRUE(owned->openByName(QFileInfo(path("journal")), QIODevice::ReadWrite));
-        ASSERT_TRUE(file.open(path("a"), {owned, [](RollbackDevice* device) { delete device; }}));
-        EXPECT_EQ(file.write("####"), 4);
-        file.close();
-    }
-    ASSERT_TRUE(journal.openByName(QFileInfo(path("journal")), QIODevice::ReadWrite));
-    EXPECT_TRUE(journal.rollback());
+    auto* const owned = new RollbackFile;
+    ASSERT_TRUE(owned->openByName(QFileInfo(path("journal")), QIODevice::ReadWrite));
+    ASSERT_TRUE(file.open(path("a"), {owned, [](RollbackDevice* device) { delete device; }}));
+    EXPECT_EQ(file.write("####"), 4);
+    file.close();
+    EXPECT_TRUE(rollBack());
     EXPECT_EQ(read("a"), "line one\nline two\n");
 }
 
