@@ -1,53 +1,16 @@
 // A program of its own: the global pool goes down at process exit with tasks running, queued, waiting and
 // paused, with and without an application object. It fails by crashing, hanging or leaking.
 
-#include <veltor/concurrent/Task.h>
-#include <veltor/concurrent/TaskThreadPool.h>
+#include "Support.h"
 
-#include <QtCore/QCoreApplication>
+#include <veltor/concurrent/TaskThreadPool.h>
 
 #include <cstring>
 #include <future>
 #include <optional>
-#include <thread>
 
 using namespace veltor::concurrent;
-
-namespace {
-
-class ExitTask : public Task
-{
-public:
-    enum Kind
-    {
-        Busy,
-        PausedKind,
-        WaitingKind,
-    };
-    explicit ExitTask(Kind kind)
-        : m_kind(kind)
-    {}
-
-protected:
-    void onStart() override
-    {
-        if (m_kind == WaitingKind) {
-            enterWaitingState();
-            return;
-        }
-        if (m_kind == PausedKind) {
-            pause();
-        }
-        while (waitWhilePaused()) {
-            std::this_thread::yield();
-        }
-    }
-
-private:
-    const Kind m_kind;
-};
-
-} // namespace
+using veltor::test::LambdaTask;
 
 int main(int argc, char** argv)
 {
@@ -56,16 +19,28 @@ int main(int argc, char** argv)
     if (withApplication) {
         application.emplace(argc, argv);
     }
+    const auto work = [](LambdaTask& task) {
+        while (task.waitWhilePaused()) {
+            std::this_thread::yield();
+        }
+    };
+    const auto pause = [work](LambdaTask& task) {
+        task.pause();
+        work(task);
+    };
+    const auto wait = [](LambdaTask& task) { task.enterWaitingState(); };
     TaskThreadPool* pool = TaskThreadPool::globalInstance();
-    auto* first = new ExitTask(ExitTask::PausedKind);
+    auto* first = new LambdaTask(pause);
     const auto handler = first->progressHandler();
     std::promise<void> paused;
     QObject::connect(handler.get(), &ProgressHandler::paused, [&paused] { paused.set_value(); });
     pool->start(first);
-    for (int i = 0; i < 40; ++i) {
-        pool->start(new ExitTask(ExitTask::Kind(i % 3)));
+    for (int i = 0; i < 14; ++i) {
+        pool->start(new LambdaTask(work));
+        pool->start(new LambdaTask(pause));
+        pool->start(new LambdaTask(wait));
     }
-    pool->startService(new ExitTask(ExitTask::WaitingKind));
+    pool->startService(new LambdaTask(wait));
     if (withApplication) { // no task starts without one
         paused.get_future().wait();
     }

@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <stdexcept>
 
 namespace veltor::concurrent {
@@ -60,12 +59,8 @@ const Scenario scenarios[] = {
 };
 // clang-format on
 
-class TaskScenario : public testing::TestWithParam<std::tuple<Scenario, Qt::ConnectionType>>
-{};
-
-TEST_P(TaskScenario, EmitsItsSignalsInOrder)
+void expectSignals(const Scenario& scenario, Qt::ConnectionType type)
 {
-    const auto& [scenario, type] = GetParam();
     LambdaTask task(scenario.work);
     EventLog log(*task.progressHandler(), type);
     task.start();
@@ -86,17 +81,15 @@ TEST_P(TaskScenario, EmitsItsSignalsInOrder)
                   QLatin1String(scenario.events).contains(QLatin1String("cancelRequest")));
 }
 
-std::string scenarioName(const testing::TestParamInfo<TaskScenario::ParamType>& info)
+TEST(Task, EmitsTheSignalsOfItsScenarioInOrder)
 {
-    std::string name = std::get<0>(info.param).name;
-    std::replace(name.begin(), name.end(), ' ', '_');
-    return name + (std::get<1>(info.param) == Qt::QueuedConnection ? "_queued" : "_direct");
+    for (const Scenario& scenario : scenarios) {
+        for (const auto type : {Qt::DirectConnection, Qt::QueuedConnection}) {
+            SCOPED_TRACE(scenario.name + std::string(type == Qt::DirectConnection ? "" : ", queued"));
+            expectSignals(scenario, type);
+        }
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Table, TaskScenario,
-                         testing::Combine(testing::ValuesIn(scenarios),
-                                          testing::Values(Qt::DirectConnection, Qt::QueuedConnection)),
-                         scenarioName);
 
 TEST(Task, DestroyedBeforeItsEndIsSeenAsCancelled)
 {

@@ -12,11 +12,8 @@
 
 #include <gtest/gtest.h>
 
-#include <condition_variable>
-#include <deque>
 #include <future>
 #include <mutex>
-#include <numeric>
 #include <random>
 
 namespace veltor::concurrent {
@@ -64,23 +61,6 @@ protected:
     std::mutex mutex; // guards order
     std::string order;
 };
-
-TEST_F(Pool, RunsTasksInItsWorkersByPriority)
-{
-    TaskThreadPool pool(1);
-    EXPECT_TRUE(pool.waitForAllTasks(0));
-    auto gate = occupy(pool);
-    EXPECT_FALSE(pool.allTasksDone());
-    EXPECT_FALSE(pool.waitForAllTasks(1));
-    pool.start(named("a"));
-    pool.start(named("b"), TaskThreadPool::Priority(7));
-    pool.start(named("c"), TaskThreadPool::High);
-    pool.start(named("d"), TaskThreadPool::High);
-    gate.set_value();
-    EXPECT_TRUE(pool.waitForAllTasks());
-    EXPECT_EQ(ran(), "dcab");
-    EXPECT_TRUE(pool.allTasksDone());
-}
 
 TEST_F(Pool, WithoutWorkersQueuesUntilOneIsAdded)
 {
@@ -132,44 +112,57 @@ TEST_F(Pool, WakesWaitersWhenTheLastTaskIsDropped)
     cancelled->enterCancelledState();
     gate.set_value();
     EXPECT_TRUE(pool.waitForAllTasks());
-    auto* before = new LambdaTask;
-    const QPointer<LambdaTask> guard(before);
-    before->enterCancelledState();
-    pool.start(before);
-    EXPECT_TRUE(!guard || guard->runs == 0);
-    EXPECT_TRUE(pool.waitForAllTasks(0));
 }
 
-TEST_F(Pool, KeepsTheOrderOfALongQueue)
+TEST_F(Pool, RunsTasksByPriorityThenInTheirOrder)
 {
-    constexpr int count = 1000;
-    std::vector<int> ran_; // by the only worker
-    {
-        TaskThreadPool pool(1);
-        auto gate = occupy(pool);
-        std::promise<void> halfWay;
-        std::promise<void> goOn;
-        const auto numbered = [&](int i) {
-            return new LambdaTask([&ran_, i](LambdaTask&) { ran_.push_back(i); });
-        };
-        for (int i = 0; i < count; ++i) {
-            pool.start(i != count / 2 ? numbered(i) : new LambdaTask([&, i](LambdaTask&) {
-                ran_.push_back(i);
-                halfWay.set_value();
-                goOn.get_future().wait();
-            }));
-        }
-        gate.set_value();
-        halfWay.get_future().wait();
-        pool.start(numbered(-1), TaskThreadPool::High);
-        pool.start(numbered(-2), TaskThreadPool::High);
-        goOn.set_value();
-        EXPECT_TRUE(pool.waitForAllTasks());
+    std::vector<int> seen; // by the only worker
+    TaskThreadPool pool(1);
+    EXPECT_TRUE(pool.waitForAllTasks(0));
+    std::function<LambdaTask*(int)> numbered = [&](int number) {
+        return new LambdaTask([&, number](LambdaTask&) {
+            seen.push_back(number);
+            if (number == 500) { // in the middle of the queue
+                pool.start(numbered(-1), TaskThreadPool::High);
+                pool.start(numbered(-2), TaskThreadPool::High);
+            }
+        });
+    };
+    auto gate = occupy(pool);
+    EXPECT_FALSE(pool.allTasksDone() || pool.waitForAllTasks(1));
+    std::vector<int> expected;
+    for (int i = 1; i <= 1000; ++i) {
+        pool.start(numbered(i), TaskThreadPool::Priority(i % 2 * 7)); // no priority of its own
+        expected.push_back(i);
     }
-    std::vector<int> expected(count);
-    std::iota(expected.begin(), expected.end(), 0);
-    expected.insert(expected.begin() + count / 2 + 1, {-2, -1});
-    EXPECT_EQ(ran_, expected);
+    pool.start(numbered(0), TaskThreadPool::High);
+    gate.set_value();
+    EXPECT_TRUE(pool.waitForAllTasks() && pool.allTasksDone());
+    expected.insert(expected.begin() + 500, {-2, -1});
+    expected.insert(expected.begin(), 0);
+    EXPECT_EQ(seen, expected);
+}
+
+TEST_F(Pool, TakesATaskOfAnotherThreadThroughThatThread)
+{
+    test::EventLoopThread home;
+    auto pool = std::make_unique<TaskThreadPool>(1);
+    const auto startAtHome = [&](LambdaTask* task) {
+        task->moveTaskToThread(&home);
+        pool->start(task);
+    };
+    home.start();
+    for (int i = 0; i < 5; ++i) {
+        startAtHome(named("a"));
+        startAtHome(named("b"));
+    }
+    EXPECT_TRUE(eventually([] { return LambdaTask::alive == 0; }));
+    EXPECT_EQ(ran(), "ababababab");
+    home.stop();
+    startAtHome(named("the pool is gone when the thread would pass it on"));
+    pool.reset();
+    home.start();
+    EXPECT_TRUE(eventually([] { return LambdaTask::alive == 0; }));
 }
 
 TEST_F(Pool, ObserversSeeAQueuedTaskEndOnce)
@@ -295,45 +288,6 @@ TEST_F(Pool, CancelsAndDeletesEverythingWhenDestroyed)
     }
 }
 
-/// A thread that continues or cancels paused tasks, in the order in which they were paused.
-class Resumer
-{
-public:
-    ~Resumer()
-    {
-        take(nullptr, false); // the last one
-        m_thread.join();
-    }
-
-    void take(const std::shared_ptr<TaskProgressHandler>& paused, bool cancels)
-    {
-        const std::lock_guard lock(m_mutex);
-        m_paused.emplace_back(paused, cancels);
-        m_changed.notify_one();
-    }
-
-private:
-    void run()
-    {
-        for (;;) {
-            std::unique_lock lock(m_mutex);
-            m_changed.wait(lock, [this] { return !m_paused.empty(); });
-            const auto [handler, cancels] = m_paused.front();
-            m_paused.pop_front();
-            lock.unlock();
-            if (!handler) {
-                return;
-            }
-            cancels ? handler->cancel() : handler->continueWork();
-        }
-    }
-
-    std::mutex m_mutex; // guards m_paused
-    std::condition_variable m_changed;
-    std::deque<std::pair<std::shared_ptr<TaskProgressHandler>, bool>> m_paused;
-    std::thread m_thread{[this] { run(); }};
-};
-
 TEST_F(Pool, StressEndsWithNothingAlive)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -344,7 +298,10 @@ TEST_F(Pool, StressEndsWithNothingAlive)
     std::atomic<int> ends{0};
     std::atomic<int> pauses{0};
     {
-        Resumer resumer;
+        test::EventLoopThread thread;
+        QObject resumer; // its thread continues or cancels paused tasks
+        resumer.moveToThread(&thread);
+        thread.start();
         TaskThreadPool pool(2);
         std::vector<std::thread> starters;
         for (unsigned seed = 1; seed <= 4; ++seed) {
@@ -363,11 +320,11 @@ TEST_F(Pool, StressEndsWithNothingAlive)
                     });
                     const auto handler = task->progressHandler();
                     QObject::connect(handler.get(), &ProgressHandler::finished, [&] { ++ends; });
-                    QObject::connect(handler.get(), &ProgressHandler::paused,
+                    QObject::connect(handler.get(), &ProgressHandler::paused, &resumer,
                                      [&, weak = std::weak_ptr(handler), cancels = dice == 15] {
                                          if (const auto paused = weak.lock()) {
                                              ++pauses;
-                                             resumer.take(paused, cancels);
+                                             cancels ? paused->cancel() : paused->continueWork();
                                          }
                                      });
                     if (dice == 0) {

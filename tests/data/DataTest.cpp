@@ -2,11 +2,12 @@
 #include <veltor/utils/NoCaseJsonObject.h>
 #include <veltor/utils/TextStreamFromFile.h>
 
+#include "support/Files.h"
 #include "support/Printers.h"
+#include "support/Text.h"
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QTemporaryDir>
 
 #include <gmock/gmock.h>
 
@@ -17,10 +18,7 @@
 namespace veltor::utils {
 namespace {
 
-QString u(const char* text)
-{
-    return QString::fromUtf8(text);
-}
+using test::u;
 
 /// Runs of breaks are one; only a break at the very start makes an empty line.
 QStringList modelLines(const QString& text)
@@ -130,8 +128,8 @@ TEST(JsonToLocalizedString, PicksTheLanguage)
 
 TEST(TextStreamFromFile, WritesAndReadsItsFile)
 {
-    const QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("text"));
+    const test::Folder folder;
+    const QString path = folder.path("text");
     {
         TextStreamFromFile stream(path, QIODevice::WriteOnly);
         EXPECT_EQ(stream.fileName(), path);
@@ -146,8 +144,8 @@ TEST(TextStreamFromFile, WritesAndReadsItsFile)
 
 TEST(TextStreamFromFile, SaysWhatFailed)
 {
-    const QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("missing/text"));
+    const test::Folder folder;
+    const QString path = folder.path("missing/text");
     const std::pair<QIODevice::OpenMode, const char*> rows[] = {
         {QIODevice::ReadOnly, "Не удалось открыть файл '"},
         {QIODevice::ReadWrite, "Не удалось создать файл '"},

@@ -1,26 +1,20 @@
-// The named mutex among threads, processes, users and their deaths. Processes are forked, which a test
-// may do while it has one thread; "tst_named_mutex --try NAME" is one that shares nothing but the name.
+// The named mutex among threads, processes, users and their deaths.
+
+#include "support/Files.h"
+#include "support/Platform.h"
+#include "support/Process.h"
+#include "support/Text.h"
 
 #include <veltor/utils/NamedMutex.h>
 #include <veltor/utils/RandomFile.h>
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
-#include <QtCore/QProcess>
-#include <QtCore/QTemporaryDir>
+#include <QtCore/QUuid>
 
-#include <gtest/gtest.h>
-
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
+#include <algorithm>
 #include <array>
-#include <csignal>
-#include <cstdio>
-#include <functional>
-#include <random>
+#include <memory>
 #include <thread>
 
 namespace veltor::test {
@@ -28,12 +22,10 @@ namespace {
 
 using utils::NamedMutex;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int Kills = 200;
-constexpr quint64 Increments = 100000;
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(Q_OS_WIN)
+constexpr int Kills = 50;
 #else
-constexpr int Kills = 1000;
-constexpr quint64 Increments = 1000000;
+constexpr int Kills = 200;
 #endif
 
 /// A name of this program's own, so that other builds do not interfere; free, whoever died with it.
@@ -55,32 +47,16 @@ bool onAnotherThread(const std::function<bool()>& action)
     return result;
 }
 
-/// Whether another thread can take the mutex of that name, which it releases again.
+/// Takes the mutex of that name and releases it again.
+bool use(const std::string& name)
+{
+    NamedMutex mutex;
+    return mutex.open(name) && mutex.tryLock() && mutex.unlock();
+}
+
 bool isFree(const std::string& name)
 {
-    return onAnotherThread([&] {
-        NamedMutex mutex;
-        return mutex.open(name) && mutex.tryLock() && mutex.unlock();
-    });
-}
-
-/// A child that does @p action; its result is the exit code.
-pid_t child(const std::function<int()>& action)
-{
-    const pid_t pid = fork();
-    if (pid == 0) {
-        alarm(120);
-        _exit(action());
-    }
-    return pid;
-}
-
-/// The child's exit code, -1 when it was killed.
-int end(pid_t pid)
-{
-    int status = 0;
-    EXPECT_EQ(waitpid(pid, &status, 0), pid);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return onAnotherThread([&] { return use(name); });
 }
 
 TEST(NamedMutex, OneThreadOwnsItAsOftenAsItLocked)
@@ -179,18 +155,17 @@ TEST(NamedMutex, WaitsAreYieldsFirst)
     EXPECT_GE(timer.elapsed(), 12); // a sleep may be late, but not early
 }
 
+const Role user("use", [](const QStringList& arguments) { return use(arguments[0].toStdString()) ? 0 : 1; });
+
 TEST(NamedMutex, OtherProgramsFindItByName)
 {
     const std::string name = freeName("programs");
-    const auto tryElsewhere = [&] {
-        return QProcess::execute(QCoreApplication::applicationFilePath(),
-                                 {QStringLiteral("--try"), QString::fromStdString(name)}) == 0;
-    };
+    const auto useElsewhere = [&] { return play("use", {QString::fromStdString(name)}).status; };
     NamedMutex mutex;
     ASSERT_TRUE(mutex.open(name));
-    EXPECT_TRUE(tryElsewhere());
+    EXPECT_EQ(useElsewhere(), 0);
     EXPECT_TRUE(mutex.lock());
-    EXPECT_FALSE(tryElsewhere());
+    EXPECT_EQ(useElsewhere(), 1);
     EXPECT_TRUE(mutex.unlock());
 }
 
@@ -199,29 +174,73 @@ TEST(NamedMutex, AForkedChildOwnsNothing)
     NamedMutex mutex;
     ASSERT_TRUE(mutex.open(freeName("fork")));
     ASSERT_TRUE(mutex.lock());
-    EXPECT_EQ(end(child([&] { return mutex.tryLock() || mutex.unlock() ? 1 : 0; })), 0);
+    const int locked = forked([&] { return mutex.tryLock() || mutex.unlock() ? 1 : 0; });
     EXPECT_TRUE(mutex.unlock());
-    EXPECT_EQ(end(child([&] { return mutex.tryLock() && mutex.unlock() ? 0 : 1; })), 0);
+    if (locked == NoFork) {
+        GTEST_SKIP() << "processes do not fork here";
+    }
+    EXPECT_EQ(locked, 0);
+    EXPECT_EQ(forked([&] { return mutex.tryLock() && mutex.unlock() ? 0 : 1; }), 0);
+}
+
+/// The files of all mutexes, which stay until the system restarts; none where a mutex is no file.
+QStringList mutexFiles()
+{
+    QStringList paths;
+    const QDir memory(u("/dev/shm"), u("veltor-mutex-*"), QDir::NoSort, QDir::Files);
+    for (const QFileInfo& file : memory.entryInfoList()) {
+        paths << file.filePath();
+    }
+    return paths;
+}
+
+/// The file of a mutex that @p action makes, removed with this object.
+std::unique_ptr<QFile, void (*)(QFile*)> mutexFileOf(const std::function<void()>& action)
+{
+    const QStringList before = mutexFiles();
+    action();
+    QStringList after = mutexFiles();
+    after.erase(std::remove_if(after.begin(), after.end(), [&](auto& path) { return before.contains(path); }),
+                after.end());
+    return {new QFile(after.value(0)), [](QFile* file) {
+                file->remove();
+                delete file;
+            }};
+}
+
+std::string unusedName()
+{
+    return QUuid::createUuid().toString().toStdString();
 }
 
 TEST(NamedMutex, OtherUsersMayUseIt)
 {
-    if (geteuid() != 0) {
+    const std::string name = unusedName();
+    const auto useAs = [&](User who) { return forked([&] { return use(name) ? 0 : 1; }, who); };
+    int result = NoFork;
+    const auto file = mutexFileOf([&] { result = useAs(User::Another); });
+    if (result == NoFork) {
         GTEST_SKIP() << "only root can become another user";
     }
-    const std::string name = freeName("users") + std::to_string(getpid());
-    const auto use = [&] {
-        umask(077);
-        NamedMutex mutex;
-        return mutex.open(name) && mutex.tryLock() && mutex.unlock() ? 0 : 1;
-    };
-    EXPECT_EQ(end(child([&] { return setuid(65534) == 0 ? use() : 2; })), 0);
-    EXPECT_EQ(end(child([&] { return setuid(65533) == 0 ? use() : 2; })), 0);
-    EXPECT_EQ(end(child(use)), 0);
-    // The one of this process's own name would stay until the system restarts.
-    const QDir memory(QStringLiteral("/dev/shm"), QStringLiteral("veltor-mutex-*"));
-    for (const QFileInfo& file : memory.entryInfoList(QDir::Files)) {
-        EXPECT_TRUE(file.ownerId() != 65534 || QFile::remove(file.filePath()));
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(useAs(User::Ordinary), 0);
+    EXPECT_EQ(useAs(User::Same), 0);
+}
+
+TEST(NamedMutex, AFileOfAnotherVersionIsRefusedAndLeftAlone)
+{
+    const std::string name = unusedName();
+    const auto owned = mutexFileOf([&] { EXPECT_TRUE(use(name)); });
+    QFile& file = *owned;
+    if (!file.open(QIODevice::ReadWrite)) {
+        GTEST_SKIP() << "a mutex is no file here";
+    }
+    const QByteArray whole = file.readAll();
+    for (const QByteArray& other : {QByteArray(whole.size(), '\x7F'), whole.left(whole.size() - 1)}) {
+        ASSERT_TRUE(file.resize(0) && file.seek(0) && file.write(other) == other.size() && file.flush());
+        EXPECT_FALSE(use(name));
+        ASSERT_TRUE(file.seek(0));
+        EXPECT_EQ(file.readAll(), other);
     }
 }
 
@@ -229,21 +248,22 @@ TEST(NamedMutex, OtherUsersMayUseIt)
 struct Counters
 {
     quint64 total;
-    quint64 own[2]; // not an array object, which has no volatile access
+    quint64 own[2]; // no std::array, which has no volatile access
     quint64 abandoned;
     quint64 faults;
     quint64 stop;
 };
 
 /// Counts until it is told to stop. An owner that was killed may have left its share one ahead.
-int count(const std::string& name, const QString& path, std::size_t who)
-{
-    utils::RandomFile file(path);
+const Role counter("count", [](const QStringList& arguments) {
+    utils::RandomFile file(arguments[1]);
     NamedMutex mutex;
-    if (!file.open(QIODevice::ReadWrite) || !mutex.open(name)) {
+    if (!file.open(QIODevice::ReadWrite) || !mutex.open(arguments[0].toStdString())) {
         return 1;
     }
+    const int who = arguments[2].toInt();
     auto* const counters = reinterpret_cast<volatile Counters*>(file.block(0));
+    sayReady();
     while (counters->stop == 0) {
         const bool abandoned = !mutex.lock();
         const quint64 ahead = counters->own[0] + counters->own[1] - counters->total;
@@ -257,46 +277,37 @@ int count(const std::string& name, const QString& path, std::size_t who)
         }
     }
     return 0;
-}
+});
 
 TEST(NamedMutex, ProcessesLoseNoIncrementWhoeverIsKilled)
 {
-    const QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("counters"));
+    const Folder folder;
+    const QString path = folder.path("counters");
     const std::string name = freeName("counters");
     utils::RandomFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.resize(sizeof(Counters)));
     auto* const counters = reinterpret_cast<volatile Counters*>(file.block(0));
-    const auto start = [&](std::size_t who) { return child([=] { return count(name, path, who); }); };
-    std::array<pid_t, 2> pids = {start(0), start(1)};
-    std::mt19937 random(2);
-    for (int round = 0; round < Kills || counters->total < Increments; ++round) {
-        usleep(std::uniform_int_distribution<useconds_t>(0, 1000)(random));
-        const std::size_t victim = random() % 2;
-        kill(pids[victim], SIGKILL);
-        ASSERT_EQ(end(pids[victim]), -1) << round;
-        pids[victim] = start(victim);
+    const auto start = [&](int who) {
+        return std::make_unique<Actor>("count",
+                                       QStringList{QString::fromStdString(name), path, QString::number(who)});
+    };
+    std::array<std::unique_ptr<Actor>, 2> counting = {start(0), start(1)};
+    for (int round = 0; round < Kills; ++round) {
+        auto& victim = counting[round % 2];
+        ASSERT_TRUE(victim->isReady());
+        ASSERT_TRUE(victim->killWithin(1000)) << round;
+        victim = start(round % 2);
     }
+    ASSERT_TRUE(counting[0]->isReady() && counting[1]->isReady());
     counters->stop = 1;
-    EXPECT_EQ(end(pids[0]), 0);
-    EXPECT_EQ(end(pids[1]), 0);
+    EXPECT_EQ(counting[0]->result(), 0);
+    EXPECT_EQ(counting[1]->result(), 0);
     EXPECT_EQ(counters->own[0] + counters->own[1], counters->total);
     EXPECT_EQ(counters->faults, 0u);
     EXPECT_GT(counters->abandoned, 0u);
-    std::printf("%d kills at least, %llu found the mutex abandoned, %llu increments\n", Kills,
-                counters->abandoned, counters->total);
+    std::printf("%d kills, %llu found the mutex abandoned, %llu increments\n", Kills, counters->abandoned,
+                counters->total);
 }
 
 } // namespace
 } // namespace veltor::test
-
-int main(int argc, char** argv)
-{
-    testing::InitGoogleTest(&argc, argv);
-    const QCoreApplication application(argc, argv);
-    if (argc == 3 && qstrcmp(argv[1], "--try") == 0) {
-        veltor::utils::NamedMutex mutex;
-        return mutex.open(argv[2]) && mutex.tryLock() && mutex.unlock() ? 0 : 1;
-    }
-    return RUN_ALL_TESTS();
-}

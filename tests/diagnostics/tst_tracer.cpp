@@ -1,7 +1,9 @@
-// Backtraces, and crashes in child processes: each is this program anew, killed by SIGALRM when it hangs.
+// Backtraces, and crashes in processes of their own.
 
 #include "support/LogCapture.h"
 #include "support/Printers.h"
+#include "support/Process.h"
+#include "support/Text.h"
 
 #include <veltor/utils/Tracer.h>
 
@@ -10,7 +12,6 @@
 #include <QtCore/QCoreApplication>
 
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 #include <array>
 #include <csignal>
@@ -23,37 +24,38 @@ namespace {
 
 using logging::LogLevel;
 using testing::AllOf;
-using testing::ExitedWithCode;
 using testing::HasSubstr;
 using testing::Not;
 using utils::Tracer;
 
+volatile int afterCall = 0; // written after a call that must keep its frame
+
 template <int>
-[[gnu::noinline]] QVector<void*> namedCaller()
+Q_NEVER_INLINE QVector<void*> namedCaller()
 {
     QVector<void*> frames = Tracer::backtrace(64);
-    asm volatile("");
+    afterCall = 1;
     return frames;
 }
 
 template <typename... Parameters>
-[[gnu::noinline]] QVector<void*> callerOfManyNames(Parameters...)
+Q_NEVER_INLINE QVector<void*> callerOfManyNames(Parameters...)
 {
     QVector<void*> frames = Tracer::backtrace(2);
-    asm volatile("");
+    afterCall = 1;
     return frames;
 }
 
 /// Calls itself until the stack holds that many frames, then @p action.
 template <typename Action>
-[[gnu::noinline]] void deep(int frames, const Action& action)
+Q_NEVER_INLINE void deep(int frames, const Action& action)
 {
     if (frames > 0) {
         deep(frames - 1, action);
     } else {
         action();
     }
-    asm volatile("");
+    afterCall = 1;
 }
 
 TEST(Tracer, CapturesInnermostFirstAndNamesFunctionsThatAreNotExported)
@@ -126,28 +128,60 @@ void print(const logging::LogRecord& record)
                  record.line, qPrintable(record.function), qPrintable(record.text));
 }
 
-/// The child's part: dies of @p crash.
-template <typename Crash>
-void dieOf(const Crash& crash, logging::LogSink sink = print)
-{
-    alarm(100);
-    logging::setLogSink(std::move(sink));
-    Tracer::registerSignalHandler();
-    std::atexit([] { std::fputs("exit functions ran\n", stderr); });
-    crash();
-}
-
-[[gnu::noinline]] void writeToNowhere()
+Q_NEVER_INLINE void writeToNowhere()
 {
     volatile std::uintptr_t nowhere = 8; // the compiler must not see where it leads
     *reinterpret_cast<volatile int*>(nowhere) = 1;
 }
 
-[[gnu::noinline]] int fillStack(int depth) // NOLINT(misc-no-recursion)
+Q_NEVER_INLINE int fillStack(int depth) // NOLINT(misc-no-recursion)
 {
     std::array<volatile char, 4096> frame;
     frame[0] = static_cast<char>(depth);
     return depth < 0 ? 0 : fillStack(depth + 1) + frame[0];
+}
+
+[[noreturn]] void sleepForEver(int = 0)
+{
+    for (;;) {
+        std::this_thread::sleep_for(std::chrono::hours(1));
+    }
+}
+
+const Role crashes("crash", [](const QStringList& arguments) {
+    const QString& how = arguments[0];
+    logging::setLogSink(how != u("in the report") ? logging::LogSink(print) : [](const auto& record) {
+        print(record);
+        writeToNowhere();
+    });
+    Tracer::registerSignalHandler();
+    std::atexit([] { std::fputs("exit functions ran\n", stderr); });
+    if (how == u("here")) {
+        writeToNowhere();
+    } else if (how == u("in a thread")) {
+        std::thread(writeToNowhere).join();
+    } else if (how == u("in two threads")) {
+        std::thread other(writeToNowhere);
+        writeToNowhere();
+        other.join();
+    } else if (how == u("by its stack")) {
+        return fillStack(0);
+    } else if (how == u("for ever")) {
+        platform::installCrashHandler(sleepForEver, 1);
+        writeToNowhere();
+    } else {
+        std::raise(how == u("in the report") ? SIGTERM : how.toInt());
+    }
+    return 0;
+});
+
+Outcome crash(const char* how)
+{
+    // The sanitizers' own handlers stand back; what a crash leaks is no matter.
+    const char* const options = "handle_segv=0:handle_abort=0:handle_sigfpe=0:handle_sigill=0:";
+    qputenv("ASAN_OPTIONS", QByteArray(options) + "detect_leaks=0");
+    qputenv("TSAN_OPTIONS", QByteArray(options) + "report_signal_unsafe=0:report_thread_leaks=0");
+    return play("crash", {u(how)});
 }
 
 auto crashLine(int signal)
@@ -156,70 +190,49 @@ auto crashLine(int signal)
                      std::to_string(signal) + "\n4||0||Backtrace:\n");
 }
 
-class TracerCrash : public testing::Test
-{
-protected:
-    TracerCrash()
-    {
-        testing::GTEST_FLAG(death_test_style) = "threadsafe";
-        // The sanitizers' own handlers stand back; what a crash leaks is no matter.
-        setenv("ASAN_OPTIONS", "handle_segv=0:handle_abort=0:handle_sigfpe=0:handle_sigill=0:detect_leaks=0",
-               1);
-        setenv("TSAN_OPTIONS",
-               "handle_segv=0:handle_abort=0:handle_sigfpe=0:handle_sigill=0:"
-               "report_signal_unsafe=0:report_thread_leaks=0",
-               1);
-    }
-};
-
-TEST_F(TracerCrash, EachSignalIsLoggedAndEndsWithCodeOne)
+TEST(TracerCrash, EachSignalIsLoggedAndEndsWithCodeOne)
 {
     for (const int signal : {SIGFPE, SIGABRT, SIGILL, SIGINT, SIGSEGV, SIGTERM}) {
-        EXPECT_EXIT(dieOf([signal] { std::raise(signal); }), ExitedWithCode(1),
-                    AllOf(crashLine(signal), HasSubstr("TestBody()"), HasSubstr("exit functions ran")))
-            << signal;
+        const Outcome outcome = crash(std::to_string(signal).c_str());
+        EXPECT_EQ(outcome.status, 1) << signal;
+        EXPECT_THAT(outcome.errors,
+                    AllOf(crashLine(signal), HasSubstr("playedRole()"), HasSubstr("exit functions ran")));
     }
 }
 
-TEST_F(TracerCrash, TheBacktraceShowsWhereItCrashed)
+TEST(TracerCrash, TheBacktraceShowsWhereItCrashed)
 {
-    EXPECT_EXIT(dieOf(writeToNowhere), ExitedWithCode(1),
-                AllOf(crashLine(SIGSEGV), HasSubstr("writeToNowhere()")));
-    EXPECT_EXIT(dieOf([] { std::thread(writeToNowhere).join(); }), ExitedWithCode(1),
-                AllOf(crashLine(SIGSEGV), HasSubstr("writeToNowhere()")));
-}
-
-TEST_F(TracerCrash, AnOverflowOfTheStackIsReported)
-{
-    EXPECT_EXIT(dieOf([] { std::exit(fillStack(0)); }), ExitedWithCode(1),
-                AllOf(crashLine(SIGSEGV), HasSubstr("fillStack(int)"), HasSubstr("exit functions ran")));
-}
-
-TEST_F(TracerCrash, ACrashOfTheHandlerEndsIt)
-{
-    const auto crashingSink = [](const logging::LogRecord& record) {
-        print(record);
-        writeToNowhere();
+    const std::pair<const char*, const char*> rows[] = {
+        {"here", "writeToNowhere()"},
+#ifndef Q_OS_WIN // whose C runtime has handlers by thread, and no second stack
+        {"in a thread", "writeToNowhere()"},
+        {"in two threads", "writeToNowhere()"},
+        {"by its stack", "fillStack(int)"},
+#endif
     };
-    EXPECT_EXIT(
-        dieOf([] { std::raise(SIGTERM); }, crashingSink), ExitedWithCode(1),
-        AllOf(HasSubstr("crashed with signal 15"), Not(HasSubstr("signal 11")), Not(HasSubstr("Backtrace"))));
+    for (const auto& [how, function] : rows) {
+        const Outcome outcome = crash(how);
+        EXPECT_EQ(outcome.status, 1) << how;
+        EXPECT_THAT(outcome.errors,
+                    AllOf(crashLine(SIGSEGV), HasSubstr(function), HasSubstr("exit functions ran")));
+        EXPECT_EQ(u(outcome.errors.c_str()).count(u("crashed with")), 1) << how;
+    }
 }
 
-TEST_F(TracerCrash, AHandlerThatHangsIsEnded)
+TEST(TracerCrash, ACrashOfTheReportEndsIt)
 {
-    const auto hang = [] {
-        alarm(100);
-        platform::installCrashHandler(
-            [](int) {
-                for (;;) {
-                    pause();
-                }
-            },
-            1);
-        writeToNowhere();
-    };
-    EXPECT_EXIT(hang(), ExitedWithCode(1), "");
+    const Outcome outcome = crash("in the report");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.errors, AllOf(HasSubstr("crashed with signal 15"), Not(HasSubstr("signal 11")),
+                                      Not(HasSubstr("Backtrace"))));
+}
+
+TEST(TracerCrash, AReportThatHangsIsEnded)
+{
+#ifdef Q_OS_WIN
+    GTEST_SKIP() << "no time limit for the report here";
+#endif
+    EXPECT_EQ(crash("for ever").status, 1);
 }
 
 } // namespace

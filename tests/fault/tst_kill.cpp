@@ -1,57 +1,54 @@
 // A real process is killed at a random moment while it changes files, and while it recovers them.
-// The program starts itself: "tst_kill --change DIRECTORY" and "--recover DIRECTORY" are the victims.
 
 #include "Scenario.h"
 #include "support/LogCapture.h"
-
-#include <QtCore/QCoreApplication>
-#include <QtCore/QElapsedTimer>
-#include <QtCore/QProcess>
-#include <QtCore/QRandomGenerator>
-#include <QtCore/QTemporaryDir>
+#include "support/Process.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdio>
 
 namespace veltor::test {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(Q_OS_WIN)
 constexpr int Rounds = 40;
 #else
 constexpr int Rounds = 300;
 #endif
 
-/// Starts a victim, and kills it a random time after it said that it begins.
-/// @return true when it was still alive then
-bool startAndKill(const char* what, const QString& directory, int longestUs)
-{
-    QProcess victim;
-    victim.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    victim.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(what), directory});
-    EXPECT_TRUE(victim.waitForReadyRead(30000));
-    QElapsedTimer timer;
-    timer.start();
-    const qint64 moment = 1000LL * QRandomGenerator::global()->bounded(longestUs);
-    while (timer.nsecsElapsed() < moment) {
+const Role changes("change", [](const QStringList& arguments) {
+    const Workspace files(arguments[0]);
+    const LogCapture log;
+    utils::RollbackFile journal;
+    sayReady();
+    if (journal.openByName(QFileInfo(files.journal), QIODevice::WriteOnly)) {
+        while (files.change(journal)) {
+        }
     }
-    victim.kill();
-    EXPECT_TRUE(victim.waitForFinished(30000));
-    return victim.exitStatus() == QProcess::CrashExit;
-}
+    return 1;
+});
+
+const Role recovers("recover", [](const QStringList& arguments) {
+    const LogCapture log;
+    sayReady();
+    return Workspace(arguments[0]).recover(Path::Native) ? 0 : 1;
+});
 
 TEST(Kill, FilesAreAsTheyWereAfterAnyDeath)
 {
-    const QTemporaryDir directory;
-    const Workspace files(directory.path());
+    const Folder folder;
+    const Workspace files(folder.path());
+    const auto startAndKill = [&](const char* role, int longestUs) {
+        Actor victim(role, {folder.path()});
+        EXPECT_TRUE(victim.isReady());
+        return victim.killWithin(longestUs) ? 1 : 0;
+    };
     int killed = 0;
     int killedRecovering = 0;
     for (int round = 0; round < Rounds; ++round) {
         files.reset();
-        killed += startAndKill("--change", directory.path(), 3000) ? 1 : 0;
+        killed += startAndKill("change", 3000);
         if (round % 3 == 0) {
-            killedRecovering += startAndKill("--recover", directory.path(), 1000) ? 1 : 0;
+            killedRecovering += startAndKill("recover", 1000);
         }
         const LogCapture log;
         ASSERT_TRUE(files.recover(Path::Native)) << round;
@@ -62,39 +59,5 @@ TEST(Kill, FilesAreAsTheyWereAfterAnyDeath)
     EXPECT_EQ(killed, Rounds);
 }
 
-int changeForEver(const Workspace& files)
-{
-    const LogCapture log;
-    utils::RollbackFile journal;
-    std::puts("begin");
-    std::fflush(stdout);
-    if (!journal.openByName(QFileInfo(files.journal()), QIODevice::WriteOnly)) {
-        return 1;
-    }
-    while (files.change(journal)) {
-    }
-    return 1;
-}
-
-int recoverOnce(const Workspace& files)
-{
-    const LogCapture log;
-    std::puts("begin");
-    std::fflush(stdout);
-    return files.recover(Path::Native) ? 0 : 1;
-}
-
 } // namespace
 } // namespace veltor::test
-
-int main(int argc, char** argv)
-{
-    testing::InitGoogleTest(&argc, argv);
-    const QCoreApplication application(argc, argv);
-    if (argc == 3) {
-        const veltor::test::Workspace files(QString::fromLocal8Bit(argv[2]));
-        return qstrcmp(argv[1], "--change") == 0 ? veltor::test::changeForEver(files)
-                                                 : veltor::test::recoverOnce(files);
-    }
-    return RUN_ALL_TESTS();
-}

@@ -1,6 +1,7 @@
 #include <veltor/json/JsonFormatter.h>
 
 #include "support/Printers.h"
+#include "support/Text.h"
 
 #include <QtCore/QBuffer>
 #include <QtCore/QJsonArray>
@@ -8,18 +9,17 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QPointer>
 #include <QtCore/QRegularExpression>
+#include <QtCore/QThread>
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <random>
 
 namespace veltor::json {
 namespace {
 
-QString u(const char* text)
-{
-    return QString::fromUtf8(text);
-}
+using test::u;
 
 IOPtr lend(QIODevice& device)
 {
@@ -173,16 +173,49 @@ TEST(JsonFormatter, OwnsAndOpensItsDevice)
     EXPECT_TRUE(owned.isNull());
 }
 
+/// Takes so many bytes, then none.
+class FullDevice : public QBuffer
+{
+public:
+    qint64 room = 0;
+
+protected:
+    qint64 writeData(const char* data, qint64 length) override
+    {
+        const qint64 taken = qMin(room, length);
+        room -= taken;
+        return taken > 0 ? QBuffer::writeData(data, taken) : -1;
+    }
+};
+
+TEST(JsonFormatter, ADeviceThatFailsEndsWithWhatItTook)
+{
+    const QByteArray whole(R"({"a":["b","c"],"d":1})");
+    const QJsonValue value = QJsonDocument::fromJson(whole).object();
+    for (int room = 0; room <= whole.size(); ++room) {
+        FullDevice device;
+        device.room = room;
+        JsonFormatter(lend(device), JsonFormatter::formatCompact).write(value);
+        EXPECT_EQ(device.data(), whole.left(room));
+    }
+}
+
 TEST(JsonFormatter, NestsAsDeepAsMemoryAllows)
 {
-    constexpr int depth = 100000;
-    QJsonValue value = 1;
-    for (int i = 0; i < depth; ++i) {
-        value = i % 2 == 0 ? QJsonValue(QJsonArray{value}) : QJsonValue(QJsonObject{{u("a"), value}});
-    }
-    const QByteArray text = textOf(value, JsonFormatter::formatCompact);
-    EXPECT_TRUE(text.startsWith(R"({"a":[{"a":[)"));
-    EXPECT_EQ(text.size(), depth / 2 * 8 + 1);
+    // Qt itself destroys such a value by recursion: in a thread with a stack for that.
+    const std::unique_ptr<QThread> thread(QThread::create([] {
+        constexpr int depth = 100000;
+        QJsonValue value = 1;
+        for (int i = 0; i < depth; ++i) {
+            value = i % 2 == 0 ? QJsonValue(QJsonArray{value}) : QJsonValue(QJsonObject{{u("a"), value}});
+        }
+        const QByteArray text = textOf(value, JsonFormatter::formatCompact);
+        EXPECT_TRUE(text.startsWith(R"({"a":[{"a":[)"));
+        EXPECT_EQ(text.size(), depth / 2 * 8 + 1);
+    }));
+    thread->setStackSize(128 << 20);
+    thread->start();
+    thread->wait();
 }
 
 } // namespace

@@ -13,41 +13,31 @@
 namespace veltor::logging {
 namespace {
 
-struct QtLine
-{
-    QtMsgType type;
-    QByteArray category, file, function;
-    int line;
-    QString text;
-};
-std::vector<QtLine> qtLines;
+QStringList qtLines;
 
 void recordQtLine(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
-    qtLines.push_back({type, context.category, context.file, context.function, context.line, text});
+    qtLines << QStringLiteral("%1 %2 %3:%4 %5 ")
+                       .arg(type)
+                       .arg(QLatin1String(context.category), QLatin1String(context.file),
+                            QString::number(context.line), QLatin1String(context.function)) +
+                   text;
 }
 
 TEST(Logging, defaultSinkHandsThePlaceToQt)
 {
     qtLines.clear();
     const auto former = qInstallMessageHandler(recordQtLine);
-    const std::vector<std::pair<LogLevel, QtMsgType>> levels{{LogLevel::Detail, QtInfoMsg},
-                                                             {LogLevel::Info, QtInfoMsg},
-                                                             {LogLevel::Warning, QtWarningMsg},
-                                                             {LogLevel::Error, QtCriticalMsg}};
-    for (const auto& level : levels) {
-        LoggerMessager(level.first, "a.cpp", 7, "f()").write(QStringLiteral("100 %s ы"));
+    QStringList expected;
+    for (const auto& [level, type] : {std::pair(LogLevel::Detail, QtInfoMsg),
+                                      {LogLevel::Info, QtInfoMsg},
+                                      {LogLevel::Warning, QtWarningMsg},
+                                      {LogLevel::Error, QtCriticalMsg}}) {
+        LoggerMessager(level, "a.cpp", 7, "f()").write(QStringLiteral("100 %s ы"));
+        expected << QStringLiteral("%1 veltor.utils a.cpp:7 f() 100 %s ы").arg(type);
     }
     qInstallMessageHandler(former);
-    ASSERT_EQ(qtLines.size(), levels.size());
-    for (std::size_t i = 0; i < levels.size(); ++i) {
-        EXPECT_EQ(qtLines[i].type, levels[i].second);
-        EXPECT_EQ(qtLines[i].category, "veltor.utils");
-        EXPECT_EQ(qtLines[i].file, "a.cpp");
-        EXPECT_EQ(qtLines[i].line, 7);
-        EXPECT_EQ(qtLines[i].function, "f()");
-        EXPECT_EQ(qtLines[i].text, QStringLiteral("100 %s ы"));
-    }
+    EXPECT_EQ(qtLines, expected);
 }
 
 TEST(Logging, streamWritesOneLineWithASpaceAfterEachItem)
@@ -85,7 +75,7 @@ TEST(Logging, sinkIsExchangedRestoredAndMayThrow)
     LoggerFacade::write(LogLevel::Error, QStringLiteral("b"));
     qInstallMessageHandler(former);
     EXPECT_EQ(calls, 1);
-    EXPECT_EQ(qtLines.size(), 1U);
+    EXPECT_EQ(qtLines.size(), 1);
 }
 
 TEST(Logging, everyLineReachesOneSinkWhileSinksAreExchanged)

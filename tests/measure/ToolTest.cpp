@@ -1,50 +1,30 @@
-#include "Table.h"
-
-#include "support/Printers.h"
+#include "support/Files.h"
+#include "support/Process.h"
+#include "support/Table.h"
+#include "support/Text.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
-#include <QtCore/QProcess>
-#include <QtCore/QTemporaryDir>
 
 #include <gmock/gmock.h>
 
-using testing::HasSubstr;
-
+namespace veltor::test {
 namespace {
 
-const QString sample = QStringLiteral(MEASURE_DATA "/countries-sample.geojson");
+using testing::HasSubstr;
 
-struct Outcome
-{
-    int status;
-    std::string output, errors;
-};
+const QString sample = QStringLiteral(VELTOR_TESTS "/measure/data/countries-sample.geojson");
 
 /// Runs the tool with words separated by blanks, and with a file's name behind them if there is one.
 Outcome veltor(const char* words, const QString& fileName = {}, const QByteArray& input = {})
 {
-    QStringList arguments = QString::fromUtf8(words).split(QLatin1Char(' '));
-    if (!fileName.isEmpty()) {
-        arguments << fileName;
-    }
-    QProcess process;
-    process.start(QStringLiteral(VELTOR_TOOL), arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    EXPECT_TRUE(process.waitForFinished());
-    return {process.exitCode(), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
+    const QStringList file = fileName.isEmpty() ? QStringList() : QStringList{fileName};
+    return run(QStringLiteral(VELTOR_TOOL), u(words).split(QLatin1Char(' ')) + file, input);
 }
 
 Outcome measureText(const char* words, const char* text)
 {
-    const QTemporaryDir directory;
-    QFile file(directory.filePath(QStringLiteral("map.geojson")));
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(text);
-    file.close();
-    return veltor(words, file.fileName());
+    return veltor(words, Folder().write("map.geojson", text));
 }
 
 QJsonDocument json(const Outcome& outcome)
@@ -58,7 +38,7 @@ TEST(MeasureTool, CountriesAgreeWithTheReferencePlanimeter)
     const QJsonDocument ellipsoid = json(veltor("measure --json", sample));
     const QJsonDocument sphere = json(veltor("measure --json --mode sphere", sample));
     EXPECT_EQ(ellipsoid[u"mode"].toString().toStdString(), "ellipsoidal");
-    const auto table = veltor::test::readTable("countries.csv");
+    const auto table = readTable("measure/data/countries.csv", ',');
     ASSERT_EQ(ellipsoid[u"features"].toArray().size(), static_cast<int>(table.size()));
     for (int i = 0; i < static_cast<int>(table.size()); ++i) {
         const QStringList& row = table[static_cast<size_t>(i)];
@@ -139,3 +119,4 @@ TEST(DistanceTool, PrintsALineOrAnObjectForEachPair)
 }
 
 } // namespace
+} // namespace veltor::test

@@ -1,67 +1,68 @@
 #pragma once
 
+#include "support/Table.h"
+#include "support/Text.h"
+
 #include <veltor/utils/RollbackDevice.h>
 
 #include <QtCore/QBuffer>
 #include <QtCore/QByteArray>
 #include <QtCore/QMap>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QtEndian>
+
+#include <tuple>
+#include <vector>
 
 namespace veltor::test {
 
-/// A journal put together byte by byte, independently of the code under test: the files "a" (100 bytes,
-/// blocks A1 and A2) and "b" (50 bytes, block B1), and two free records F1 and F2.
+/// The journal of data/journal.txt: the files "a" (100 bytes, blocks A1 and A2) and "b" (50 bytes, block B1),
+/// and two free records F1 and F2.
 class JournalImage
 {
 public:
     explicit JournalImage(bool checksums = true)
-        : m_headSize(checksums ? 40 : 36)
+        : bytes(QByteArray::fromHex(checksums ? "5898C29F3116AB4480895FEB8D81855A"
+                                              : "9BCF4F45F9BDCE459C1A195DA13490A1"))
     {
-        bytes = QByteArray::fromHex(checksums ? "5898C29F3116AB4480895FEB8D81855A"
-                                              : "9BCF4F45F9BDCE459C1A195DA13490A1");
-        bytes += QByteArray(32, '\0');
-        addFile("a", 100);
-        addBlock("A1", "a", 0, 10, 100, "saved bytes one", 0x654E1E42);
-        addFile("b", 50);
-        addBlock("A2", "a", at("A1"), 40, 100, "", 0);
-        addBlock("B1", "b", 0, 0, 50, "b", 0xD280B0C4);
-        addFree("F1", 0, 60);
-        addFree("F2", at("F1"), 64);
+        std::vector<std::tuple<int, QString>> fields;
+        auto end = static_cast<quint64>(bytes.size());
+        for (const QStringList& row : readTable("storage/data/journal.txt", '|')) {
+            const QString name = row[0].trimmed();
+            const QString record = name.section(QLatin1Char('.'), 0, 0);
+            if (checksums || !name.endsWith(u(".checksum"))) {
+                m_places.insert(record, m_places.value(record, end));
+                m_places.insert(name, end);
+                fields.emplace_back(row[1].toInt(), row[2].trimmed());
+                end += row[1].toULongLong();
+            }
+        }
+        for (const auto& [size, value] : fields) { // now that all places are known
+            const bool isText = value.startsWith(QLatin1Char('"'));
+            bytes += isText ? value.mid(1, size).toUtf8() : QByteArray(size, '\0');
+            if (!isText) {
+                put(static_cast<quint64>(bytes.size() - size), at(value), size);
+            }
+        }
     }
 
     /// The place of a record or of a field ("a", "A1.previous", "firstFile", "end"), plus a number if one
     /// is added ("A1+40"), or a number by itself.
     quint64 at(const QString& expression) const
     {
-        static const QMap<QString, quint64> fields{
-            {QStringLiteral("next"), 0},        {QStringLiteral("first"), 8},
-            {QStringLiteral("previous"), 8},    {QStringLiteral("last"), 16},
-            {QStringLiteral("position"), 16},   {QStringLiteral("region"), 16},
-            {QStringLiteral("bound"), 24},      {QStringLiteral("size"), 24},
-            {QStringLiteral("nameLength"), 32}, {QStringLiteral("name"), 34},
-            {QStringLiteral("length"), 36},     {QStringLiteral("firstFile"), 16},
-            {QStringLiteral("lastFile"), 24},   {QStringLiteral("firstFree"), 32},
-            {QStringLiteral("lastFree"), 40}};
         quint64 sum = 0;
         for (const QString& term : expression.split(QLatin1Char('+'))) {
-            for (const QString& name : term.split(QLatin1Char('.'))) {
-                bool number = false;
-                const quint64 value = name.toULongLong(&number);
-                sum += number                         ? value
-                       : name == QLatin1String("end") ? static_cast<quint64>(bytes.size())
-                       : m_records.contains(name)     ? m_records[name]
-                                                      : fields[name];
-            }
+            const auto end = static_cast<quint64>(bytes.size());
+            sum += term == u("end") ? end : m_places.value(term, term.toULongLong());
         }
         return sum;
     }
-    quint64 at(const char* expression) const { return at(QString::fromLatin1(expression)); }
 
     /// Damages the image by a list of words: "PLACE=VALUE" writes 8 bytes, "PLACE:N=VALUE" N of them,
     /// "cut=PLACE" ends the journal there.
-    void damage(const char* words)
+    void damage(const QString& words)
     {
-        for (const QString& word : QString::fromLatin1(words).split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        for (const QString& word : words.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
             const QStringList sides = word.split(QLatin1Char('='));
             const QStringList target = sides[0].split(QLatin1Char(':'));
             const quint64 value = at(sides[1]);
@@ -74,16 +75,14 @@ public:
     }
 
     /// A message in which {PLACE} stands for the number.
-    QString message(const char* text) const
+    QString message(QString text) const
     {
-        QString message = QString::fromUtf8(text);
-        for (int open = message.indexOf(QLatin1Char('{')); open >= 0 && !message.contains(QLatin1Char('-'));
-             open = message.indexOf(QLatin1Char('{'))) {
-            const int close = message.indexOf(QLatin1Char('}'));
-            message.replace(open, close - open + 1,
-                            QString::number(at(message.mid(open + 1, close - open - 1))));
+        const QRegularExpression place(QStringLiteral(R"(\{([a-zA-Z][\w.+]*)\})"));
+        for (auto match = place.match(text); match.hasMatch(); match = place.match(text)) {
+            text.replace(match.capturedStart(), match.capturedLength(),
+                         QString::number(at(match.captured(1))));
         }
-        return message;
+        return text;
     }
 
     QByteArray bytes;
@@ -96,51 +95,7 @@ private:
         bytes.replace(static_cast<int>(offset), size, little, size);
     }
 
-    /// Appends a record of fields (value, size), links it and remembers its place.
-    void append(const char* name, const QString& link, const QString& end,
-                std::initializer_list<std::pair<quint64, int>> fields)
-    {
-        const quint64 record = static_cast<quint64>(bytes.size());
-        put(at(link), record, 8);
-        put(at(end), record, 8);
-        for (const auto& [value, size] : fields) {
-            bytes += QByteArray(size, '\0');
-            put(static_cast<quint64>(bytes.size() - size), value, size);
-        }
-        m_records[QString::fromLatin1(name)] = record;
-    }
-
-    void addFile(const char* name, quint64 size)
-    {
-        const QString link = QLatin1String(m_records.isEmpty() ? "firstFile" : "a.next");
-        append(name, link, QStringLiteral("lastFile"),
-               {{0, 8}, {0, 8}, {0, 8}, {size, 8}, {qstrlen(name), 2}});
-        bytes += name;
-    }
-
-    void addBlock(const char* name, const char* file, quint64 previous, quint64 from, quint64 bound,
-                  const QByteArray& data, quint64 checksum)
-    {
-        const QString entry = QString::fromLatin1(file);
-        append(name, previous == 0 ? entry + QLatin1String(".first") : QString::number(previous),
-               entry + QLatin1String(".last"),
-               {{0, 8},
-                {previous, 8},
-                {from, 8},
-                {bound, 8},
-                {checksum, m_headSize - 36},
-                {static_cast<quint64>(data.size()), 4}});
-        bytes += data;
-    }
-
-    void addFree(const char* name, quint64 previous, quint64 region)
-    {
-        append(name, previous == 0 ? QStringLiteral("firstFree") : QString::number(previous),
-               QStringLiteral("lastFree"), {{0, 8}, {previous, 8}, {region, 8}, {4, 4}});
-    }
-
-    int m_headSize;
-    QMap<QString, quint64> m_records;
+    QMap<QString, quint64> m_places;
 };
 
 /// A rollback device on a journal in memory; every file of the journal opens as a buffer of its own,

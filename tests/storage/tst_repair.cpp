@@ -3,96 +3,59 @@
 #include "storage/JournalImage.h"
 #include "support/LogCapture.h"
 #include "support/Printers.h"
+#include "support/Table.h"
 
 #include <gtest/gtest.h>
 
 namespace veltor::test {
 namespace {
 
-using Image = JournalImage;
-
-struct Salvage
+void expectSalvage(const QStringList& row, bool checksums)
 {
-    const char* name;
-    const char* words;
-    const char* kept; // "name:blocks ..." in order
-    bool whole;
-};
+    JournalImage image(checksums);
+    image.damage(row[1]);
+    MemoryDevice device;
+    device.missing << QStringLiteral("g");
+    LogCapture log;
+    EXPECT_FALSE(device.openImage(image.bytes));
+    log.take();
 
-void PrintTo(const Salvage& row, std::ostream* out)
-{
-    *out << row.name;
+    device.repair();
+
+    QStringList kept;
+    QStringList lines;
+    for (const auto& file : device.protectedFiles()) {
+        kept << file.name + QLatin1Char(':') + QString::number(file.blocks);
+        lines << QStringLiteral("File %0 has been repaired").arg(file.name);
+    }
+    lines << QStringLiteral("Repaired file count %0").arg(kept.size());
+    EXPECT_EQ(kept.join(QLatin1Char(' ')), row[2].trimmed());
+    EXPECT_EQ(device.repairedWhole(), row[3].trimmed() == QLatin1String("nothing"));
+    EXPECT_EQ(device.journal(), image.bytes) << "repair changes nothing";
+    QStringList logged;
+    for (const auto& record : log.take()) {
+        EXPECT_EQ(record.level, logging::LogLevel::Info) << record.text.toStdString();
+        EXPECT_EQ(record.line, record.text.startsWith(QLatin1String("File")) ? 972 : 980);
+        logged << record.text;
+    }
+    EXPECT_EQ(logged, lines);
+    EXPECT_EQ(device.addFileImpl(QStringLiteral("new")), 0u) << "a repaired journal takes no changes";
 }
 
-class Repair : public testing::TestWithParam<Salvage>
-{};
-
-TEST_P(Repair, KeepsWhatIsWhole)
+TEST(Repair, KeepsWhatIsWhole)
 {
-    for (const bool checksums : {true, false}) {
-        Image image(checksums);
-        image.damage(GetParam().words);
-        MemoryDevice device;
-        device.missing << QStringLiteral("g");
-        LogCapture log;
-        EXPECT_FALSE(device.openImage(image.bytes));
-        log.take();
-
-        device.repair();
-
-        QStringList kept;
-        QStringList lines;
-        for (const auto& file : device.protectedFiles()) {
-            kept << file.name + QLatin1Char(':') + QString::number(file.blocks);
-            lines << QStringLiteral("File %0 has been repaired").arg(file.name);
+    for (const QStringList& row : readTable("storage/data/salvages.txt", '|')) {
+        for (const bool checksums : {true, false}) {
+            SCOPED_TRACE(row[0].toStdString() + (checksums ? "" : ", without checksums"));
+            expectSalvage(row, checksums);
         }
-        lines << QStringLiteral("Repaired file count %0").arg(kept.size());
-        EXPECT_EQ(kept.join(QLatin1Char(' ')), QLatin1String(GetParam().kept)) << checksums;
-        EXPECT_EQ(device.repairedWhole(), GetParam().whole) << checksums;
-        EXPECT_EQ(device.journal(), image.bytes) << "repair changes nothing";
-        QStringList logged;
-        for (const auto& record : log.take()) {
-            EXPECT_EQ(record.level, logging::LogLevel::Info) << record.text.toStdString();
-            EXPECT_EQ(record.line, record.text.startsWith(QLatin1String("File")) ? 972 : 980);
-            logged << record.text;
-        }
-        EXPECT_EQ(logged, lines);
-        EXPECT_EQ(device.addFileImpl(QStringLiteral("new")), 0u) << "a repaired journal takes no changes";
     }
 }
 
-// clang-format off
-const Salvage salvages[] = {
-    // Appends that a kill left unfinished: nothing is lost.
-    {"firstBlockLinkedOnly", "b.last=0", "a:2 b:1", true},
-    {"laterBlockLinkedOnly", "a.last=A1", "a:2 b:1", true},
-    {"entryLinkedOnly", "lastFile=a", "a:2 b:1", true},
-    {"firstLinkTorn", "b.first=17 b.last=0", "a:2 b:0", true},
-    {"laterLinkTorn", "a.last=A1 A1.next=A2+256", "a:1 b:1", true},
-    {"lastChangeTorn", "a.last:1=A1", "a:2 b:1", true},
-    {"fileLinkTorn", "lastFile=a a.next=b+4096", "a:2", true},
-    // Damage: the walk ends there.
-    {"blockOfFirstFileBroken", "A2.previous=b", "a:1", false},
-    {"blockOfLastFileBroken", "B1.position=50", "a:2 b:0", false},
-    {"lastChangeLeadsElsewhere", "a.last=F2+65536", "a:2", false},
-    {"entryBroken", "b.first=0", "a:2", false},
-    {"nameBroken", "b.name:1=255", "a:2", false},
-    {"fileGone", "b.name:1=103", "a:2", false},
-    {"lastFileElsewhere", "lastFile=A1+65536", "a:2 b:1", false},
-    {"headerInconsistent", "lastFile=0", "", false},
-    {"unknownVersion", "0:1=0", "", false},
-    {"cutInTheMiddle", "cut=A2+5", "a:1", false},
-    {"creationCutShort", "cut=0", "", true},
-};
-// clang-format on
-
-INSTANTIATE_TEST_SUITE_P(Storage, Repair, testing::ValuesIn(salvages),
-                         [](const auto& row) { return std::string(row.param.name); });
-
 TEST(Repair, ATornLinkIntoZerosIsNoBlockOfAnEmptyFile)
 {
-    Image image;
-    image.damage("b.last=0 b.first=end");
+    JournalImage image;
+    image.damage(QStringLiteral("b.last=0 b.first=end"));
     image.bytes += QByteArray(100, '\0');
     LogCapture log;
     MemoryDevice device;

@@ -1,4 +1,6 @@
-// Entry point shared by the test programs: an event loop's owner first, then GoogleTest.
+// Entry point shared by the test programs: an event loop's owner first, then a role or GoogleTest.
+
+#include "Process.h"
 
 #include <QCoreApplication>
 
@@ -8,5 +10,6 @@ int main(int argc, char** argv)
 {
     testing::InitGoogleMock(&argc, argv);
     const QCoreApplication application(argc, argv);
-    return RUN_ALL_TESTS();
+    const int played = veltor::test::playedRole();
+    return played >= 0 ? played : RUN_ALL_TESTS();
 }

@@ -2,6 +2,7 @@
 
 #include "support/LogCapture.h"
 #include "support/Printers.h"
+#include "support/Text.h"
 
 #include <QtCore/QTemporaryFile>
 #include <QtCore/QTextCodec>
@@ -15,10 +16,7 @@
 namespace veltor::utils {
 namespace {
 
-QString u(const char* text)
-{
-    return QString::fromUtf8(text);
-}
+using test::u;
 
 TEST(CodecForName, FailsLoudlyOnAnUnknownName)
 {

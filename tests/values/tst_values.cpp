@@ -2,33 +2,28 @@
 #include <veltor/utils/ActiveMouseStatus.h>
 #include <veltor/utils/PageRange.h>
 #include <veltor/utils/PlatformMask.h>
-#include <veltor/utils/SignalingIteratorBase.h>
-#include <veltor/utils/StatusTexts.h>
 #include <veltor/utils/VariantCompare.h>
 
 #include "support/Printers.h"
+#include "support/Text.h"
 
 #include <QtCore/QDate>
-#include <QtCore/QMetaObject>
 
 #include <gtest/gtest.h>
 
 #include <limits>
 #include <thread>
+#include <tuple>
 
 namespace veltor::utils {
 namespace {
 
+using test::u;
+
 TEST(PageRange, isCroppedToTheNumberOfPages)
 {
     constexpr quint32 most = std::numeric_limits<quint32>::max();
-    struct Row
-    {
-        PageRange range;
-        quint32 size;
-        PageRange cropped;
-    };
-    const Row rows[] = {
+    const std::tuple<PageRange, quint32, PageRange> rows[] = {
         {{5, 10}, 8, {5, 3}},
         {{5, 10}, 4, {0, 0}},
         {{5, 10}, 5, {5, 0}},
@@ -36,11 +31,11 @@ TEST(PageRange, isCroppedToTheNumberOfPages)
         {{most, most}, most, {most, 0}},
         {{1, most}, most, {1, most - 1}},
     };
-    for (const Row& row : rows) {
-        PageRange range = row.range;
-        range.cropToSize(row.size);
-        EXPECT_TRUE(range == row.cropped) << range.start << ' ' << range.count << " of " << row.size;
-        EXPECT_TRUE(row.range.croppedToSize(row.size).isEqual(row.cropped));
+    for (const auto& [given, size, cropped] : rows) {
+        PageRange range = given;
+        range.cropToSize(size);
+        EXPECT_TRUE(range == cropped) << range.start << ' ' << range.count << " of " << size;
+        EXPECT_TRUE(given.croppedToSize(size).isEqual(cropped));
     }
     EXPECT_TRUE((PageRange{1, 2} != PageRange{1, 3}));
 }
@@ -115,33 +110,13 @@ TEST(BaseTypeInfo, answersWhileOthersRead)
 
 TEST(VariantCompare, isQtsOwnOrder)
 {
-    const auto text = [](const char* latin1) { return QString::fromLatin1(latin1); };
     EXPECT_LT(compare(1, 2.5), 0);
     EXPECT_GT(compare(-1, 1U), 0);
-    EXPECT_LT(compare(text("a"), text("B")), 0);
-    EXPECT_EQ(compare(text("a"), text("a")), 0);
-    EXPECT_LT(compare(9, text("10")), 0);
-    EXPECT_LT(compare(text("10"), 9), 0);
+    EXPECT_LT(compare(u("a"), u("B")), 0);
+    EXPECT_EQ(compare(u("a"), u("a")), 0);
+    EXPECT_LT(compare(9, u("10")), 0);
+    EXPECT_LT(compare(u("10"), 9), 0);
     EXPECT_GT(compare(QDate(2020, 1, 2), QDate(2019, 12, 31)), 0);
-}
-
-TEST(StatusTexts, areTheUsersWords)
-{
-    EXPECT_EQ(toOnOff(true), QStringLiteral("Вкл."));
-    EXPECT_EQ(toOnOff(false), QStringLiteral("Выкл."));
-    EXPECT_EQ(toOnOff(StatusCode::On), QStringLiteral("Вкл."));
-    EXPECT_EQ(toOnOff(StatusCode::Off), QStringLiteral("Выкл."));
-    EXPECT_EQ(toOnOff(StatusCode::GroupOff), QStringLiteral("Выкл. для группы"));
-    EXPECT_EQ(toOnOff(static_cast<StatusCode>(3)), QString());
-    EXPECT_EQ(toYesNo(true), QStringLiteral("Да"));
-    EXPECT_EQ(toYesNo(false), QStringLiteral("Нет"));
-}
-
-TEST(SignalingIteratorBase, isKnownByItsMetaObject)
-{
-    const QMetaObject& meta = SignalingIteratorBase::staticMetaObject;
-    EXPECT_GE(meta.indexOfSignal("moved(int)"), 0);
-    EXPECT_GE(meta.indexOfSlot("abort()"), 0);
 }
 
 } // namespace
