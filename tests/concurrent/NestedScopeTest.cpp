@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <random>
 
 namespace veltor::concurrent {
 namespace {
@@ -40,39 +39,6 @@ TEST(NestedScopeImpl, MapsNestedRanges)
     empty.setInnerRange(2, 7, 7); // a width of 1
     empty.setProgress(8);
     EXPECT_DOUBLE_EQ(empty.progress(), 100);
-}
-
-/// Reports a random tree of work; every level subdivides its slices again, and does not always report all.
-void reportTree(NestedScope& scope, std::mt19937& random, int depth, const std::function<void()>& check)
-{
-    const int steps = std::uniform_int_distribution(1, 5)(random);
-    scope.setRange(0, steps);
-    check();
-    for (int step = 0; step < steps; ++step) {
-        if (depth > 0 && random() % 3) {
-            scope.setInnerRange(1, 0, 1);
-            scope.setProgress(0);
-            reportTree(scope, random, depth - 1, check);
-            scope.removeInnerRange();
-        } else {
-            scope.addProgress(1);
-        }
-        check();
-    }
-}
-
-TEST(NestedScopeImpl, RandomTreesRiseToTheEnd)
-{
-    for (unsigned seed = 1; seed <= 100; ++seed) {
-        std::mt19937 random(seed);
-        NestedScopeImpl scope(-20, 300);
-        double last = scope.progress();
-        reportTree(scope, random, 7, [&] {
-            ASSERT_GE(scope.progress(), last - 1e-9) << "seed " << seed;
-            last = scope.progress();
-        });
-        EXPECT_DOUBLE_EQ(scope.progress(), 300) << "seed " << seed;
-    }
 }
 
 TEST(NestedScope, LetsEveryPeriodthItemThrough)

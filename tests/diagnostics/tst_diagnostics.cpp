@@ -1,5 +1,6 @@
 #include "platform/HeapInfo.h"
 #include "platform/MemoryInfo.h"
+#include "support/Calls.h"
 #include "support/Files.h"
 #include "support/LogCapture.h"
 #include "support/Printers.h"
@@ -137,46 +138,25 @@ TEST(TotalMem, heapIsOneLineOfElevenNumbers)
     EXPECT_TRUE(line.match(text).hasMatch()) << text.toStdString();
 }
 
-TEST(MemoryMonitor, limitsFollowFromTheirSettings)
+/// The limit that settings of the warning give on a machine, while those of the error stay untouched.
+double warningLimit(double total, double percent, unsigned size, unsigned unit, unsigned function)
 {
     using M = MemoryMonitor;
-    struct Row
-    {
-        quint64 total;
-        double percent;
-        unsigned size, unit, function;
-        quint64 limit;
-    };
-    const Row rows[] = {
-        {8 * GiB, 50, 7, M::MiB, 0, 0}, // no limit
-        {8 * GiB, 5, 7, M::MiB, 1, 429404976},
-        {8 * GiB, 150, 7, M::MiB, 1, 8 * GiB},
-        {8 * GiB, -1, 7, M::MiB, 1, 0},
-        {8 * GiB, std::nan(""), 7, M::MiB, 1, 0},
-        {32767, 50.0 / 32767, 7, M::MiB, 1, 1}, // half a step is rounded up
-        {8 * GiB, 50, 1023, M::MiB, 2, 1023 * MiB},
-        {8 * GiB, 50, 1023, M::GiB, 2, 1023 * GiB},
-        {8 * GiB, 50, 3, 3, 2, 3 * MiB},   // no unit
-        {8 * GiB, 50, 1024, M::MiB, 2, 0}, // the size wraps to nothing
-        {8 * GiB, 50, 1, M::GiB, 3, GiB},  // the smaller of both
-        {8 * GiB, 100, 1000, M::GiB, 3, 8 * GiB},
-        {8 * GiB, 50, 1000, M::GiB, 4, 1000 * GiB}, // the larger of both
-        {8 * GiB, 100, 1, M::GiB, 4, 8 * GiB},
-        {8 * GiB, 100, 1, M::GiB, 7, GiB}, // a function without a name
-        {0, 100, 1, M::GiB, 3, 0},
-    };
     FakeMachine machine(GiB, 0);
-    for (const Row& row : rows) {
-        M monitor;
-        machine.memory = {row.total, 0};
-        const quint64 untouched = M().errorLimit();
-        monitor.setPercentLimit(M::WarningLimitMask, row.percent);
-        monitor.setSizeLimit(M::WarningLimitMask, row.size, static_cast<M::SizeUnit>(row.unit));
-        monitor.setLimitFunc(M::WarningLimitMask, static_cast<M::Function>(row.function));
-        monitor.forceUpdate();
-        EXPECT_EQ(monitor.warningLimit(), row.limit) << &row - rows;
-        EXPECT_EQ(monitor.errorLimit(), untouched) << &row - rows;
-    }
+    M monitor;
+    machine.memory = {static_cast<quint64>(total), 0};
+    const quint64 untouched = M().errorLimit();
+    monitor.setPercentLimit(M::WarningLimitMask, percent);
+    monitor.setSizeLimit(M::WarningLimitMask, size, static_cast<M::SizeUnit>(unit));
+    monitor.setLimitFunc(M::WarningLimitMask, static_cast<M::Function>(function));
+    monitor.forceUpdate();
+    EXPECT_EQ(monitor.errorLimit(), untouched);
+    return static_cast<double>(monitor.warningLimit());
+}
+
+TEST(MemoryMonitor, limitsFollowFromTheirSettings)
+{
+    test::expectCalls("diagnostics/data/limits.txt", ' ', {{"warningLimit", test::call(warningLimit)}});
 }
 
 TEST(MemoryMonitor, defaultsAndBothLimitsAtOnce)

@@ -16,6 +16,7 @@
 #include <array>
 #include <memory>
 #include <thread>
+#include <vector>
 
 namespace veltor::test {
 namespace {
@@ -81,13 +82,16 @@ TEST(NamedMutex, OneThreadOwnsItAsOftenAsItLocked)
 TEST(NamedMutex, NamesAreAnyBytes)
 {
     const std::string base = freeName("name");
-    const std::array<std::string, 6> names = {base,
-                                              base + "/../x",
-                                              base + std::string("\0", 1),
-                                              base + std::string("\0a", 2),
-                                              base + "\xFF\n",
-                                              base + std::string(100000, 'n')};
-    std::array<NamedMutex, 6> mutexes;
+    const std::vector<std::string> names = {base,
+                                            base + "/../x",
+                                            base + "\xFF\n",
+#ifndef Q_OS_WIN // where they are short and end with a zero byte
+                                            base + std::string("\0", 1),
+                                            base + std::string("\0a", 2),
+                                            base + std::string(100000, 'n')
+#endif
+    };
+    std::vector<NamedMutex> mutexes(names.size());
     for (std::size_t i = 0; i < names.size(); ++i) {
         ASSERT_TRUE(isFree(names[i])) << i; // not one of those locked before
         ASSERT_TRUE(mutexes[i].open(names[i])) << i;
@@ -103,6 +107,10 @@ TEST(NamedMutex, NamesAreAnyBytes)
 TEST(NamedMutex, ClosingReleasesNothing)
 {
     const std::string name = freeName("closing");
+#ifdef Q_OS_WIN // where a mutex that nobody has open is no more
+    NamedMutex keeper;
+    ASSERT_TRUE(keeper.open(name));
+#endif
     NamedMutex mutex;
     ASSERT_TRUE(mutex.open(name));
     EXPECT_TRUE(mutex.lock());

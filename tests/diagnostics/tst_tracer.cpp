@@ -10,6 +10,7 @@
 #include "platform/CrashSignals.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
 
 #include <gmock/gmock.h>
 
@@ -27,6 +28,11 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 using utils::Tracer;
+
+QString program()
+{
+    return QDir::toNativeSeparators(QCoreApplication::applicationFilePath());
+}
 
 volatile int afterCall = 0; // written after a call that must keep its frame
 
@@ -64,11 +70,13 @@ TEST(Tracer, CapturesInnermostFirstAndNamesFunctionsThatAreNotExported)
     ASSERT_GT(frames.size(), 3);
     const QStringList lines = Tracer::symbols(frames);
     ASSERT_EQ(lines.size(), frames.size());
-    const QString program = QCoreApplication::applicationFilePath();
-    EXPECT_TRUE(lines[0].startsWith(QStringLiteral("veltor::utils::Tracer::backtrace(int): ")))
-        << qPrintable(lines[0]);
-    EXPECT_TRUE(lines[1].contains(QStringLiteral("namedCaller<7>()"))) << qPrintable(lines[1]);
-    EXPECT_TRUE(lines[1].endsWith(QStringLiteral(": ") + program)) << qPrintable(lines[1]);
+    const QStringList caller = lines.filter(u("namedCaller<7>"));
+    ASSERT_EQ(caller.size(), 1) << qPrintable(lines.join(u("\n")));
+    EXPECT_TRUE(caller[0].endsWith(u(": ") + program())) << qPrintable(caller[0]);
+#ifndef Q_OS_WIN // where names have no arguments, and the innermost frame depends on the compiler
+    EXPECT_TRUE(lines[0].startsWith(u("veltor::utils::Tracer::backtrace(int): "))) << qPrintable(lines[0]);
+    EXPECT_TRUE(lines[1].contains(u("namedCaller<7>()"))) << qPrintable(lines[1]);
+#endif
     EXPECT_EQ(Tracer::symbols(frames), lines);
 
     EXPECT_EQ(Tracer::backtrace(2).size(), 2);
@@ -83,10 +91,11 @@ TEST(Tracer, ShowsUnknownAddressesAndCutsLongNames)
     EXPECT_EQ(Tracer::symbols(nowhere), (QStringList{QStringLiteral("[0x0]: [unknown file]"),
                                                      QStringLiteral("[0xabc]: [unknown file]")}));
 
+#ifndef Q_OS_WIN
     const std::array<QVector<void*>, 9> x;
     const QString line = Tracer::symbols(callerOfManyNames(x, x, x, x, x)).at(1);
-    EXPECT_EQ(line.indexOf(QStringLiteral(": ") + QCoreApplication::applicationFilePath()), 200)
-        << qPrintable(line);
+    EXPECT_EQ(line.indexOf(u(": ") + program()), 200) << qPrintable(line);
+#endif
 }
 
 TEST(Tracer, SymbolsOfSeveralThreadsAtOnce)
@@ -118,7 +127,9 @@ TEST(Tracer, LeavesOutFramesUnlessNoneWouldRemain)
         ASSERT_EQ(texts.size(), 1) << skip;
         EXPECT_TRUE(texts[0].startsWith(QStringLiteral("Backtrace:\n"))) << qPrintable(texts[0]);
         EXPECT_EQ(texts[0].count(QLatin1Char('\n')), lines) << skip;
+#ifndef Q_OS_WIN
         EXPECT_EQ(texts[0].contains(QStringLiteral("Tracer::logBacktrace(")), lines == 64) << skip;
+#endif
     }
 }
 
@@ -184,10 +195,16 @@ Outcome crash(const char* how)
     return play("crash", {u(how)});
 }
 
-auto crashLine(int signal)
+/// The report of a signal, naming a function where the system sees the crashed stack.
+auto report(int signal, [[maybe_unused]] const char* function)
 {
-    return HasSubstr("4|Tracer.cpp|11|void veltor::utils::signal_handler(int)|Program crashed with signal " +
-                     std::to_string(signal) + "\n4||0||Backtrace:\n");
+    return AllOf(
+        HasSubstr("4|Tracer.cpp|11|void veltor::utils::signal_handler(int)|Program crashed with signal " +
+                  std::to_string(signal) + "\n4||0||Backtrace:\n"),
+#ifndef Q_OS_WIN
+        HasSubstr(function),
+#endif
+        HasSubstr("exit functions ran"));
 }
 
 TEST(TracerCrash, EachSignalIsLoggedAndEndsWithCodeOne)
@@ -195,8 +212,7 @@ TEST(TracerCrash, EachSignalIsLoggedAndEndsWithCodeOne)
     for (const int signal : {SIGFPE, SIGABRT, SIGILL, SIGINT, SIGSEGV, SIGTERM}) {
         const Outcome outcome = crash(std::to_string(signal).c_str());
         EXPECT_EQ(outcome.status, 1) << signal;
-        EXPECT_THAT(outcome.errors,
-                    AllOf(crashLine(signal), HasSubstr("playedRole()"), HasSubstr("exit functions ran")));
+        EXPECT_THAT(outcome.errors, report(signal, "playedRole()"));
     }
 }
 
@@ -213,8 +229,7 @@ TEST(TracerCrash, TheBacktraceShowsWhereItCrashed)
     for (const auto& [how, function] : rows) {
         const Outcome outcome = crash(how);
         EXPECT_EQ(outcome.status, 1) << how;
-        EXPECT_THAT(outcome.errors,
-                    AllOf(crashLine(SIGSEGV), HasSubstr(function), HasSubstr("exit functions ran")));
+        EXPECT_THAT(outcome.errors, report(SIGSEGV, function));
         EXPECT_EQ(u(outcome.errors.c_str()).count(u("crashed with")), 1) << how;
     }
 }

@@ -13,6 +13,8 @@ namespace {
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr int RecoveryStride = 7; // the full enumeration runs without a sanitizer
+#elif defined(Q_OS_WIN)
+constexpr int RecoveryStride = 29; // slow where Windows is emulated
 #else
 constexpr int RecoveryStride = 1;
 #endif

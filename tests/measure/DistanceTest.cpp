@@ -18,67 +18,48 @@ constexpr double a = 6378137;
 constexpr double rf = 298.257223563;
 constexpr double radiansPerDegree = 0.017453292519943295;
 
-struct Geodesic
-{
-    QString kind;
-    double a, rf;
-    QPointF p1, p2;
-    double distance, azimuth;
-};
-
-const std::vector<Geodesic>& geodesics()
-{
-    static const std::vector<Geodesic> table = [] {
-        std::vector<Geodesic> rows;
-        for (const QStringList& row : veltor::test::readTable("measure/data/geodesics.csv", ',')) {
-            const auto number = [&](int column) { return row[column].toDouble(); };
-            rows.push_back({row[0], number(1), number(2), QPointF(number(3), number(4)),
-                            QPointF(number(5), number(6)), number(7), number(8)});
-        }
-        return rows;
-    }();
-    return table;
-}
-
 QPointF randomPosition(std::mt19937_64& random)
 {
     return {std::uniform_real_distribution<double>(-180, 180)(random),
             std::uniform_real_distribution<double>(-89, 89)(random)};
 }
 
-TEST(Distance, EllipsoidalFormsAgreeWithTheReferenceTable)
+TEST(Distance, FormsAgreeWithTheReferenceTable)
 {
-    ASSERT_GT(geodesics().size(), 400U);
-    for (const Geodesic& row : geodesics()) {
-        SCOPED_TRACE(row.kind.toStdString() + " " + std::to_string(row.distance));
-        EXPECT_NEAR(ellipsoidDistance(row.p1, row.p2, row.a, row.rf), row.distance, 3e-8);
-        const auto [distance, azimuth] = backGeodesicProblem(row.p1, row.p2, row.a, row.rf);
-        EXPECT_NEAR(distance, row.distance, 3e-8);
-        const QPointF end = directGeodesicProblem(row.p1, azimuth, distance, row.a, row.rf);
-        EXPECT_NEAR(ellipsoidDistance(end, row.p2, row.a, row.rf), 0, 1e-7);
+    const auto rows = veltor::test::readTable("measure/data/geodesics.csv", ',');
+    ASSERT_GT(rows.size(), 400U);
+    for (const QStringList& row : rows) {
+        SCOPED_TRACE(row.join(QLatin1Char(' ')).toStdString());
+        const auto number = [&](int column) { return row[column].toDouble(); };
+        const double rowA = number(1);
+        const double rowRf = number(2);
+        const QPointF p(number(3), number(4));
+        const QPointF q(number(5), number(6));
+        const double expected = number(7);
+        EXPECT_NEAR(ellipsoidDistance(p, q, rowA, rowRf), expected, 3e-8);
+        EXPECT_NEAR(ellipsoidDistance(q, p, rowA, rowRf), expected, 3e-8);
+        const auto [distance, azimuth] = backGeodesicProblem(p, q, rowA, rowRf);
+        EXPECT_NEAR(distance, expected, 3e-8);
+        const QPointF end = directGeodesicProblem(p, azimuth, distance, rowA, rowRf);
+        EXPECT_NEAR(ellipsoidDistance(end, q, rowA, rowRf), 0, 1e-7);
         EXPECT_GE(azimuth, 0);
         EXPECT_LT(azimuth, 360);
-        if (row.kind != QLatin1String("tiny")) {
-            EXPECT_NEAR(std::remainder(azimuth - row.azimuth, 360), 0, 1e-9);
+        if (row[0] != QLatin1String("tiny")) {
+            EXPECT_NEAR(std::remainder(azimuth - number(8), 360), 0, 1e-9);
         }
-        if (row.kind != QLatin1String("antipodal") && std::fabs(row.rf) > 200) {
-            EXPECT_NEAR(vincentyDistance(row.p1, row.p2, row.a, row.rf), row.distance, 2e-4);
+        if (row[0] != QLatin1String("antipodal") && std::fabs(rowRf) > 200) {
+            EXPECT_NEAR(vincentyDistance(p, q, rowA, rowRf), expected, 2e-4);
         }
     }
 }
 
-TEST(Distance, IsSymmetricAndKeepsTheTriangleInequality)
+TEST(Distance, ShortFormsAreAsNearAsTheySay)
 {
     std::mt19937_64 random(4);
     for (int i = 0; i < 2000; ++i) {
         const QPointF p = randomPosition(random);
         const QPointF q = randomPosition(random);
-        const QPointF r = randomPosition(random);
         const double pq = ellipsoidDistance(p, q, a, rf);
-        ASSERT_NEAR(pq, ellipsoidDistance(q, p, a, rf), 1e-8);
-        ASSERT_LE(pq, ellipsoidDistance(p, r, a, rf) + ellipsoidDistance(r, q, a, rf) + 1e-8);
-        ASSERT_NEAR(sphericalDistance(p, q), sphericalDistance(q, p), 1e-7);
-        ASSERT_NEAR(lambertDistance(p, q, a, rf), lambertDistance(q, p, a, rf), 1e-6);
         ASSERT_NEAR(sphericalDistance(p, q), pq, 0.0057 * pq);
         if (pq < 18e6) {
             ASSERT_NEAR(lambertDistance(p, q, a, rf), pq, 1.2e-5 * pq);

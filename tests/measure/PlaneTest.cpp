@@ -128,19 +128,6 @@ TEST(CoarseRounding, AsksTheCallersChooserAboutTheCallersSteps)
     EXPECT_EQ(coarseRound(37, {}, steps, 1), 0) << "a single step has none below";
 }
 
-TEST(Angles, BothWaysIntoOnePeriodAgreeButForLastBits)
-{
-    std::mt19937_64 random(2);
-    std::uniform_real_distribution<double> angle(-5000, 5000);
-    for (const double period : {2 * pi, 360.0, 400.0}) {
-        for (int i = 0; i < 2000; ++i) {
-            const double a = angle(random);
-            const double difference = std::fabs(normalizeAngle(a, period) - fixAngle(a, period));
-            ASSERT_LE(std::min(difference, period - difference), 1e-10) << a << " of " << period;
-        }
-    }
-}
-
 TEST(FuzzyFamily, AgreesWithItsExactRelatives)
 {
     constexpr double huge = 1e300;

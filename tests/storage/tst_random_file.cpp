@@ -170,9 +170,14 @@ private:
     {
         QFile other(m_path);
         ASSERT_TRUE(other.open(QIODevice::ReadWrite));
+        if (!other.resize(at)) {
+#ifdef Q_OS_WIN
+            return; // nobody may cut what is mapped
+#endif
+            FAIL() << qPrintable(other.errorString());
+        }
         m_model.truncate(at);
         extendModel(at + length);
-        ASSERT_TRUE(other.resize(at));
         ASSERT_TRUE(other.resize(at + length));
         m_file.refresh();
     }

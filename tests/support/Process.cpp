@@ -43,7 +43,7 @@ Outcome run(const QString& program, const QStringList& arguments, const QByteArr
         return {-1, {}, process.errorString().toStdString()};
     }
     return {statusOf(process), process.readAllStandardOutput().toStdString(),
-            process.readAllStandardError().toStdString()};
+            process.readAllStandardError().replace("\r\n", "\n").toStdString()};
 }
 
 Role::Role(const char* name, int (*play)(const QStringList& arguments))
