@@ -77,7 +77,12 @@ TaskThreadPool* TaskThreadPool::makeInstance(QObject* parent)
 
 TaskThreadPool* TaskThreadPool::globalInstance()
 {
+#ifdef Q_OS_WIN
+    // Never destroyed: the system ends all other threads, whatever they hold, before a library's statics go.
+    static TaskThreadPool& pool = *new TaskThreadPool(QThread::idealThreadCount(), nullptr);
+#else
     static TaskThreadPool pool(QThread::idealThreadCount(), nullptr);
+#endif
     return &pool;
 }
 

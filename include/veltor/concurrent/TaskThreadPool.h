@@ -66,7 +66,8 @@ public:
     [[nodiscard]] static TaskThreadPool* makeInstance(int threads, QObject* parent);
     [[nodiscard]] static TaskThreadPool* makeInstance(QObject* parent);
     /// @}
-    /// The pool of the process, with a worker for each core: made on first use, destroyed at exit.
+    /// The pool of the process, with a worker for each core: made on first use, destroyed at exit (on Windows
+    /// not: its tasks end where they stand, since the system ends all threads before).
     [[nodiscard]] static TaskThreadPool* globalInstance();
 
     /// Runs @p task on a worker, now or when its turn comes. Thread-safe; a task that lives in another
