@@ -79,7 +79,15 @@ TaskThreadPool* TaskThreadPool::globalInstance()
 {
 #ifdef Q_OS_WIN
     // Never destroyed: the system ends all other threads, whatever they hold, before a library's statics go.
-    static TaskThreadPool& pool = *new TaskThreadPool(QThread::idealThreadCount(), nullptr);
+    // In order, therefore, with the application object.
+    static TaskThreadPool& pool = *[] {
+        auto* const made = new TaskThreadPool(QThread::idealThreadCount(), nullptr);
+        qAddPostRoutine([] {
+            pool.cancelAll();
+            pool.stopThreads();
+        });
+        return made;
+    }();
 #else
     static TaskThreadPool pool(QThread::idealThreadCount(), nullptr);
 #endif

@@ -66,8 +66,9 @@ public:
     [[nodiscard]] static TaskThreadPool* makeInstance(int threads, QObject* parent);
     [[nodiscard]] static TaskThreadPool* makeInstance(QObject* parent);
     /// @}
-    /// The pool of the process, with a worker for each core: made on first use, destroyed at exit (on Windows
-    /// not: its tasks end where they stand, since the system ends all threads before).
+    /// The pool of the process, with a worker for each core: made on first use, destroyed at exit. On
+    /// Windows, where other threads do not live until then, its tasks are ended with the application object
+    /// instead.
     [[nodiscard]] static TaskThreadPool* globalInstance();
 
     /// Runs @p task on a worker, now or when its turn comes. Thread-safe; a task that lives in another
