@@ -28,7 +28,7 @@ change() {
   shift
   mkfifo "$folder.hold"
   cd "$folder"
-  "$@" --pause-after 10 journal "${files[@]}" <"../$folder.hold" >"../$folder.out" &
+  "$@" --pause-after 10 journal "${files[@]}" <"../$folder.hold" >"../$folder.out" 2>&1 &
   victim=$!
   exec 3>"../$folder.hold"
   cd ..
