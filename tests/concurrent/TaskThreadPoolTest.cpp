@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <condition_variable>
+#include <deque>
 #include <future>
 #include <mutex>
 #include <random>
@@ -288,6 +290,45 @@ TEST_F(Pool, CancelsAndDeletesEverythingWhenDestroyed)
     }
 }
 
+/// A thread that continues or cancels paused tasks, in the order in which they were paused.
+class Resumer
+{
+public:
+    ~Resumer()
+    {
+        take(nullptr, false); // the last one
+        m_thread.join();
+    }
+
+    void take(const std::shared_ptr<TaskProgressHandler>& paused, bool cancels)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_paused.emplace_back(paused, cancels);
+        m_changed.notify_one();
+    }
+
+private:
+    void run()
+    {
+        for (;;) {
+            std::unique_lock lock(m_mutex);
+            m_changed.wait(lock, [this] { return !m_paused.empty(); });
+            const auto [handler, cancels] = m_paused.front();
+            m_paused.pop_front();
+            lock.unlock();
+            if (!handler) {
+                return;
+            }
+            cancels ? handler->cancel() : handler->continueWork();
+        }
+    }
+
+    std::mutex m_mutex; // guards m_paused
+    std::condition_variable m_changed;
+    std::deque<std::pair<std::shared_ptr<TaskProgressHandler>, bool>> m_paused;
+    std::thread m_thread{[this] { run(); }};
+};
+
 TEST_F(Pool, StressEndsWithNothingAlive)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -298,10 +339,7 @@ TEST_F(Pool, StressEndsWithNothingAlive)
     std::atomic<int> ends{0};
     std::atomic<int> pauses{0};
     {
-        test::EventLoopThread thread;
-        QObject resumer; // its thread continues or cancels paused tasks
-        resumer.moveToThread(&thread);
-        thread.start();
+        Resumer resumer;
         TaskThreadPool pool(2);
         std::vector<std::thread> starters;
         for (unsigned seed = 1; seed <= 4; ++seed) {
@@ -320,11 +358,11 @@ TEST_F(Pool, StressEndsWithNothingAlive)
                     });
                     const auto handler = task->progressHandler();
                     QObject::connect(handler.get(), &ProgressHandler::finished, [&] { ++ends; });
-                    QObject::connect(handler.get(), &ProgressHandler::paused, &resumer,
+                    QObject::connect(handler.get(), &ProgressHandler::paused,
                                      [&, weak = std::weak_ptr(handler), cancels = dice == 15] {
                                          if (const auto paused = weak.lock()) {
                                              ++pauses;
-                                             cancels ? paused->cancel() : paused->continueWork();
+                                             resumer.take(paused, cancels);
                                          }
                                      });
                     if (dice == 0) {
