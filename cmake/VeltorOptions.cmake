@@ -1,7 +1,7 @@
 # Build options and the compiler flags shared by every target of the project.
 
 option(VELTOR_WERROR "Treat warnings as errors" OFF)
-option(VELTOR_PYTHON "Build the Python bridge when Python's development files are found" ON)
+option(VELTOR_PYTHON "Build the Python bridge when Python's headers are found" ON)
 option(VELTOR_TOOLS "Build the command-line tool" ${PROJECT_IS_TOP_LEVEL})
 option(VELTOR_INSTALL "Define what cmake --install installs" ${PROJECT_IS_TOP_LEVEL})
 option(VELTOR_DEBIAN "Install as Debian's packages are laid out, for CPack" OFF)
@@ -50,6 +50,9 @@ else()
   if(VELTOR_SANITIZE)
     add_compile_options(-fsanitize=${VELTOR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${VELTOR_SANITIZE})
+  endif()
+  if(NOT VELTOR_SANITIZE AND NOT APPLE)
+    add_link_options(-Wl,--no-undefined) # the Python bridge must not refer to an interpreter by name
   endif()
   if(VELTOR_COVERAGE)
     add_compile_options(--coverage -O0)

@@ -79,6 +79,14 @@
         <source>Нет</source>
         <translation>No</translation>
     </message>
+    <message>
+        <source>Интерпретатор не содержит %1</source>
+        <translation>The interpreter has no %1</translation>
+    </message>
+    <message>
+        <source>Интерпретатор не запущен</source>
+        <translation>No interpreter runs</translation>
+    </message>
 </context>
 <context>
     <name>veltor::concurrent::ProgressHandler</name>

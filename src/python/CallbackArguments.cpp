@@ -20,18 +20,18 @@ namespace {
 int callableArgsCount(PyObject* callable)
 {
     PendingErrorKeeper keeper;
-    const PythonRef inspect(PyImport_ImportModule("inspect"));
+    const PythonRef inspect(api().PyImport_ImportModule("inspect"));
     if (!inspect) {
         throwPending();
     }
-    const PythonRef name(PyUnicode_FromString("signature"));
-    const PythonRef signature(name ? PyObject_CallMethodObjArgs(inspect.get(), name.get(), callable, nullptr)
-                                   : nullptr);
+    const PythonRef name(api().PyUnicode_FromString("signature"));
+    const PythonRef signature(
+        name ? api().PyObject_CallMethodObjArgs(inspect.get(), name.get(), callable, nullptr) : nullptr);
     if (!signature) {
         throwPending();
     }
-    const PythonRef parameters(PyObject_GetAttrString(signature.get(), "parameters"));
-    const Py_ssize_t count = parameters ? PyObject_Size(parameters.get()) : -1;
+    const PythonRef parameters(api().PyObject_GetAttrString(signature.get(), "parameters"));
+    const Py_ssize_t count = parameters ? api().PyObject_Size(parameters.get()) : -1;
     if (count < 0) {
         keeper.forget();
     }

@@ -17,13 +17,13 @@ namespace {
 /// Sets the pending error when the callback cannot be called without arguments.
 bool isRefused(PyObject* callback)
 {
-    if (!callback || !PyCallable_Check(callback)) {
-        PyErr_SetString(PyExc_TypeError, "callback argument is not callable");
+    if (!callback || !api().PyCallable_Check(callback)) {
+        api().PyErr_SetString(*api().PyExc_TypeError, "callback argument is not callable");
         return true;
     }
     const bool refused = callableArgsCount(callback) != 0;
     if (refused) {
-        PyErr_SetString(PyExc_TypeError, "callback must not have any parameters");
+        api().PyErr_SetString(*api().PyExc_TypeError, "callback must not have any parameters");
     }
     return refused;
 }
@@ -31,7 +31,7 @@ bool isRefused(PyObject* callback)
 /// Calls the callback once. Its error must not stay pending, because no call into Python may be made then.
 void pump(PyObject* callback, FetchedError& kept)
 {
-    const PythonRef result(PyObject_CallObject(callback, nullptr));
+    const PythonRef result(api().PyObject_CallObject(callback, nullptr));
     if (result) {
         return;
     }
@@ -50,11 +50,11 @@ void setPendingBoth(const std::exception_ptr& native, FetchedError callbackError
     }
     callbackError.normalize();
     if (callbackError.isInterrupt()) {
-        PyException_SetContext(callbackError.value(), PythonRef::share(exception.get()).release());
+        api().PyException_SetContext(callbackError.value(), PythonRef::share(exception.get()).release());
         callbackError.restore();
     } else {
         setPending(exception);
-        PyException_SetContext(exception.get(), PythonRef::share(callbackError.value()).release());
+        api().PyException_SetContext(exception.get(), PythonRef::share(callbackError.value()).release());
     }
 }
 
@@ -92,14 +92,14 @@ void Concurrent(std::function<void()> procedure, PyObject* callback)
     PendingErrorKeeper keeper;
     try {
         if (!procedure) {
-            PyErr_SetString(PyExc_ValueError, "Undefined veltor procedure");
+            api().PyErr_SetString(*api().PyExc_ValueError, "Undefined veltor procedure");
         } else if (!isRefused(callback)) {
             run(std::move(procedure), callback);
         }
     } catch (...) {
         setPending(toPythonException(std::current_exception()));
     }
-    if (PyErr_Occurred()) {
+    if (api().PyErr_Occurred()) {
         keeper.forget();
     }
 }

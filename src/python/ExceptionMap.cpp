@@ -32,12 +32,19 @@ void forgetMap()
     delete currentMap.exchange(nullptr);
 }
 
+bool isExceptionClass(PyObject* object)
+{
+    return api().isInstance(object, Py_TPFLAGS_TYPE_SUBCLASS) &&
+           (api().PyType_GetFlags(reinterpret_cast<PyTypeObject*>(object)) & Py_TPFLAGS_BASE_EXC_SUBCLASS) !=
+               0;
+}
+
 /// An exception class of the module; null, with an error pending, when there is none of that name.
 PythonRef exceptionClass(PyObject* module, const char* name)
 {
-    PythonRef found(PyObject_GetAttrString(module, name));
-    if (found && !PyExceptionClass_Check(found.get())) {
-        PyErr_Format(PyExc_TypeError, "%s.%s is no exception class", moduleName, name);
+    PythonRef found(api().PyObject_GetAttrString(module, name));
+    if (found && !isExceptionClass(found.get())) {
+        api().PyErr_Format(*api().PyExc_TypeError, "%s.%s is no exception class", moduleName, name);
         return {};
     }
     return found;
@@ -51,7 +58,7 @@ std::unique_ptr<const ExceptionMap> buildMap()
          {typeid(std::runtime_error), "RuntimeException"},
          {typeid(std::logic_error), "LogicException"},
          {typeid(std::out_of_range), "OutOfRangeException"}}};
-    const PythonRef module(PyImport_ImportModule(moduleName));
+    const PythonRef module(api().PyImport_ImportModule(moduleName));
     std::array<PythonRef, names.size()> classes;
     for (std::size_t i = 0; i < names.size(); ++i) {
         classes[i] = module ? exceptionClass(module.get(), names[i].second) : PythonRef();
@@ -100,7 +107,7 @@ const ExceptionMap* exceptionMap()
         return published; // the module's classes were found twice; one more reference to each does no harm
     }
     // Fails when a host has registered all the 32 functions there may be; the map then stays for good.
-    static_cast<void>(Py_AtExit(&forgetMap));
+    static_cast<void>(api().Py_AtExit(&forgetMap));
     return built.release();
 }
 
@@ -111,7 +118,7 @@ PyObject* findExceptionType(const std::exception_ptr& e)
     const PendingErrorKeeper keeper;
     const ExceptionMap* const map = exceptionMap();
     if (!map) {
-        return PyExc_RuntimeError;
+        return *api().PyExc_RuntimeError;
     }
     try {
         if (e) {

@@ -4,12 +4,12 @@
 
 namespace veltor::python {
 
-FetchedError FetchedError::take() noexcept
+FetchedError FetchedError::take()
 {
     PyObject* type = nullptr;
     PyObject* value = nullptr;
     PyObject* traceback = nullptr;
-    PyErr_Fetch(&type, &value, &traceback);
+    api().PyErr_Fetch(&type, &value, &traceback);
     FetchedError error;
     error.m_type = PythonRef(type);
     error.m_value = PythonRef(value);
@@ -19,7 +19,7 @@ FetchedError FetchedError::take() noexcept
 
 void FetchedError::restore() noexcept
 {
-    PyErr_Restore(m_type.release(), m_value.release(), m_traceback.release());
+    api().PyErr_Restore(m_type.release(), m_value.release(), m_traceback.release());
 }
 
 void FetchedError::normalize() noexcept
@@ -27,18 +27,18 @@ void FetchedError::normalize() noexcept
     PyObject* type = m_type.release();
     PyObject* value = m_value.release();
     PyObject* traceback = m_traceback.release();
-    PyErr_NormalizeException(&type, &value, &traceback);
+    api().PyErr_NormalizeException(&type, &value, &traceback);
     m_type = PythonRef(type);
     m_value = PythonRef(value);
     m_traceback = PythonRef(traceback);
     if (value && traceback) {
-        PyException_SetTraceback(value, traceback);
+        api().PyException_SetTraceback(value, traceback);
     }
 }
 
 bool FetchedError::isInterrupt() const noexcept
 {
-    return m_type && !PyErr_GivenExceptionMatches(m_type.get(), PyExc_Exception);
+    return m_type && !api().PyErr_GivenExceptionMatches(m_type.get(), *api().PyExc_Exception);
 }
 
 } // namespace veltor::python

@@ -11,7 +11,7 @@ public:
     FetchedError() noexcept = default;
 
     /// Takes the pending error; holds nothing when there is none.
-    [[nodiscard]] static FetchedError take() noexcept;
+    [[nodiscard]] static FetchedError take();
 
     /// Makes it the pending error again, in place of any other; holding nothing, clears that one.
     void restore() noexcept;
@@ -38,7 +38,7 @@ private:
 class PendingErrorKeeper
 {
 public:
-    PendingErrorKeeper() noexcept
+    PendingErrorKeeper()
         : m_error(FetchedError::take())
     {}
     ~PendingErrorKeeper()

@@ -46,9 +46,9 @@ PythonRef textOf(const std::exception_ptr& native)
     } catch (const std::exception& exception) {
         const char* const text = exception.what();
         return PythonRef(
-            PyUnicode_DecodeUTF8(text, static_cast<Py_ssize_t>(std::strlen(text)), "backslashreplace"));
+            api().PyUnicode_DecodeUTF8(text, static_cast<Py_ssize_t>(std::strlen(text)), "backslashreplace"));
     } catch (...) {
-        return PythonRef(PyUnicode_FromString("Unknown native exception"));
+        return PythonRef(api().PyUnicode_FromString("Unknown native exception"));
     }
 }
 
@@ -56,9 +56,9 @@ PythonRef instanceFor(const std::exception_ptr& native)
 {
     PyObject* const type = findExceptionType(native);
     const PythonRef text = textOf(native);
-    PythonRef instance(text ? PyObject_CallFunctionObjArgs(type, text.get(), nullptr) : nullptr);
-    if (instance && !PyExceptionInstance_Check(instance.get())) {
-        PyErr_SetObject(type, text.get()); // raises the error that Python has for such a class
+    PythonRef instance(text ? api().PyObject_CallFunctionObjArgs(type, text.get(), nullptr) : nullptr);
+    if (instance && !api().isInstance(instance.get(), Py_TPFLAGS_BASE_EXC_SUBCLASS)) {
+        api().PyErr_SetObject(type, text.get()); // raises the error that Python has for such a class
         return {};
     }
     return instance;
@@ -76,20 +76,20 @@ try {
             return {};
         }
         if (inner) {
-            PyException_SetCause(outer.get(), inner.release());
+            api().PyException_SetCause(outer.get(), inner.release());
         }
         inner = std::move(outer);
     }
     return inner;
 } catch (const std::bad_alloc&) {
-    PyErr_NoMemory();
+    api().PyErr_NoMemory();
     return {};
 }
 
 void setPending(const PythonRef& exception) noexcept
 {
     if (exception) {
-        PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), exception.get());
+        api().PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), exception.get());
     }
 }
 

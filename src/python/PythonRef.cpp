@@ -6,23 +6,23 @@ namespace veltor::python {
 
 PythonRef PythonRef::share(PyObject* borrowed) noexcept
 {
-    Py_IncRef(borrowed);
+    api().Py_IncRef(borrowed);
     return PythonRef(borrowed);
 }
 
 // noexcept: an exception that escapes from the destruction of a Python object ends the process.
 void PythonRef::drop(PyObject* object) noexcept
 {
-    if (!object || !Py_IsInitialized()) {
+    if (!object || !isInterpreterRunning()) {
         return;
     }
     if (Py_REFCNT(object) != 1) {
-        Py_DecRef(object);
+        api().Py_DecRef(object);
         return;
     }
-    const PyGILState_STATE state = PyGILState_Ensure();
-    Py_DecRef(object);
-    PyGILState_Release(state);
+    const PyGILState_STATE state = api().PyGILState_Ensure();
+    api().Py_DecRef(object);
+    api().PyGILState_Release(state);
 }
 
 } // namespace veltor::python

@@ -30,14 +30,14 @@ QString fromUtf8(const char* text)
 QString fromUtf16(PyObject* o)
 {
     const char* const codec = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? "utf-16-le" : "utf-16-be";
-    const PythonRef bytes(PyUnicode_AsEncodedString(o, codec, "surrogatepass"));
-    const Py_ssize_t size = bytes ? PyBytes_Size(bytes.get()) : 0;
+    const PythonRef bytes(api().PyUnicode_AsEncodedString(o, codec, "surrogatepass"));
+    const Py_ssize_t size = bytes ? api().PyBytes_Size(bytes.get()) : 0;
     if (size > std::numeric_limits<int>::max()) {
         return {};
     }
     QString text(static_cast<int>(size / 2), Qt::Uninitialized);
     if (size > 0) {
-        std::memcpy(text.data(), PyBytes_AsString(bytes.get()), static_cast<std::size_t>(size));
+        std::memcpy(text.data(), api().PyBytes_AsString(bytes.get()), static_cast<std::size_t>(size));
     }
     const int zero = text.indexOf(QChar(QChar::Null));
     return zero < 0 ? text : text.left(zero);
@@ -46,11 +46,11 @@ QString fromUtf16(PyObject* o)
 QString fromStr(PyObject* o)
 {
     const PendingErrorKeeper keeper;
-    const PythonRef bytes(PyUnicode_AsUTF8String(o));
+    const PythonRef bytes(api().PyUnicode_AsUTF8String(o));
     if (bytes) {
-        return fromUtf8(PyBytes_AsString(bytes.get()));
+        return fromUtf8(api().PyBytes_AsString(bytes.get()));
     }
-    PyErr_Clear();
+    api().PyErr_Clear();
     return fromUtf16(o);
 }
 
@@ -61,30 +61,31 @@ QString PyStringToQString(PyObject* o)
     if (!o) {
         return {};
     }
-    if (PyUnicode_Check(o)) {
+    if (api().isInstance(o, Py_TPFLAGS_UNICODE_SUBCLASS)) {
         return fromStr(o);
     }
-    return PyBytes_Check(o) ? QString::fromLatin1(PyBytes_AsString(o)) : QString();
+    return api().isInstance(o, Py_TPFLAGS_BYTES_SUBCLASS) ? QString::fromLatin1(api().PyBytes_AsString(o))
+                                                          : QString();
 }
 
 QString PyObjectToRepr(PyObject* o)
 {
     const PendingErrorKeeper keeper;
-    const PythonRef text(PyObject_Repr(o));
+    const PythonRef text(api().PyObject_Repr(o));
     return PyStringToQString(text.get());
 }
 
 QString PyObjectToStr(PyObject* o)
 {
     const PendingErrorKeeper keeper;
-    const PythonRef text(PyObject_Str(o));
+    const PythonRef text(api().PyObject_Str(o));
     return PyStringToQString(text.get());
 }
 
 PyObject* QStringToPyString(const QString& s)
 {
     const std::wstring wide = toWideText(s);
-    return PyUnicode_FromWideChar(wide.data(), static_cast<Py_ssize_t>(wide.size()));
+    return api().PyUnicode_FromWideChar(wide.data(), static_cast<Py_ssize_t>(wide.size()));
 }
 
 } // namespace veltor::python

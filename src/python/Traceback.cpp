@@ -12,11 +12,14 @@ namespace {
 /// The whole text; null, with an error pending, when the module fails.
 PythonRef format(const FetchedError& error, PyObject* tracebackModule)
 {
-    PyObject* const value = error.value() ? error.value() : Py_None;
-    const PythonRef lines(PyObject_CallMethod(tracebackModule, "format_exception", "OOO", error.type(), value,
-                                              error.traceback()));
-    const PythonRef nothing(lines ? PyUnicode_FromString("") : nullptr);
-    return PythonRef(nothing ? PyUnicode_Join(nothing.get(), lines.get()) : nullptr);
+    PyObject* const value = error.value() ? error.value() : api()._Py_NoneStruct;
+    const PythonRef function(api().PyUnicode_FromString("format_exception"));
+    const PythonRef lines(function ? api().PyObject_CallMethodObjArgs(tracebackModule, function.get(),
+                                                                      error.type(), value, error.traceback(),
+                                                                      nullptr)
+                                   : nullptr);
+    const PythonRef nothing(lines ? api().PyUnicode_FromString("") : nullptr);
+    return PythonRef(nothing ? api().PyUnicode_Join(nothing.get(), lines.get()) : nullptr);
 }
 
 } // namespace
@@ -29,13 +32,13 @@ QString currentError()
         return QStringLiteral("pythonError: traceback is null");
     }
     const PendingErrorKeeper keeper; // nothing is pending here: drops what the calls below may raise
-    const PythonRef module(PyImport_ImportModule("traceback"));
+    const PythonRef module(api().PyImport_ImportModule("traceback"));
     if (!module) {
         return QStringLiteral("pythonError: tracebackModule equals null");
     }
     const PythonRef text = format(error, module.get());
     if (!text) {
-        PyErr_Clear();
+        api().PyErr_Clear();
         return PyObjectToRepr(error.value());
     }
     return PyStringToQString(text.get());

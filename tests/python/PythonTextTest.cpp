@@ -1,5 +1,6 @@
 // What the bridge does without an interpreter; runs on platforms that have none, too.
 
+#include <veltor/err/Exceptions.h>
 #include <veltor/python/PythonBridge.h>
 
 #include "python/WideText.h"
@@ -42,6 +43,16 @@ TEST(PythonText, hierarchyNamesClassesWithoutTheirNamespaces)
                                                   QStringLiteral("QObject")}));
     EXPECT_EQ(getHierarchy(nullptr), QStringList());
 }
+
+#ifdef VELTOR_HAS_PYTHON
+TEST(WithoutAnInterpreter, asksForOne)
+{
+    EXPECT_THROW(currentError(), err::CouldNotInitializeObject);
+    EXPECT_THROW(static_cast<void>(findExceptionType(nullptr)), err::CouldNotInitializeObject);
+    EXPECT_THROW(static_cast<void>(QStringToPyString(QString())), err::CouldNotInitializeObject);
+    EXPECT_THROW(Concurrent([] { FAIL(); }, nullptr), err::CouldNotInitializeObject);
+}
+#endif
 
 } // namespace
 } // namespace veltor::python

@@ -24,6 +24,10 @@ class QObject;
 /// A Python error that is pending when a function is called stays pending and untouched, and an error
 /// that arises inside is dropped, except where a function says otherwise.
 ///
+/// The library is linked to no interpreter: the host's is found in the process at the first call, also where
+/// a plugin loaded it for itself; of several, the one that runs. While there is none, every function that
+/// needs one throws err::CouldNotInitializeObject with the reason, Concurrent() included.
+///
 /// A library built without the Python bridge holds makePythonStringLiteral() and getHierarchy() only.
 namespace veltor::python {
 
