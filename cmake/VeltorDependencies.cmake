@@ -3,14 +3,33 @@
 
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
-find_package(Qt5 5.15 REQUIRED COMPONENTS Core Concurrent)
+if(NOT VELTOR_QT)
+  find_package(Qt5 5.15 QUIET COMPONENTS Core)
+  set(VELTOR_QT 6)
+  if(Qt5_FOUND)
+    set(VELTOR_QT 5)
+  endif()
+  set_property(CACHE VELTOR_QT PROPERTY VALUE ${VELTOR_QT})
+endif()
+# As CMake and pkg-config know the package; both can be installed side by side.
+if(VELTOR_QT EQUAL 5)
+  set(VELTOR_PACKAGE veltor-utils)
+  set(VELTOR_QT_VERSION 5.15)
+  set(VELTOR_QT_MODULES Core)
+else()
+  set(VELTOR_PACKAGE veltor-utils-qt6)
+  set(VELTOR_QT_VERSION 6.4)
+  set(VELTOR_QT_MODULES Core Core5Compat) # which holds the text codecs
+endif()
+list(TRANSFORM VELTOR_QT_MODULES PREPEND Qt${VELTOR_QT}:: OUTPUT_VARIABLE VELTOR_QT_TARGETS)
+find_package(Qt${VELTOR_QT} ${VELTOR_QT_VERSION} REQUIRED COMPONENTS ${VELTOR_QT_MODULES} Concurrent)
 # Only the geodesic routines of its C interface are used.
 find_package(PROJ CONFIG REQUIRED)
-find_package(Qt5 5.15 QUIET OPTIONAL_COMPONENTS Widgets)
+find_package(Qt${VELTOR_QT} ${VELTOR_QT_VERSION} QUIET OPTIONAL_COMPONENTS Widgets)
 
 if(BUILD_TESTING)
   find_package(GTest REQUIRED)
-  find_package(Qt5 5.15 REQUIRED COMPONENTS Test)
+  find_package(Qt${VELTOR_QT} ${VELTOR_QT_VERSION} REQUIRED COMPONENTS Test)
 endif()
 
 # An interpreter that merely comes first on PATH (a version manager's, a virtual environment's) is not

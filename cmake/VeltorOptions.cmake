@@ -8,6 +8,7 @@ option(VELTOR_DEBIAN "Install as Debian's packages are laid out, for CPack" OFF)
 option(VELTOR_BENCHMARKS "Build the benchmarks (Google Benchmark and the peers are needed)" OFF)
 option(VELTOR_FUZZERS "Build the fuzz targets (clang is needed)" OFF)
 option(VELTOR_COVERAGE "Instrument for gcov" OFF)
+set(VELTOR_QT "" CACHE STRING "Major version of Qt, 5 or 6; where nothing is said, what is found, 5 first")
 set(VELTOR_SANITIZE "" CACHE STRING "Sanitizers, as in -fsanitize= (address,undefined or thread)")
 
 set(CMAKE_CXX_STANDARD 17)
@@ -39,8 +40,9 @@ if(MSVC)
   endif()
 else()
   target_compile_options(veltor_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
-    -ffp-contract=off)
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+    -ffp-contract=off
+    $<IF:$<BOOL:$<TARGET_PROPERTY:VELTOR_RELAXED>>,-Wno-deprecated-declarations,-Wconversion>)
   if(VELTOR_WERROR)
     target_compile_options(veltor_options INTERFACE -Werror)
   endif()

@@ -12,6 +12,14 @@ function(veltor_moc_headers)
   target_sources(veltor-utils-objects PRIVATE ${headers})
 endfunction()
 
+# veltor_relax_for_qt6(TARGET): tests and examples may count by int what Qt 6 counts by qsizetype, and ask
+# for a meta-type by the old name of the function.
+function(veltor_relax_for_qt6 target)
+  if(VELTOR_QT GREATER 5)
+    set_target_properties(${target} PROPERTIES VELTOR_RELAXED ON)
+  endif()
+endfunction()
+
 # veltor_add_test(NAME SOURCES... [INTERNAL] [LIBRARIES libs...] [LABELS labels...] [TIMEOUT s])
 # One GoogleTest program, one CTest test. INTERNAL links the object library, so that hidden
 # internals are reached; without it the test runs against the shared library as a caller would.
@@ -20,7 +28,8 @@ function(veltor_add_test name)
   add_executable(${name} ${arg_SOURCES} ${arg_UNPARSED_ARGUMENTS})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
   target_link_libraries(${name} PRIVATE veltor_options ${arg_LIBRARIES}
-    GTest::gmock GTest::gtest Qt5::Test Threads::Threads)
+    GTest::gmock GTest::gtest Qt${VELTOR_QT}::Test Threads::Threads)
+  veltor_relax_for_qt6(${name})
   if(arg_INTERNAL)
     target_link_libraries(${name} PRIVATE veltor-utils-internals)
   else()

@@ -1,9 +1,9 @@
 # The catalogues of the library's messages: compiled here, embedded in the library, installed besides.
 
 # Catalogues are data: when cross-compiling, the building machine's lrelease is as good.
-get_target_property(qmake Qt5::qmake IMPORTED_LOCATION)
+get_target_property(qmake Qt${VELTOR_QT}::qmake IMPORTED_LOCATION)
 cmake_path(GET qmake PARENT_PATH qt_tools)
-find_program(VELTOR_LRELEASE NAMES lrelease-qt5 lrelease HINTS "${qt_tools}" DOC "Qt's compiler of message catalogues")
+find_program(VELTOR_LRELEASE NAMES lrelease-qt${VELTOR_QT} lrelease HINTS "${qt_tools}" /usr/lib/qt6/bin DOC "Qt's compiler of message catalogues")
 if(NOT VELTOR_LRELEASE)
   message(FATAL_ERROR "Qt's lrelease is needed to compile translations/ (Debian: qttools5-dev-tools); "
     "-DVELTOR_LRELEASE=... names one")
@@ -25,7 +25,7 @@ function(veltor_translations target)
   endforeach()
   file(CONFIGURE OUTPUT "${directory}/veltor_translations.qrc" @ONLY CONTENT
     "<RCC>\n  <qresource prefix=\"/veltor-utils/translations\">\n@entries@  </qresource>\n</RCC>\n")
-  qt5_add_resources(resource "${directory}/veltor_translations.qrc")
+  cmake_language(CALL qt${VELTOR_QT}_add_resources resource "${directory}/veltor_translations.qrc")
   target_sources(${target} PRIVATE ${resource})
   # For applications that collect the catalogues of all they use.
   if(VELTOR_INSTALL)

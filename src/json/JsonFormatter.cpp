@@ -1,5 +1,7 @@
 #include <veltor/json/JsonFormatter.h>
 
+#include "base/QtDifferences.h"
+
 #include "utils/text/NeutralText.h"
 
 #include <QtCore/QJsonArray>
@@ -68,8 +70,8 @@ struct Container
 
     QJsonArray array;
     QJsonObject object;
-    int size;
-    int next = 0;
+    base::Length size;
+    base::Length next = 0;
     bool isObject;
 };
 
@@ -108,7 +110,7 @@ void quote(const QString& text, std::string& out)
     out.front() = '"';
     std::transform(text.begin(), stop, out.begin() + 1, [](QChar c) { return c.toLatin1(); });
     if (stop != text.end()) {
-        const QByteArray rest = text.midRef(static_cast<int>(simple)).toUtf8();
+        const QByteArray rest = QStringView(text).mid(static_cast<base::Length>(simple)).toUtf8();
         const auto* run = rest.begin();
         while (run != rest.end()) {
             const auto* const end = std::find_if(
@@ -229,7 +231,7 @@ void Writer::writeNext()
         writeChar(close);
         return;
     }
-    const int index = container.next++;
+    const base::Length index = container.next++;
     if (index > 0) {
         writeChar(',');
     }

@@ -1,5 +1,6 @@
 #include <veltor/python/PythonBridge.h>
 
+#include "base/QtDifferences.h"
 #include "python/FetchedError.h"
 #include "python/PythonRef.h"
 #include "python/WideText.h"
@@ -39,7 +40,7 @@ QString fromUtf16(PyObject* o)
     if (size > 0) {
         std::memcpy(text.data(), api().PyBytes_AsString(bytes.get()), static_cast<std::size_t>(size));
     }
-    const int zero = text.indexOf(QChar(QChar::Null));
+    const base::Length zero = text.indexOf(QChar(QChar::Null));
     return zero < 0 ? text : text.left(zero);
 }
 

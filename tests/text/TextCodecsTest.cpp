@@ -5,7 +5,7 @@
 #include "support/Text.h"
 
 #include <QtCore/QTemporaryFile>
-#include <QtCore/QTextCodec>
+#include <QTextCodec>
 
 #include <gtest/gtest.h>
 

@@ -57,7 +57,7 @@ public:
     [[nodiscard]] iterator end() const noexcept { return m_names.end(); }
 
     /// The number of the object's members; aliases do not count.
-    [[nodiscard]] int size() const { return m_object.size(); }
+    [[nodiscard]] int size() const { return static_cast<int>(m_object.size()); }
 
 private:
     Names m_names; // every mapped value is a member of m_object

@@ -79,7 +79,7 @@ std::string pathOf(const std::string& name)
     QCryptographicHash hash(QCryptographicHash::Sha256);
     for (std::size_t at = 0; at < name.size(); at += 1u << 30) {
         const std::string piece = name.substr(at, 1u << 30);
-        hash.addData(piece.data(), static_cast<int>(piece.size()));
+        hash.addData(QByteArray::fromRawData(piece.data(), static_cast<int>(piece.size())));
     }
     return std::string(Directory) + "/veltor-mutex-1-" + std::to_string(sizeof(SharedLock)) + "-" +
            hash.result().toHex().toStdString();

@@ -33,7 +33,7 @@ void LineStream::fillBuffer()
     } else {
         m_buffer = text;
     }
-    m_remaining = m_buffer.size();
+    m_remaining = static_cast<int>(m_buffer.size());
 }
 
 bool LineStream::atEnd()

@@ -65,7 +65,7 @@ void signal_handler(int signal)
 Q_NEVER_INLINE QVector<void*> Tracer::backtrace(int maxFrames)
 {
     QVector<void*> frames(std::clamp(maxFrames, 0, maxCapture));
-    frames.resize(platform::captureStack(frames.data(), frames.size()));
+    frames.resize(platform::captureStack(frames.data(), static_cast<int>(frames.size())));
     return frames;
 }
 

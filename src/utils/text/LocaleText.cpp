@@ -2,6 +2,8 @@
 
 #include <veltor/utils/NumberToText.h>
 
+#include "base/QtDifferences.h"
+
 namespace veltor::utils {
 
 bool isExpanded(int exponent) noexcept
@@ -16,14 +18,16 @@ QString significantText(double x, int digits, const QLocale& locale, bool (*pred
 
 QString trimFraction(QString text, const QLocale& locale)
 {
-    if (!text.contains(locale.decimalPoint())) {
+    const QString decimalPoint = base::decimalPoint(locale);
+    if (!text.contains(decimalPoint)) {
         return text;
     }
-    while (text.endsWith(locale.zeroDigit())) {
-        text.chop(1);
+    const QString zero = base::zeroDigit(locale);
+    while (text.endsWith(zero)) {
+        text.chop(zero.size());
     }
-    if (text.endsWith(locale.decimalPoint())) {
-        text.chop(1);
+    if (text.endsWith(decimalPoint)) {
+        text.chop(decimalPoint.size());
     }
     return text;
 }

@@ -1,5 +1,6 @@
 #include <veltor/utils/NumberFormat.h>
 
+#include "base/QtDifferences.h"
 #include "utils/text/LocaleText.h"
 #include "utils/text/NeutralText.h"
 
@@ -17,28 +18,32 @@ constexpr quint32 unusedMask = ~(presentationMask | omitLeadingZeroBit);
 struct ExponentialText
 {
     QString mantissa; // no trailing zeros
-    QChar mark;
+    QString mark;
     QString exponent; // no leading zeros, a sign only if negative
 
-    [[nodiscard]] QString joined() const { return mark.isNull() ? mantissa : mantissa + mark + exponent; }
+    [[nodiscard]] QString joined() const { return mark.isEmpty() ? mantissa : mantissa + mark + exponent; }
 };
 
 ExponentialText splitExponential(double x, const QLocale& locale, QChar mark)
 {
     const QString text = locale.toString(x, 'e', 14);
-    const int markIndex = text.indexOf(locale.exponential());
+    const QString exponential = base::exponential(locale);
+    const base::Length markIndex = text.indexOf(exponential);
     if (markIndex < 0) {
-        return {text, QChar(), QString()};
+        return {text, QString(), QString()};
     }
-    QString exponent = text.mid(markIndex + 1);
-    if (exponent.startsWith(locale.positiveSign())) {
-        exponent.remove(0, 1);
+    QString exponent = text.mid(markIndex + exponential.size());
+    const QString positiveSign = base::positiveSign(locale);
+    if (exponent.startsWith(positiveSign)) {
+        exponent.remove(0, positiveSign.size());
     }
-    const int first = exponent.startsWith(locale.negativeSign()) ? 1 : 0;
-    while (exponent.size() > first + 1 && exponent.at(first) == locale.zeroDigit()) {
-        exponent.remove(first, 1);
+    const QString negativeSign = base::negativeSign(locale);
+    const base::Length first = exponent.startsWith(negativeSign) ? negativeSign.size() : 0;
+    const QString zero = base::zeroDigit(locale);
+    while (exponent.size() > first + zero.size() && QStringView(exponent).mid(first).startsWith(zero)) {
+        exponent.remove(first, zero.size());
     }
-    return {trimFraction(text.left(markIndex), locale), mark.isNull() ? locale.exponential() : mark,
+    return {trimFraction(text.left(markIndex), locale), mark.isNull() ? exponential : QString(mark),
             exponent};
 }
 
@@ -129,17 +134,23 @@ QString NumberFormat::compactExponential(double x) const
 {
     ExponentialText text = splitExponential(x, m_locale, m_exponential);
     const int exponent = m_locale.toInt(text.exponent); // 0 when there is none
-    const int point = text.mantissa.indexOf(m_locale.decimalPoint());
+    const QString decimalPoint = base::decimalPoint(m_locale);
+    const base::Length point = text.mantissa.indexOf(decimalPoint);
     if (exponent <= 0 || point < 0) {
         return text.joined();
     }
-    const int fraction = text.mantissa.size() - point - 1;
-    text.mantissa.remove(point, 1);
+    text.mantissa.remove(point, decimalPoint.size());
+    const base::Length digit = base::zeroDigit(m_locale).size();
+    const auto fraction = static_cast<int>((text.mantissa.size() - point) / digit);
     if (exponent >= fraction) {
         text.exponent = m_locale.toString(exponent - fraction);
     } else {
         constexpr int target = 9;
-        text.mantissa.insert(point + exponent - target, m_locale.decimalPoint());
+        base::Length at = point + (exponent - target) * digit;
+        at = at < 0 ? at + text.mantissa.size() : at; // counted from the end; nothing goes before the start
+        if (at >= 0) {
+            text.mantissa.insert(at, decimalPoint);
+        }
         text.exponent = m_locale.toString(target);
     }
     return text.joined();
@@ -157,12 +168,15 @@ QString NumberFormat::standard(double x) const
 
 QString NumberFormat::removeLeadingZero(QString text, QChar exponential) const
 {
-    const int first = text.startsWith(m_locale.negativeSign()) ? 1 : 0;
-    if (omitLeadingZero() && text.size() > first + 1 && text.at(first) == m_locale.zeroDigit()) {
-        text.remove(first, 1);
+    const QString negativeSign = base::negativeSign(m_locale);
+    const QString zero = base::zeroDigit(m_locale);
+    const base::Length first = text.startsWith(negativeSign) ? negativeSign.size() : 0;
+    if (omitLeadingZero() && text.size() > first + zero.size() &&
+        QStringView(text).mid(first).startsWith(zero)) {
+        text.remove(first, zero.size());
     }
-    if (!exponential.isNull() && exponential != m_locale.exponential()) {
-        text.replace(m_locale.exponential(), exponential);
+    if (!exponential.isNull()) {
+        text.replace(base::exponential(m_locale), QString(exponential));
     }
     return text;
 }

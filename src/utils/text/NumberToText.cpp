@@ -2,6 +2,7 @@
 
 #include <veltor/utils/Rounding.h>
 
+#include "base/QtDifferences.h"
 #include "utils/text/LocaleText.h"
 #include "utils/text/NeutralText.h"
 
@@ -20,50 +21,74 @@ constexpr int maxExpansion = 1000000;
 /// Digits as a string of digits with the point @p point places from its start, which may lie outside.
 QString placePoint(QString digits, qint64 point, const QLocale& locale)
 {
-    const QChar zero = locale.zeroDigit();
-    if (point < digits.size()) {
+    const QString zero = base::zeroDigit(locale);
+    const qint64 count = digits.size() / zero.size();
+    if (point < count) {
         if (point < 1) {
-            digits.prepend(QString(static_cast<int>(1 - point), zero));
+            digits.prepend(zero.repeated(static_cast<int>(1 - point)));
             point = 1;
         }
-        digits.insert(static_cast<int>(point), locale.decimalPoint());
+        digits.insert(static_cast<base::Length>(point * zero.size()), base::decimalPoint(locale));
     } else {
-        digits.append(QString(static_cast<int>(point - digits.size()), zero));
+        digits.append(zero.repeated(static_cast<int>(point - count)));
     }
     return digits;
+}
+
+/// Puts @p separator before every third digit of @p width characters, counted from @p end back to @p first.
+QString grouped(const QString& text, base::Length end, const QString& separator, base::Length first,
+                base::Length width)
+{
+    const base::Length group = 3 * width;
+    base::Length from = end;
+    while (from - group > first) {
+        from -= group;
+    }
+    QString result = text.left(from);
+    result.reserve(text.size() + (end - from) / group * separator.size());
+    for (; from < end; from += group) {
+        result += separator;
+        result += text.mid(from, group);
+    }
+    return result + text.mid(end);
 }
 
 } // namespace
 
 QString castExponentialFormat(QString text, const QLocale& locale, bool (*predicate)(int))
 {
-    const int mark = text.lastIndexOf(locale.exponential());
+    const QString exponential = base::exponential(locale);
+    const base::Length mark = text.lastIndexOf(exponential);
     if (mark < 1) {
         return text;
     }
-    const int exponent = locale.toInt(text.mid(mark + 1));
+    const int exponent = locale.toInt(text.mid(mark + exponential.size()));
     if ((predicate != nullptr && !predicate(exponent)) || exponent > maxExpansion ||
         exponent < -maxExpansion) {
         return text;
     }
-    const bool negative = text.startsWith(locale.negativeSign());
-    QString digits = text.mid(negative ? 1 : 0, negative ? mark - 1 : mark);
-    int zeros = 0;
-    while (zeros < digits.size() && digits.at(zeros) == locale.zeroDigit()) {
-        ++zeros;
+    const QString zero = base::zeroDigit(locale);
+    const QString negativeSign = base::negativeSign(locale);
+    const bool negative = text.startsWith(negativeSign);
+    const base::Length first = negative ? negativeSign.size() : 0;
+    QString digits = text.mid(first, mark - first);
+    base::Length zeros = 0;
+    while (QStringView(digits).mid(zeros).startsWith(zero)) {
+        zeros += zero.size();
     }
-    if (zeros == digits.size()) {
-        return locale.zeroDigit();
+    if (zeros >= digits.size()) {
+        return zero;
     }
     digits.remove(0, zeros);
-    int point = digits.indexOf(locale.decimalPoint());
+    const QString decimalPoint = base::decimalPoint(locale);
+    base::Length point = digits.indexOf(decimalPoint);
     if (point < 0) {
         point = digits.size();
     } else {
-        digits.remove(point, 1);
+        digits.remove(point, decimalPoint.size());
     }
-    digits = placePoint(std::move(digits), qint64(point) + exponent, locale);
-    return negative ? locale.negativeSign() + digits : digits;
+    digits = placePoint(std::move(digits), qint64(point / zero.size()) + exponent, locale);
+    return negative ? negativeSign + digits : digits;
 }
 
 QString toLocalizedString(double x, const QLocale& locale)
@@ -97,9 +122,8 @@ QString toLocalizedStringFixup(double x, int digits, const QLocale& locale)
         return text;
     }
     QString trimmed = trimFraction(std::move(text), locale);
-    const bool negativeZero =
-        trimmed.size() == 2 && trimmed.at(0) == locale.negativeSign() && trimmed.at(1) == locale.zeroDigit();
-    return negativeZero ? QString(locale.zeroDigit()) : trimmed;
+    const QString zero = base::zeroDigit(locale);
+    return trimmed == base::negativeSign(locale) + zero ? zero : trimmed;
 }
 
 QString toStringFixup(double x, int digits)
@@ -161,23 +185,21 @@ QString toStringByMode(float x, DigitsAfterPoint mode, int digits)
 
 QString separateThousands(QString text, QChar point, QChar separator, int first)
 {
-    const int pointIndex = point.isNull() ? -1 : text.indexOf(point);
-    const int end = pointIndex < 0 ? text.size() : pointIndex;
-    for (int position = end - 3; position > first; position -= 3) {
-        text.insert(position, separator);
-    }
-    return text;
+    const base::Length pointIndex = point.isNull() ? -1 : text.indexOf(point);
+    return grouped(text, pointIndex < 0 ? text.size() : pointIndex, QString(separator), first, 1);
 }
 
 QString separateDouble(double x, QLocale locale)
 {
     locale.setNumberOptions(QLocale::OmitGroupSeparator);
     QString text = toLocalizedString(x, locale);
-    if (text.contains(locale.exponential())) {
+    if (text.contains(base::exponential(locale))) {
         return text;
     }
-    const int first = text.startsWith(locale.negativeSign()) ? 1 : 0;
-    return separateThousands(std::move(text), locale.decimalPoint(), locale.groupSeparator(), first);
+    const QString negativeSign = base::negativeSign(locale);
+    const base::Length point = text.indexOf(base::decimalPoint(locale));
+    return grouped(text, point < 0 ? text.size() : point, base::groupSeparator(locale),
+                   text.startsWith(negativeSign) ? negativeSign.size() : 0, base::zeroDigit(locale).size());
 }
 
 QString separateDoubleFixup(double x, int digits, QLocale locale)

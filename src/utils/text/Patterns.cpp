@@ -1,4 +1,7 @@
+// Expressions for masks, numbers and angles, built from texts and locales.
 #include <veltor/utils/Patterns.h>
+
+#include "base/QtDifferences.h"
 
 #include <algorithm>
 #include <limits>
@@ -9,7 +12,7 @@ namespace {
 /// Appends the code point at @p index, escaped.
 /// @return the index behind it. Both halves of a surrogate pair go together: escaped by itself, the
 ///         second half would make the pattern invalid.
-int appendLiteral(const QString& text, int index, QString& pattern)
+base::Length appendLiteral(const QString& text, base::Length index, QString& pattern)
 {
     const bool pair =
         index + 1 < text.size() && text.at(index).isHighSurrogate() && text.at(index + 1).isLowSurrogate();
@@ -20,7 +23,7 @@ int appendLiteral(const QString& text, int index, QString& pattern)
 
 /// Appends the class whose "[" stands at @p index.
 /// @return the index behind its "]", or the end of the glob
-int appendClass(const QString& glob, int index, QString& pattern)
+base::Length appendClass(const QString& glob, base::Length index, QString& pattern)
 {
     pattern += QLatin1Char('[');
     ++index;
@@ -45,12 +48,28 @@ bool isAsciiDigit(QChar c)
     return c >= QLatin1Char('0') && c <= QLatin1Char('9');
 }
 
+/// Any one of the texts: a class where each is one character.
+QString anyOf(const QStringList& texts)
+{
+    QStringList escaped;
+    bool single = true;
+    for (const QString& text : texts) {
+        escaped += QRegularExpression::escape(text);
+        single = single && text.size() == 1;
+    }
+    return single ? QLatin1Char('[') + escaped.join(QString()) + QLatin1Char(']')
+                  : QStringLiteral("(?:") + escaped.join(QLatin1Char('|')) + QLatin1Char(')');
+}
+
 QString digitClass(const QLocale& locale, DigitsProcessing processing)
 {
     const QString ascii = QStringLiteral("0-9");
-    const QChar zero = locale.zeroDigit();
-    const bool sameDigits = zero == QLatin1Char('0');
-    const QString native = zero + QLatin1Char('-') + QChar(static_cast<ushort>(zero.unicode() + 9));
+    const QString zero = base::zeroDigit(locale);
+    const bool sameDigits = zero == QLatin1String("0");
+    QString nine = zero;
+    nine.back() =
+        QChar(static_cast<ushort>(nine.back().unicode() + 9)); // digits follow each other in Unicode
+    const QString native = zero + QLatin1Char('-') + nine;
     QString members = processing == DigitsProcessing::Ascii || sameDigits ? ascii : native;
     if (processing == DigitsProcessing::Both && !sameDigits) {
         members += ascii;
@@ -64,7 +83,7 @@ QString likeToRegular(const QString& mask, QChar escape)
 {
     QString pattern;
     pattern.reserve(2 * mask.size());
-    for (int i = 0; i < mask.size();) {
+    for (base::Length i = 0; i < mask.size();) {
         const QChar c = mask.at(i);
         if (!escape.isNull() && c == escape) {
             i = i + 1 < mask.size() ? appendLiteral(mask, i + 1, pattern) : i + 1;
@@ -85,7 +104,7 @@ QString globToRegular(const QString& glob)
 {
     QString pattern;
     pattern.reserve(2 * glob.size());
-    for (int i = 0; i < glob.size();) {
+    for (base::Length i = 0; i < glob.size();) {
         const QChar c = glob.at(i);
         if (c == QLatin1Char('?')) {
             pattern += QLatin1Char('.');
@@ -130,8 +149,8 @@ std::pair<QString, int> stringAndNumeral(const QString& text)
 {
     // ^(.*?)([0-9]+)$, read from its end: the expression itself takes quadratic time where long runs of
     // digits do not end the text.
-    const int end = text.endsWith(QLatin1Char('\n')) ? text.size() - 1 : text.size();
-    int start = end;
+    const base::Length end = text.endsWith(QLatin1Char('\n')) ? text.size() - 1 : text.size();
+    base::Length start = end;
     while (start > 0 && isAsciiDigit(text.at(start - 1))) {
         --start;
     }
@@ -140,7 +159,7 @@ std::pair<QString, int> stringAndNumeral(const QString& text)
         return {text, -1};
     }
     bool fits = false;
-    const int number = text.midRef(start, end - start).toInt(&fits);
+    const int number = text.mid(start, end - start).toInt(&fits);
     return {prefix, fits ? number : std::numeric_limits<int>::max()};
 }
 
@@ -152,14 +171,13 @@ QString digitRegular(const QLocale& locale, bool acceptAscii)
 
 QString realRegular(const QLocale& locale, DigitsProcessing processing)
 {
-    const auto escaped = [](const QString& text) { return QRegularExpression::escape(text); };
-    const QString signs = escaped(QString(locale.negativeSign()) + locale.positiveSign());
-    const QChar exponential = locale.exponential();
-    const QString exponents = exponential.toLower() == exponential.toUpper()
-                                  ? escaped(exponential)
-                                  : escaped(exponential.toLower()) + escaped(exponential.toUpper());
-    return QStringLiteral("[%1]?((%2+%3%2*)|(%3?%2+))([%4][%1]?%2+)?")
-        .arg(signs, digitClass(locale, processing), escaped(locale.decimalPoint()), exponents);
+    const QString signs = anyOf({base::negativeSign(locale), base::positiveSign(locale)});
+    const QString exponential = base::exponential(locale);
+    QStringList exponents{exponential.toLower(), exponential.toUpper()};
+    exponents.removeDuplicates();
+    return QStringLiteral("%1?((%2+%3%2*)|(%3?%2+))(%4%1?%2+)?")
+        .arg(signs, digitClass(locale, processing), QRegularExpression::escape(base::decimalPoint(locale)),
+             anyOf(exponents));
 }
 
 } // namespace veltor::utils

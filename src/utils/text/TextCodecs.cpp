@@ -2,10 +2,12 @@
 
 #include <veltor/logging/Logger.h>
 
+#include "base/QtDifferences.h"
+
+#include <QTextCodec>
 #include <QtCore/QFile>
 #include <QtCore/QObject>
 #include <QtCore/QSet>
-#include <QtCore/QTextCodec>
 
 #include <algorithm>
 #include <stdexcept>
@@ -36,7 +38,8 @@ QByteArray fromUnicode(const QString& text, int maxBytes, QTextCodec* codec, boo
 {
     const int limit = std::max(maxBytes, 0);
     bool whole = text.size() <= maxBytes;
-    QByteArray bytes = codec->fromUnicode(text.constData(), std::min(text.size(), limit));
+    QByteArray bytes =
+        codec->fromUnicode(text.constData(), static_cast<int>(std::min<base::Length>(text.size(), limit)));
     if (bytes.size() > limit) {
         bytes.truncate(limit);
         whole = false;
@@ -65,7 +68,7 @@ QByteArray fromUnicodeVerbose(const QString& text, int maxBytes, QTextCodec* cod
 
 bool enumUTF32(const QString& text, const std::function<bool(unsigned int)>& visitor)
 {
-    for (int i = 0; i < text.size(); ++i) {
+    for (base::Length i = 0; i < text.size(); ++i) {
         uint point = text.at(i).unicode();
         if (QChar::isHighSurrogate(point) && i + 1 < text.size() && text.at(i + 1).isLowSurrogate()) {
             ++i;
@@ -80,7 +83,7 @@ bool enumUTF32(const QString& text, const std::function<bool(unsigned int)>& vis
 
 bool enumUTF32reverse(const QString& text, const std::function<bool(unsigned int)>& visitor)
 {
-    for (int i = text.size() - 1; i >= 0; --i) {
+    for (base::Length i = text.size() - 1; i >= 0; --i) {
         uint point = text.at(i).unicode();
         if (QChar::isLowSurrogate(point) && i > 0 && text.at(i - 1).isHighSurrogate()) {
             --i;

@@ -1,19 +1,13 @@
+// The order of variants is Qt's.
 #include <veltor/utils/VariantCompare.h>
 
+#include "base/QtDifferences.h"
+
 namespace veltor::utils {
-namespace {
-
-/// Qt keeps its comparison to derived classes; one call of it tells more than its operators do.
-struct Comparable : QVariant
-{
-    using QVariant::compare;
-};
-
-} // namespace
 
 int compare(const QVariant& a, const QVariant& b)
 {
-    return (a.*&Comparable::compare)(b);
+    return base::order(a, b);
 }
 
 } // namespace veltor::utils

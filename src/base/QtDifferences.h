@@ -1,0 +1,51 @@
+#pragma once
+
+// What Qt 5 and Qt 6 spell differently; the one place outside src/platform/ that may ask which Qt it is.
+
+#include <QtCore/QLocale>
+#include <QtCore/QString>
+#include <QtCore/QVariant>
+
+namespace veltor::base {
+
+/// Lengths and positions in Qt's texts and containers: int in Qt 5, qsizetype in Qt 6.
+using Length = decltype(QString().size());
+
+/// Signs of a locale: one character each in Qt 5; in Qt 6 some locales have longer ones.
+inline QString decimalPoint(const QLocale& locale)
+{
+    return QString(locale.decimalPoint());
+}
+inline QString groupSeparator(const QLocale& locale)
+{
+    return QString(locale.groupSeparator());
+}
+inline QString exponential(const QLocale& locale)
+{
+    return QString(locale.exponential());
+}
+inline QString negativeSign(const QLocale& locale)
+{
+    return QString(locale.negativeSign());
+}
+inline QString positiveSign(const QLocale& locale)
+{
+    return QString(locale.positiveSign());
+}
+inline QString zeroDigit(const QLocale& locale)
+{
+    return QString(locale.zeroDigit());
+}
+
+/// Qt's own order of variants: negative, 0, positive; where Qt 6 sees none, 1 as Qt 5 says for NaN.
+inline int order(const QVariant& a, const QVariant& b)
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    return a < b ? -1 : static_cast<int>(a > b);
+#else
+    const QPartialOrdering order = QVariant::compare(a, b);
+    return order == QPartialOrdering::Less ? -1 : static_cast<int>(order != QPartialOrdering::Equivalent);
+#endif
+}
+
+} // namespace veltor::base
