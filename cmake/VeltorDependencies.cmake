@@ -14,10 +14,12 @@ endif()
 # As CMake and pkg-config know the package; both can be installed side by side.
 if(VELTOR_QT EQUAL 5)
   set(VELTOR_PACKAGE veltor-utils)
+  set(VELTOR_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}")
   set(VELTOR_QT_VERSION 5.15)
   set(VELTOR_QT_MODULES Core)
 else()
   set(VELTOR_PACKAGE veltor-utils-qt6)
+  set(VELTOR_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/veltor-utils-qt6")
   set(VELTOR_QT_VERSION 6.4)
   set(VELTOR_QT_MODULES Core Core5Compat) # which holds the text codecs
 endif()

@@ -1,5 +1,6 @@
 # Build options and the compiler flags shared by every target of the project.
 
+option(BUILD_SHARED_LIBS "Build a shared library" ON)
 option(VELTOR_WERROR "Treat warnings as errors" OFF)
 option(VELTOR_PYTHON "Build the Python bridge when Python's headers are found" ON)
 option(VELTOR_TOOLS "Build the command-line tool" ${PROJECT_IS_TOP_LEVEL})

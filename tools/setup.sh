@@ -2,6 +2,8 @@
 # Installs what a fresh Debian 12 lacks to build, test and measure this project.
 #   tools/setup.sh          what ./check and ./demo need
 #   tools/setup.sh bench    the benchmarks' peers besides
+#   tools/setup.sh package  what builds Debian packages besides
+#   tools/setup.sh qt6      Qt 6 besides
 #   tools/setup.sh ci       the format and static checks, packages and binary interface besides
 # Does nothing, and says nothing, when all is there. Runs as root or through sudo.
 set -euo pipefail
@@ -20,11 +22,13 @@ for group in "$@"; do
       packages+=(libbenchmark-dev geographiclib-tools libboost-dev libgeographiclib-dev libisal-dev
         libkf5threadweaver-dev libsqlite3-dev rapidjson-dev)
       ;;
+    package) packages+=(dpkg-dev file gzip) ;;
+    qt6) packages+=(qt6-base-dev qt6-5compat-dev qt6-l10n-tools libgl-dev) ;;
     ci)
       packages+=(clang-format clang-tidy doxygen graphviz)
-      packages+=(abigail-tools dpkg-dev file gzip lintian man-db mandoc)
+      packages+=(abigail-tools dpkg-dev file gzip lintian man-db mandoc meson)
       ;;
-    *) echo "tools/setup.sh: unknown group '$group' (bench, ci)" >&2; exit 2 ;;
+    *) echo "tools/setup.sh: unknown group '$group' (bench, ci, package, qt6)" >&2; exit 2 ;;
   esac
 done
 

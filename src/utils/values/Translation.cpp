@@ -6,6 +6,13 @@
 
 #include <memory>
 
+/// Has the linker take the catalogues along where the library is a static one. Outside of all namespaces, as Qt
+/// demands.
+static void initCatalogues()
+{
+    Q_INIT_RESOURCE(veltor_translations);
+}
+
 namespace veltor::utils {
 namespace {
 
@@ -43,6 +50,7 @@ QString cataloguePath(const QLocale& locale)
 
 bool installTranslation(const QLocale& locale)
 {
+    initCatalogues();
     QCoreApplication* const application = QCoreApplication::instance();
     if (application == nullptr) {
         return false;
