@@ -3,6 +3,7 @@
 #include <veltor/utils/PythonError.h>
 
 #include "python/Interpreter.h"
+#include "support/Platform.h"
 
 #include <QtCore/QThreadPool>
 
@@ -89,6 +90,10 @@ TEST_F(ConcurrentProcedure, isDestroyedUnrunWhenRefused)
     EXPECT_TRUE(ran);
     EXPECT_EQ(takeError(), QStringLiteral("KeyError('before')"));
 
+    if (const test::NoThreads none; none.works) {
+        Concurrent([] { FAIL(); }, tick.get());
+        EXPECT_TRUE(takeError().startsWith(QStringLiteral("RuntimeException(")));
+    }
     run("import inspect\ninspect.signature = lambda c: None");
     Concurrent([] { FAIL(); }, tick.get());
     EXPECT_EQ(takeError(), QStringLiteral("TypeError('callback must not have any parameters')"));
@@ -118,6 +123,7 @@ TEST_F(ConcurrentProcedure, raisesWhatTheProcedureThrows)
         {[] { throw std::range_error("bytes \xff"); }, "RuntimeException('bytes \\\\xff')"},
         {[] { throw utils::PythonError(QStringLiteral("Traceback")); }, "BasicException('Traceback')"},
         {[] { throw 1; }, "BasicException('Unknown native exception')"},
+        {&test::endThisThread, "LogicException('std::future_error: Broken promise')"},
         {&throwNested, "RuntimeException('cannot read') from OutOfRangeException('row 7')"},
         {&throwCarried, "RuntimeException('cannot read') from OutOfRangeException('row 7')"},
     };
