@@ -13,12 +13,15 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <future>
 #include <iostream>
 #include <memory>
 #include <random>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace veltor::test {
@@ -69,93 +72,61 @@ bool use(const std::string& name)
 constexpr int Threads = 2;
 constexpr int Objects = 2;
 
-/// The threads and objects of one process, which do one thing after the other.
-class Troupe
+/// What a thread does with an object of its process, in a letter.
+int act(char action, NamedMutex& mutex, const std::string& name)
 {
-public:
-    explicit Troupe(std::string name)
-        : m_name(std::move(name))
-    {}
-    ~Troupe()
-    {
-        for (Thread& thread : m_threads) {
-            end(thread);
-        }
+    switch (action) {
+    case 'o':
+        return mutex.open(name) ? 1 : 0;
+    case 'c':
+        mutex.close();
+        return mutex.isOpened() ? 1 : 0;
+    case 'a':
+        return static_cast<int>(mutex.tryAcquire());
+    case 'w':
+        return mutex.tryLockFor(1) ? 1 : 0;
+    case 'n':
+        return mutex.enter() ? 1 : 0;
+    case 'u':
+        return mutex.unlock() ? 1 : 0;
+    default: // a forked child, which ends then
+        return forked([&] {
+            const int result = static_cast<int>(mutex.tryAcquire());
+            return 2 * result + (mutex.unlock() ? 1 : 0);
+        });
     }
+}
 
-    int act(char action, std::size_t thread, std::size_t object)
-    {
-        Thread& on = m_threads.at(thread);
-        if (action == 'e') {
-            return end(on);
-        }
-        if (!on.thread.joinable()) {
-            on.thread = std::thread([&on] {
-                while (const auto work = on.next.get_future().get()) {
-                    on.next = {};
-                    work();
-                }
-                on.next = {};
-            });
-        }
-        std::promise<int> outcome;
-        on.next.set_value([&] { outcome.set_value(perform(action, m_objects.at(object))); });
-        return outcome.get_future().get();
-    }
-
-private:
-    struct Thread
-    {
-        std::thread thread;
-        std::promise<std::function<void()>> next;
-    };
-
-    static int end(Thread& thread)
-    {
-        if (thread.thread.joinable()) {
-            thread.next.set_value({});
-            thread.thread.join();
-        }
-        return 0;
-    }
-
-    int perform(char action, NamedMutex& mutex)
-    {
-        switch (action) {
-        case 'o':
-            return mutex.open(m_name) ? 1 : 0;
-        case 'c':
-            mutex.close();
-            return mutex.isOpened() ? 1 : 0;
-        case 'a':
-            return static_cast<int>(mutex.tryAcquire());
-        case 'w':
-            return mutex.tryLockFor(1) ? 1 : 0;
-        case 'n':
-            return mutex.enter() ? 1 : 0;
-        case 'u':
-            return mutex.unlock() ? 1 : 0;
-        default: // a forked child, which ends then
-            return forked([&] {
-                const int result = static_cast<int>(mutex.tryAcquire());
-                return 2 * result + (mutex.unlock() ? 1 : 0);
-            });
-        }
-    }
-
-    const std::string m_name;
-    std::array<NamedMutex, Objects> m_objects;
-    std::array<Thread, Threads> m_threads;
-};
-
+/// Its threads do what they are told in lines, one after the other; 'e' ends one, which begins anew.
 const Role player("player", [](const QStringList& arguments) {
-    Troupe troupe(arguments[0].toStdString());
+    std::array<NamedMutex, Objects> objects;
+    std::array<std::promise<std::function<void()>>, Threads> next;
+    std::array<std::thread, Threads> threads;
     char action = 0;
     std::size_t thread = 0;
     std::size_t object = 0;
     while (std::cin >> action >> thread >> object) {
-        std::cout << troupe.act(action, thread, object) << std::endl;
+        if (!threads[thread].joinable()) {
+            next[thread] = {};
+            threads[thread] = std::thread([&mine = next[thread]] {
+                while (const auto work = mine.get_future().get()) {
+                    mine = {};
+                    work();
+                }
+            });
+        }
+        if (action == 'e') {
+            next[thread].set_value({});
+            threads[thread].join();
+            std::cout << 0 << std::endl;
+            continue;
+        }
+        std::promise<int> outcome;
+        next[thread].set_value(
+            [&] { outcome.set_value(act(action, objects[object], arguments[0].toStdString())); });
+        std::cout << outcome.get_future().get() << std::endl;
     }
+    std::_Exit(0); // its threads wait
     return 0;
 });
 
@@ -169,22 +140,22 @@ struct Model
 
     Result acquire(int who)
     {
-        if (owner >= 0 && owner != who) {
+        const bool isTaken = owner < 0;
+        if (!isTaken && owner != who) {
             return Result::Busy;
         }
-        const bool abandoned = owner < 0 && mark;
         owner = who;
         ++levels;
-        mark = levels == 1 ? true : mark;
-        return abandoned ? Result::Abandoned : Result::Acquired;
+        return isTaken && std::exchange(mark, true) ? Result::Abandoned : Result::Acquired;
     }
     bool unlock(int who)
     {
         const bool owns = owner == who;
-        levels -= owns ? 1 : 0;
-        if (owns && levels == 0) {
-            owner = -1;
+        if (owns && levels == 1) {
             mark = false;
+            end(who);
+        } else if (owns) {
+            --levels;
         }
         return owns;
     }
@@ -193,122 +164,100 @@ struct Model
         owner = owner == who ? -1 : owner;
         levels = owner < 0 ? 0 : levels;
     }
-    bool wouldWait(int who) const { return owner >= 0 && owner != who; }
 
-    int act(char action, int process, int thread, int object)
+    int act(char action, int who, bool& isOpen)
     {
-        const int who = process * Threads + thread;
-        bool& isOpen = open[process][object];
+        constexpr int child = 99;
+        const auto result = [&](int locker) { return isOpen ? acquire(locker) : Result::Failed; };
         switch (action) {
         case 'e':
             end(who);
             return 0;
-        case 'o':
-        case 'c':
-            isOpen = action == 'o';
-            return isOpen ? 1 : 0;
         case 'a':
-            return static_cast<int>(isOpen ? acquire(who) : Result::Failed);
+            return static_cast<int>(result(who));
         case 'w':
-            return isOpen && acquire(who) == Result::Acquired ? 1 : 0;
+            return result(who) == Result::Acquired ? 1 : 0;
         case 'n':
-            return acquire(who) == Result::Acquired || acquire(who) == Result::Acquired ? 1 : 0;
+            return result(who) == Result::Acquired || acquire(who) == Result::Acquired ? 1 : 0;
         case 'u':
             return isOpen && unlock(who) ? 1 : 0;
+        case 'f':
+            return 2 * static_cast<int>(result(child)) + (unlock(child) ? 1 : 0);
         default:
-            constexpr int child = 99;
-            const Result result = isOpen ? acquire(child) : Result::Failed;
-            return 2 * static_cast<int>(result) + (unlock(child) ? 1 : 0);
+            isOpen = action == 'o';
+            return isOpen ? 1 : 0;
         }
+    }
+
+    /// What a stranger does to the file: writes into it, cuts it, or removes it while nobody owns it.
+    void attack(char action, const QString& path)
+    {
+        QFile file(path);
+        if (!file.exists() || (action == 'r' && owner >= 0)) {
+            return;
+        }
+        EXPECT_TRUE(action == 'r' ? file.remove() : file.open(QIODevice::ReadWrite));
+        EXPECT_TRUE(action == 't' ? file.resize(0) : action == 'r' || file.write("garbage") == 7);
+        mark = action == 'g';
     }
 };
 
 TEST(NamedMutex, ThreadsAndProcessesFindItAsTheModelSays)
 {
     const FreeName name;
-    const bool isFile = !name.path.isEmpty();
-    const auto startOther = [&] {
+    const auto start = [&] {
         return std::make_unique<Actor>("player", QStringList{QString::fromStdString(name.text)});
     };
-    Troupe here(name.text);
-    auto there = startOther();
+    std::array<std::unique_ptr<Actor>, 2> players = {start(), start()};
     Model model;
     std::minstd_rand random(14);
-    const auto pick = [&](int count) { return static_cast<int>(random() % static_cast<unsigned>(count)); };
-    const std::string actions = std::string("oocaaaaawnnuuuuuuue") + (isFile ? "fftgrr" : "");
+    const auto pick = [&](std::size_t count) { return static_cast<int>(random() % count); };
+    const std::string actions = std::string("oocaaaaawnnuuuuuuue") + (name.path.isEmpty() ? "" : "fftgr");
     for (int step = 0; step < Steps; ++step) {
-        char action = actions[static_cast<std::size_t>(pick(static_cast<int>(actions.size())))];
+        char action = actions[static_cast<std::size_t>(pick(actions.size()))];
         const int process = pick(2);
         const int thread = pick(Threads);
         const int object = pick(Objects);
-        SCOPED_TRACE(QStringLiteral("step %1 %2 %3 %4 %5")
-                         .arg(step)
-                         .arg(QLatin1Char(action))
-                         .arg(process)
-                         .arg(thread)
-                         .arg(object)
-                         .toStdString());
-        if (pick(200) == 0) { // the other process dies
-            there->kill();
-            there->result();
-            there = startOther();
-            model.end(Threads);
-            model.end(Threads + 1);
-            model.open[1][0] = model.open[1][1] = false;
-        }
-        if (action == 't' || action == 'g') { // a stranger writes into the file, or cuts it
-            QFile file(name.path);
-            if (!file.exists()) {
-                continue; // removed, and not asked for since
-            }
-            ASSERT_TRUE(file.open(action == 'g' ? QIODevice::Append : QIODevice::ReadWrite));
-            ASSERT_TRUE(action == 'g' ? file.write("garbage") == 7 : file.resize(0));
-            model.mark = action == 'g';
+        const int who = process * Threads + thread;
+        bool& isOpen = model.open[process][object];
+        auto& actor = players[static_cast<std::size_t>(process)];
+        if (std::strchr("tgr", action)) {
+            model.attack(action, name.path);
             continue;
         }
-        if (action == 'r') { // or removes it, which makes a new mutex of it
-            if (model.owner < 0 && pick(4) == 0) {
-                ASSERT_TRUE(!QFile::exists(name.path) || QFile::remove(name.path));
-                model.mark = false;
-            }
-            continue;
+        if (pick(200) == 0) { // a process dies
+            actor->kill();
+            actor->result();
+            actor = start();
+            model.end(process * Threads);
+            model.end(process * Threads + 1);
+            model.open[process][0] = model.open[process][1] = false;
         }
-        if (action == 'n' && (!model.open[process][object] || model.wouldWait(process * Threads + thread))) {
-            action = 'u';
+        if (action == 'n' && (!isOpen || (model.owner >= 0 && model.owner != who))) {
+            action = 'u'; // rather than to wait for ever
         }
-        int result = -1;
-        if (process == 0) {
-            result = here.act(action, std::size_t(thread), std::size_t(object));
-        } else {
-            there->write(
-                QStringLiteral("%1 %2 %3\n").arg(QLatin1Char(action)).arg(thread).arg(object).toLatin1());
-            ASSERT_TRUE(there->isReady());
-            result = there->readLine().trimmed().toInt();
-        }
-        ASSERT_EQ(result, model.act(action, process, thread, object));
+        const QString line = QStringLiteral("%1 %2 %3\n").arg(QLatin1Char(action)).arg(thread).arg(object);
+        actor->write(line.toLatin1());
+        ASSERT_TRUE(actor->isReady());
+        ASSERT_EQ(actor->readLine().trimmed().toInt(), model.act(action, who, isOpen))
+            << "step " << step << ", process " << process << ": " << line.toStdString();
     }
 }
 
 TEST(NamedMutex, NamesAreAnyBytes)
 {
-    const std::string base = QUuid::createUuid().toString().toStdString();
-    const std::vector<std::string> names = {base,
-                                            base + "/../x",
-                                            base + "\xFF\n",
+    const FreeName base;
+    std::vector<std::string> names = {base.text + "/../x", base.text + "\xFF\n"};
 #ifndef Q_OS_WIN // where they are short and end with a zero byte
-                                            base + std::string("\0", 1),
-                                            base + std::string("\0a", 2),
-                                            base + std::string(100000, 'n')
+    names.insert(names.end(), {base.text + std::string("\0a", 2), base.text + std::string(100000, 'n')});
 #endif
-    };
     const QStringList before = mutexFiles();
     std::vector<NamedMutex> mutexes(names.size());
     for (std::size_t i = 0; i < names.size(); ++i) {
-        ASSERT_TRUE(mutexes[i].open(names[i])) << i;
-        EXPECT_TRUE(std::async(std::launch::async, use, names[i]).get())
-            << i; // not one of those locked before
-        EXPECT_TRUE(mutexes[i].lock());
+        EXPECT_TRUE(std::async(std::launch::async, use, names[i]).get()) << i; // none of those locked before
+        EXPECT_TRUE(mutexes[i].open(names[i]) && mutexes[i].lock()) << i;
     }
+    EXPECT_TRUE(std::async(std::launch::async, use, base.text).get());
     for (const QString& file : mutexFiles()) {
         EXPECT_TRUE(before.contains(file) || QFile::remove(u("/dev/shm/") + file));
     }

@@ -5,8 +5,6 @@
 #include "python/Interpreter.h"
 #include "support/Platform.h"
 
-#include <QtCore/QThreadPool>
-
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -168,11 +166,8 @@ TEST_F(ConcurrentProcedure, leavesOneErrorWhenTheCallbackRaises)
     }
 }
 
-TEST_F(ConcurrentProcedure, comesBackThroughPythonOnAFullPool)
+TEST_F(ConcurrentProcedure, comesBackThroughPython)
 {
-    QThreadPool* const pool = QThreadPool::globalInstance();
-    const int threads = pool->maxThreadCount();
-    pool->setMaxThreadCount(1);
     const PythonRef tick = eval("tick");
     bool ran = false;
     Concurrent(
@@ -184,7 +179,6 @@ TEST_F(ConcurrentProcedure, comesBackThroughPythonOnAFullPool)
         tick.get());
     EXPECT_TRUE(ran);
     EXPECT_EQ(PyErr_Occurred(), nullptr);
-    pool->setMaxThreadCount(threads);
 }
 
 } // namespace
