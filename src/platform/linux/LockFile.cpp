@@ -44,6 +44,7 @@ int request(int fd, int command, short type) noexcept
 
 LockFile::LockFile(std::string path)
     : m_path(std::move(path))
+    , m_directory(m_path.substr(0, m_path.rfind('/')))
 {}
 
 LockFile::~LockFile()
@@ -78,8 +79,7 @@ int LockFile::openExisting() noexcept
 /// killed, and whatever the process's own mask is.
 int LockFile::create() noexcept
 {
-    const std::string directory = m_path.substr(0, m_path.rfind('/'));
-    const int fd = ::open(directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, Everybody);
+    const int fd = ::open(m_directory.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, Everybody);
     if (fd < 0) {
         return errno;
     }
@@ -138,7 +138,7 @@ LockFile::Outcome LockFile::tryLock(int& error) noexcept
             return Outcome::Failed;
         }
         struct stat named = {};
-        const bool isNamed = error == 0 && ::stat(m_path.c_str(), &named) == 0 && named.st_dev == m_device &&
+        const bool isNamed = error == 0 && ::lstat(m_path.c_str(), &named) == 0 && named.st_dev == m_device &&
                              named.st_ino == m_inode;
         if (!isNamed) {
             close(); // and unlock
@@ -170,11 +170,6 @@ void LockFile::abandon() noexcept
 int LockFile::waitFor(int fd) noexcept
 {
     return request(fd, F_OFD_SETLKW, F_WRLCK);
-}
-
-void LockFile::leaveToParent() noexcept
-{
-    close();
 }
 
 } // namespace veltor::platform

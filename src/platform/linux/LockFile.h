@@ -46,16 +46,16 @@ public:
     /// Waits until the file of that descriptor is locked; tryLock() has to confirm it. @return 0 or an error
     static int waitFor(int fd) noexcept;
 
-    /// In a forked child: lets go of what belongs to the parent.
-    void leaveToParent() noexcept;
+    /// Unlocks by closing; in a forked child the lock stays with the parent.
+    void close() noexcept;
 
 private:
     int openExisting() noexcept;
     int create() noexcept;
     int keep(int fd) noexcept;
-    void close() noexcept;
 
     const std::string m_path;
+    const std::string m_directory;
     int m_fd = -1;
     dev_t m_device = 0; // of the open file
     ino_t m_inode = 0;

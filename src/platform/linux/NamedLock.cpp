@@ -123,7 +123,7 @@ void endThread(void* rounds) noexcept
 void startChild() noexcept
 {
     for (auto& [path, record] : table().records) {
-        record.file.leaveToParent();
+        record.file.close();
         record.owner = 0;
         record.levels = 0;
         record.awaited = false;
