@@ -1,8 +1,12 @@
 #include <veltor/utils/MemoryMonitor.h>
+#include <veltor/utils/NamedMutex.h>
+#include <veltor/utils/ScopedTimer.h>
 #include <veltor/utils/SummaryTime.h>
+#include <veltor/utils/TimeTrace.h>
 
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QFile>
+#include <QtCore/QSystemSemaphore>
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -15,7 +19,9 @@
 
 // The memory monitor between measurements beside the look at the clock it needs; a snapshot beside the
 // same file through QFile, and beside the system call alone, which no reader can undercut; the timing
-// summary beside the mutex and the map that one would write otherwise.
+// summary beside the mutex and the map that one would write otherwise; the named mutex beside the
+// semaphore of Qt, which neither tells of dead owners nor knows threads; timers of scopes that nobody
+// wants, and that are recorded.
 
 using namespace veltor::utils;
 
@@ -123,5 +129,44 @@ void addTimeMutexAndMap(benchmark::State& state)
     }
 }
 BENCHMARK(addTimeMutexAndMap)->Name("addTime/mutex and map")->ThreadRange(1, 2)->UseRealTime();
+
+void namedMutex(benchmark::State& state)
+{
+    NamedMutex mutex;
+    if (!mutex.open("bench_diagnostics") || !mutex.enter()) {
+        state.SkipWithError("cannot open");
+    }
+    const bool again = state.range(0) != 0;
+    for (bool owns = again || mutex.unlock(); owns && state.KeepRunning();) {
+        benchmark::DoNotOptimize(mutex.lock());
+        mutex.unlock();
+    }
+    while (mutex.unlock()) {
+    }
+}
+BENCHMARK(namedMutex)->Name("mutex/veltor")->ArgName("again")->Arg(0)->Arg(1);
+
+void systemSemaphore(benchmark::State& state)
+{
+    QSystemSemaphore semaphore(QStringLiteral("bench_diagnostics"), 1, QSystemSemaphore::Create);
+    for ([[maybe_unused]] auto _ : state) {
+        benchmark::DoNotOptimize(semaphore.acquire());
+        semaphore.release();
+    }
+}
+BENCHMARK(systemSemaphore)->Name("mutex/QSystemSemaphore");
+
+void scopedTimer(benchmark::State& state)
+{
+    if (state.range(0) != 0) {
+        TimeTrace::start(1 << 20);
+    }
+    for ([[maybe_unused]] auto _ : state) {
+        const ScopedTimer timer("bench");
+        benchmark::ClobberMemory();
+    }
+    TimeTrace::stop();
+}
+BENCHMARK(scopedTimer)->Name("ScopedTimer")->ArgName("traced")->Arg(0)->Arg(1);
 
 } // namespace

@@ -2,6 +2,13 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="ru">
 <context>
+    <name>NamedMutex</name>
+    <message>
+        <source>не файл мьютекса, открытый для записи всем</source>
+        <translation>not a mutex file that everybody may write</translation>
+    </message>
+</context>
+<context>
     <name>QObject</name>
     <message>
         <source>иное</source>

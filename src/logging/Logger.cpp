@@ -1,10 +1,17 @@
+// The log facade: every line goes to the one sink in force.
+
 #include <veltor/logging/Logger.h>
 
 #include <QtCore/QLoggingCategory>
 
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <utility>
+
+#if __has_include(<cxxabi.h>)
+#include <cxxabi.h>
+#endif
 
 namespace veltor::logging {
 namespace {
@@ -15,30 +22,61 @@ const QLoggingCategory& category()
     return instance;
 }
 
-/// The sink in force. Held by a shared pointer so that a line is written outside the lock: a sink may
-/// log, or install another sink, itself.
+struct Sink
+{
+    const LogSink function; // empty: Qt
+    const quint64 number;
+};
+using SinkPtr = std::shared_ptr<const Sink>;
+
+/// The sink in force, and what is still written to former ones. A line is written outside the lock: a sink
+/// may log, or install another sink, itself.
 class SinkHolder
 {
 public:
-    LogSink exchange(LogSink sink)
+    LogSink exchange(LogSink function)
     {
-        auto next = sink ? std::make_shared<const LogSink>(std::move(sink)) : nullptr;
+        SinkPtr former;
         {
             const std::lock_guard lock(m_mutex);
-            m_sink.swap(next);
+            former = std::exchange(
+                m_sink, std::make_shared<const Sink>(Sink{std::move(function), m_sink->number + 1}));
+            m_formerLines += std::exchange(m_lines, 0);
         }
-        return next ? *next : LogSink();
+        return former->function;
     }
 
-    std::shared_ptr<const LogSink> current() const
+    SinkPtr begin()
     {
         const std::lock_guard lock(m_mutex);
+        ++m_lines;
         return m_sink;
     }
 
+    void end(SinkPtr&& sink) noexcept
+    {
+        const quint64 number = sink->number;
+        sink.reset(); // it may be the last: nothing of a former sink is left once its lines have ended
+        const std::lock_guard lock(m_mutex);
+        if (number == m_sink->number) {
+            --m_lines;
+        } else if (--m_formerLines == 0) {
+            m_idle.notify_all();
+        }
+    }
+
+    void waitForFormer()
+    {
+        std::unique_lock lock(m_mutex);
+        m_idle.wait(lock, [this] { return m_formerLines == 0; });
+    }
+
 private:
-    mutable std::mutex m_mutex; // guards m_sink
-    std::shared_ptr<const LogSink> m_sink;
+    std::mutex m_mutex; // guards the rest
+    std::condition_variable m_idle;
+    SinkPtr m_sink = std::make_shared<const Sink>(Sink{{}, 0});
+    int m_lines = 0; // being written to it
+    int m_formerLines = 0;
 };
 
 SinkHolder& sinkHolder()
@@ -47,6 +85,31 @@ SinkHolder& sinkHolder()
     static auto* const holder = new SinkHolder;
     return *holder;
 }
+
+/// A line that this thread writes; it ends whichever way the sink is left.
+class Line
+{
+public:
+    Line()
+        : m_sink(sinkHolder().begin())
+    {
+        ++depth;
+    }
+    ~Line()
+    {
+        --depth;
+        sinkHolder().end(std::move(m_sink));
+    }
+    Line(const Line&) = delete;
+    Line& operator=(const Line&) = delete;
+
+    [[nodiscard]] const LogSink& sink() const noexcept { return m_sink->function; }
+
+    static inline thread_local int depth = 0;
+
+private:
+    SinkPtr m_sink;
+};
 
 void writeToQt(const LogRecord& record)
 {
@@ -75,14 +138,19 @@ void writeToQt(const LogRecord& record)
     }
 }
 
-void dispatch(const LogRecord& record) noexcept
+void dispatch(const LogRecord& record)
 {
     try {
-        if (const auto sink = sinkHolder().current()) {
-            (*sink)(record);
+        const Line line;
+        if (line.sink()) {
+            line.sink()(record);
         } else {
             writeToQt(record);
         }
+#ifdef __GLIBCXX__
+    } catch (const abi::__forced_unwind&) {
+        throw; // the thread is cancelled; nobody may stop that
+#endif
     } catch (...) {
         // A line that cannot be written must not change what the code that wrote it does.
     }
@@ -95,6 +163,15 @@ LogSink setLogSink(LogSink sink)
     return sinkHolder().exchange(std::move(sink));
 }
 
+bool waitForFormerLogSinks()
+{
+    const bool waits = Line::depth == 0;
+    if (waits) {
+        sinkHolder().waitForFormer();
+    }
+    return waits;
+}
+
 LogStream::LogStream(LogRecord record)
     : m_record(std::move(record))
 {}
@@ -104,7 +181,7 @@ LogStream::LogStream(LogStream&& other) noexcept
     , m_active(std::exchange(other.m_active, false))
 {}
 
-LogStream::~LogStream()
+LogStream::~LogStream() noexcept(false)
 {
     if (m_active) {
         dispatch(m_record);

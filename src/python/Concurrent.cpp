@@ -1,13 +1,14 @@
+// A native procedure on a thread of its own, while Python is called on this one.
+
 #include <veltor/python/PythonBridge.h>
 
 #include "python/FetchedError.h"
 #include "python/NativeException.h"
 #include "python/PythonRef.h"
 
-#include <QtConcurrent/QtConcurrentRun>
-#include <QtCore/QThreadPool>
-
+#include <atomic>
 #include <future>
+#include <thread>
 
 #include "python/PythonApi.h"
 
@@ -58,19 +59,48 @@ void setPendingBoth(const std::exception_ptr& native, FetchedError callbackError
     }
 }
 
+/// Runs some work on a thread of its own: on a pool's, all taken by procedures that come back here through
+/// Python, all would wait for ever; and a pool does not tell when it has no thread.
+class Worker
+{
+public:
+    /// @throws std::system_error when there is no thread to be had
+    explicit Worker(std::packaged_task<void()>& work)
+        : m_thread([this, &work] {
+            const Ending ending{m_ended};
+            work();
+        })
+    {}
+    ~Worker() { m_thread.join(); }
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+
+    [[nodiscard]] bool isRunning() const noexcept { return !m_ended; }
+
+private:
+    /// Also when the work ends its thread.
+    struct Ending
+    {
+        ~Ending() { ended = true; }
+        std::atomic<bool>& ended;
+    };
+
+    std::atomic<bool> m_ended{false};
+    std::thread m_thread;
+};
+
 void run(std::function<void()> procedure, PyObject* callback)
 {
     std::packaged_task<void()> work(std::move(procedure));
     std::future<void> outcome = work.get_future();
     FetchedError callbackError;
     {
-        // On the global pool, full of procedures that come back here through Python, all would wait for ever.
-        QThreadPool pool;
-        const QFuture<void> running = QtConcurrent::run(&pool, [&work] { work(); });
-        while (running.isRunning()) {
+        const Worker worker(work);
+        while (worker.isRunning()) {
             pump(callback, callbackError);
         }
     }
+    work = {}; // a procedure that did not come to its end has broken its promise
     try {
         outcome.get();
         if (callbackError) {

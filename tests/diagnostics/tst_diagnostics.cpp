@@ -6,8 +6,13 @@
 #include "support/Printers.h"
 
 #include <veltor/utils/MemoryMonitor.h>
-#include <veltor/utils/SummaryTime.h>
+#include <veltor/utils/ScopedTimer.h>
+#include <veltor/utils/TimeTrace.h>
 
+#include <QtCore/QBuffer>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 #include <QtCore/QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -303,17 +308,69 @@ TEST_F(Summary, threadsAddTheirOwnOperationsWithoutLoss)
             }
         });
     }
+    while (summary.snapshot().size() <= threads) {
+    }
     for (std::thread& worker : workers) {
         worker.join();
     }
-    const QStringList lines = flushed();
-    ASSERT_EQ(lines.size(), 6 * static_cast<int>(threads + 1));
-    for (int t = 0; t < static_cast<int>(threads); ++t) {
-        EXPECT_EQ(lines[6 * t + 1], QStringLiteral("Time taken:  %1 ns ").arg(runs * (runs - 1) / 2));
-        EXPECT_EQ(lines[6 * t + 2], QStringLiteral("Call count:  %1 ").arg(runs));
+    const auto sums = summary.snapshot();
+    for (unsigned t = 0; t < threads; ++t) {
+        EXPECT_EQ(std::tie(sums[t].totalNs, sums[t].count), std::make_tuple(runs * (runs - 1) / 2, runs));
     }
-    EXPECT_EQ(lines[6 * threads + 4], QStringLiteral("Minimum operation time:  1 ns "));
-    EXPECT_EQ(lines[6 * threads + 5], QStringLiteral("Maximum operation time:  7 ns "));
+    EXPECT_EQ(std::tie(sums[threads].minimumNs, sums[threads].maximumNs), std::make_tuple(1U, 7U));
+}
+
+TEST_F(Summary, timersTellWhatRanInsideOfWhat)
+{
+    const auto work = [] {
+        const ScopedTimer outer("outer");
+        for (int i = 0; i < 3; ++i) {
+            const ScopedTimer inner("inner");
+        }
+    };
+    work(); // nobody wants to know
+    ScopedTimer::setSummed(true);
+    const ScopedTimer before("before");
+    TimeTrace::start(9);
+    work();
+    std::thread(work).join();
+    work();
+    TimeTrace::stop();
+    ScopedTimer::setSummed(false);
+    work();
+    const auto spans = TimeTrace::spans();
+    ASSERT_EQ(spans.size(), 9U);
+    EXPECT_EQ(TimeTrace::dropped(), 3U);
+    QStringList names;
+    for (const TimeTrace::Span& span : spans) {
+        names << QString::number(span.depth) + span.operation.name();
+    }
+    const QString one = QStringLiteral("0outer 1inner 1inner 1inner ");
+    EXPECT_EQ(names.join(QLatin1Char(' ')), one + QStringLiteral("1inner ") + one.trimmed());
+    EXPECT_EQ(summary.snapshot()[0].count, 9U);
+
+    QBuffer buffer;
+    buffer.open(QIODevice::ReadWrite);
+    ASSERT_TRUE(TimeTrace::writeEvents(buffer));
+    const QJsonArray events =
+        QJsonDocument::fromJson(buffer.data()).object()[QLatin1String("traceEvents")].toArray();
+    ASSERT_EQ(events.size(), 9);
+    EXPECT_EQ(events[1].toObject()[QLatin1String("name")], QStringLiteral("inner"));
+    EXPECT_EQ(events[8].toObject()[QLatin1String("ts")].toDouble(), double(spans[8].beginNs) / 1e3);
+
+    test::LogCapture capture;
+    TimeTrace::logFlame();
+    const QStringList lines = capture.takeTexts(logging::LogLevel::Info).value(0).split(QLatin1Char('\n'));
+    ASSERT_EQ(lines.size(), 9) << lines.join(QLatin1Char('\n')).toStdString();
+    EXPECT_TRUE(lines[5].startsWith(QStringLiteral("thread ")));
+    EXPECT_TRUE(
+        QRegularExpression(QStringLiteral("^    inner +[0-9.]+ ms +3 x  #*$")).match(lines[7]).hasMatch());
+
+    QFile full(QStringLiteral("/dev/full"));
+    EXPECT_FALSE(full.open(QIODevice::WriteOnly) && TimeTrace::writeEvents(full));
+    TimeTrace::start();
+    TimeTrace::stop();
+    EXPECT_TRUE(TimeTrace::flameText().isEmpty());
 }
 
 } // namespace

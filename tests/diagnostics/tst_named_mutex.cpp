@@ -5,48 +5,62 @@
 #include "support/Process.h"
 #include "support/Text.h"
 
-#include <veltor/utils/NamedMutex.h>
+#include <veltor/utils/NamedMutexGuard.h>
 #include <veltor/utils/RandomFile.h>
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QUuid>
 
-#include <algorithm>
 #include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <future>
+#include <iostream>
 #include <memory>
+#include <random>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace veltor::test {
 namespace {
 
 using utils::NamedMutex;
+using utils::NamedMutexGuard;
+using Result = NamedMutex::Result;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(Q_OS_WIN)
 constexpr int Kills = 50;
+constexpr int Steps = 1000;
 #else
 constexpr int Kills = 200;
+constexpr int Steps = 5000;
 #endif
 
-/// A name of this program's own, so that other builds do not interfere; free, whoever died with it.
-std::string freeName(const char* what)
+QStringList mutexFiles()
 {
-    const std::string name = QCoreApplication::applicationFilePath().toStdString() + ": " + what;
-    NamedMutex mutex;
-    EXPECT_TRUE(mutex.open(name));
-    mutex.enter();
-    while (mutex.unlock()) {
-    }
-    return name;
+    return QDir(u("/dev/shm")).entryList({u("veltor-mutex-*")}, QDir::AllEntries | QDir::System);
 }
 
-bool onAnotherThread(const std::function<bool()>& action)
+/// A name that nobody else has, and its file, removed with this object; no file where a mutex is none.
+struct FreeName
 {
-    bool result = false;
-    std::thread([&] { result = action(); }).join();
-    return result;
-}
+    FreeName()
+    {
+        const QStringList before = mutexFiles();
+        EXPECT_TRUE(keeper.open(text));
+        for (const QString& file : mutexFiles()) {
+            path = before.contains(file) ? path : u("/dev/shm/") + file;
+        }
+    }
+    ~FreeName() { QFile::remove(path); }
+
+    const std::string text = QUuid::createUuid().toString().toStdString();
+    NamedMutex keeper; // on Windows a mutex that nobody has open is no more
+    QString path;
+};
 
 /// Takes the mutex of that name and releases it again.
 bool use(const std::string& name)
@@ -55,98 +69,199 @@ bool use(const std::string& name)
     return mutex.open(name) && mutex.tryLock() && mutex.unlock();
 }
 
-bool isFree(const std::string& name)
+constexpr int Threads = 2;
+constexpr int Objects = 2;
+
+/// What a thread does with an object of its process, in a letter.
+int act(char action, NamedMutex& mutex, const std::string& name)
 {
-    return onAnotherThread([&] { return use(name); });
+    switch (action) {
+    case 'o':
+        return mutex.open(name) ? 1 : 0;
+    case 'c':
+        mutex.close();
+        return mutex.isOpened() ? 1 : 0;
+    case 'a':
+        return static_cast<int>(mutex.tryAcquire());
+    case 'w':
+        return mutex.tryLockFor(1) ? 1 : 0;
+    case 'n':
+        return mutex.enter() ? 1 : 0;
+    case 'u':
+        return mutex.unlock() ? 1 : 0;
+    default: // a forked child, which ends then
+        return forked([&] {
+            const int result = static_cast<int>(mutex.tryAcquire());
+            return 2 * result + (mutex.unlock() ? 1 : 0);
+        });
+    }
 }
 
-TEST(NamedMutex, OneThreadOwnsItAsOftenAsItLocked)
+/// Its threads do what they are told in lines, one after the other; 'e' ends one, which begins anew.
+const Role player("player", [](const QStringList& arguments) {
+    std::array<NamedMutex, Objects> objects;
+    std::array<std::promise<std::function<void()>>, Threads> next;
+    std::array<std::thread, Threads> threads;
+    char action = 0;
+    std::size_t thread = 0;
+    std::size_t object = 0;
+    while (std::cin >> action >> thread >> object) {
+        if (!threads[thread].joinable()) {
+            next[thread] = {};
+            threads[thread] = std::thread([&mine = next[thread]] {
+                while (const auto work = mine.get_future().get()) {
+                    mine = {};
+                    work();
+                }
+            });
+        }
+        if (action == 'e') {
+            next[thread].set_value({});
+            threads[thread].join();
+            std::cout << 0 << std::endl;
+            continue;
+        }
+        std::promise<int> outcome;
+        next[thread].set_value(
+            [&] { outcome.set_value(act(action, objects[object], arguments[0].toStdString())); });
+        std::cout << outcome.get_future().get() << std::endl;
+    }
+    std::_Exit(0); // its threads wait
+    return 0;
+});
+
+/// What the mutex is to do.
+struct Model
 {
-    const std::string name = freeName("levels");
-    NamedMutex first;
-    NamedMutex second;
-    EXPECT_FALSE(first.tryLock() || first.unlock()) << "closed";
-    ASSERT_TRUE(first.open(name));
-    ASSERT_TRUE(second.open(name));
-    EXPECT_TRUE(first.lock());
-    EXPECT_TRUE(second.tryLock());
-    EXPECT_FALSE(onAnotherThread([&] { return second.tryLock(); }));
-    EXPECT_FALSE(onAnotherThread([&] { return second.unlock(); }));
-    EXPECT_TRUE(second.unlock());
-    EXPECT_FALSE(isFree(name));
-    EXPECT_TRUE(second.unlock());
-    EXPECT_TRUE(isFree(name));
-    EXPECT_FALSE(first.unlock());
+    int owner = -1; // process and thread
+    int levels = 0;
+    bool mark = false; // whether the next owner will find it abandoned
+    bool open[2][Objects] = {};
+
+    Result acquire(int who)
+    {
+        const bool isTaken = owner < 0;
+        if (!isTaken && owner != who) {
+            return Result::Busy;
+        }
+        owner = who;
+        ++levels;
+        return isTaken && std::exchange(mark, true) ? Result::Abandoned : Result::Acquired;
+    }
+    bool unlock(int who)
+    {
+        const bool owns = owner == who;
+        if (owns && levels == 1) {
+            mark = false;
+            end(who);
+        } else if (owns) {
+            --levels;
+        }
+        return owns;
+    }
+    void end(int who)
+    {
+        owner = owner == who ? -1 : owner;
+        levels = owner < 0 ? 0 : levels;
+    }
+
+    int act(char action, int who, bool& isOpen)
+    {
+        constexpr int child = 99;
+        const auto result = [&](int locker) { return isOpen ? acquire(locker) : Result::Failed; };
+        switch (action) {
+        case 'e':
+            end(who);
+            return 0;
+        case 'a':
+            return static_cast<int>(result(who));
+        case 'w':
+            return result(who) == Result::Acquired ? 1 : 0;
+        case 'n':
+            return result(who) == Result::Acquired || acquire(who) == Result::Acquired ? 1 : 0;
+        case 'u':
+            return isOpen && unlock(who) ? 1 : 0;
+        case 'f':
+            return 2 * static_cast<int>(result(child)) + (unlock(child) ? 1 : 0);
+        default:
+            isOpen = action == 'o';
+            return isOpen ? 1 : 0;
+        }
+    }
+
+    /// What a stranger does to the file: writes into it, cuts it, or removes it while nobody owns it.
+    void attack(char action, const QString& path)
+    {
+        QFile file(path);
+        if (!file.exists() || (action == 'r' && owner >= 0)) {
+            return;
+        }
+        EXPECT_TRUE(action == 'r' ? file.remove() : file.open(QIODevice::ReadWrite));
+        EXPECT_TRUE(action == 't' ? file.resize(0) : action == 'r' || file.write("garbage") == 7);
+        mark = action == 'g';
+    }
+};
+
+TEST(NamedMutex, ThreadsAndProcessesFindItAsTheModelSays)
+{
+    const FreeName name;
+    const auto start = [&] {
+        return std::make_unique<Actor>("player", QStringList{QString::fromStdString(name.text)});
+    };
+    std::array<std::unique_ptr<Actor>, 2> players = {start(), start()};
+    Model model;
+    std::minstd_rand random(14);
+    const auto pick = [&](std::size_t count) { return static_cast<int>(random() % count); };
+    const std::string actions = std::string("oocaaaaawnnuuuuuuue") + (name.path.isEmpty() ? "" : "fftgr");
+    for (int step = 0; step < Steps; ++step) {
+        char action = actions[static_cast<std::size_t>(pick(actions.size()))];
+        const int process = pick(2);
+        const int thread = pick(Threads);
+        const int object = pick(Objects);
+        const int who = process * Threads + thread;
+        bool& isOpen = model.open[process][object];
+        auto& actor = players[static_cast<std::size_t>(process)];
+        if (std::strchr("tgr", action)) {
+            model.attack(action, name.path);
+            continue;
+        }
+        if (pick(200) == 0) { // a process dies
+            actor->kill();
+            actor->result();
+            actor = start();
+            model.end(process * Threads);
+            model.end(process * Threads + 1);
+            model.open[process][0] = model.open[process][1] = false;
+        }
+        if (action == 'n' && (!isOpen || (model.owner >= 0 && model.owner != who))) {
+            action = 'u'; // rather than to wait for ever
+        }
+        const QString line = QStringLiteral("%1 %2 %3\n").arg(QLatin1Char(action)).arg(thread).arg(object);
+        actor->write(line.toLatin1());
+        ASSERT_TRUE(actor->isReady());
+        ASSERT_EQ(actor->readLine().trimmed().toInt(), model.act(action, who, isOpen))
+            << "step " << step << ", process " << process << ": " << line.toStdString();
+    }
 }
 
 TEST(NamedMutex, NamesAreAnyBytes)
 {
-    const std::string base = freeName("name");
-    const std::vector<std::string> names = {base,
-                                            base + "/../x",
-                                            base + "\xFF\n",
+    const FreeName base;
+    std::vector<std::string> names = {base.text + "/../x", base.text + "\xFF\n"};
 #ifndef Q_OS_WIN // where they are short and end with a zero byte
-                                            base + std::string("\0", 1),
-                                            base + std::string("\0a", 2),
-                                            base + std::string(100000, 'n')
+    names.insert(names.end(), {base.text + std::string("\0a", 2), base.text + std::string(100000, 'n')});
 #endif
-    };
+    const QStringList before = mutexFiles();
     std::vector<NamedMutex> mutexes(names.size());
     for (std::size_t i = 0; i < names.size(); ++i) {
-        ASSERT_TRUE(isFree(names[i])) << i; // not one of those locked before
-        ASSERT_TRUE(mutexes[i].open(names[i])) << i;
-        EXPECT_TRUE(mutexes[i].lock());
+        EXPECT_TRUE(std::async(std::launch::async, use, names[i]).get()) << i; // none of those locked before
+        EXPECT_TRUE(mutexes[i].open(names[i]) && mutexes[i].lock()) << i;
     }
-    for (NamedMutex& mutex : mutexes) {
-        EXPECT_TRUE(mutex.unlock());
+    EXPECT_TRUE(std::async(std::launch::async, use, base.text).get());
+    for (const QString& file : mutexFiles()) {
+        EXPECT_TRUE(before.contains(file) || QFile::remove(u("/dev/shm/") + file));
     }
-    NamedMutex unnamed;
-    EXPECT_TRUE(unnamed.open(std::string()));
-}
-
-TEST(NamedMutex, ClosingReleasesNothing)
-{
-    const std::string name = freeName("closing");
-#ifdef Q_OS_WIN // where a mutex that nobody has open is no more
-    NamedMutex keeper;
-    ASSERT_TRUE(keeper.open(name));
-#endif
-    NamedMutex mutex;
-    ASSERT_TRUE(mutex.open(name));
-    EXPECT_TRUE(mutex.lock());
-    EXPECT_TRUE(mutex.open(freeName("closing, other")));
-    EXPECT_FALSE(isFree(name)); // was opened, and closed, by another handle meanwhile
-    EXPECT_FALSE(isFree(name));
-    EXPECT_TRUE(mutex.open(name));
-    EXPECT_TRUE(mutex.unlock());
-    EXPECT_TRUE(isFree(name));
-}
-
-TEST(NamedMutex, AbandonedIsOwnedButReported)
-{
-    const std::string name = freeName("abandoned");
-    const auto abandon = [&] {
-        return onAnotherThread([&] {
-            NamedMutex mutex;
-            return mutex.open(name) && mutex.lock() && mutex.lock();
-        });
-    };
-    NamedMutex mutex;
-    ASSERT_TRUE(mutex.open(name));
-    ASSERT_TRUE(abandon());
-    EXPECT_FALSE(mutex.lock());
-    EXPECT_FALSE(isFree(name));
-    EXPECT_TRUE(mutex.unlock());
-    EXPECT_FALSE(mutex.unlock());
-    ASSERT_TRUE(abandon());
-    EXPECT_FALSE(mutex.tryLock());
-    EXPECT_TRUE(mutex.unlock());
-    ASSERT_TRUE(abandon());
-    EXPECT_TRUE(mutex.enter());
-    EXPECT_TRUE(mutex.unlock());
-    EXPECT_FALSE(isFree(name));
-    EXPECT_TRUE(mutex.unlock());
-    EXPECT_TRUE(isFree(name));
+    EXPECT_TRUE(mutexes[0].open(std::string()));
 }
 
 TEST(NamedMutex, WaitsAreYieldsFirst)
@@ -163,92 +278,98 @@ TEST(NamedMutex, WaitsAreYieldsFirst)
     EXPECT_GE(timer.elapsed(), 12); // a sleep may be late, but not early
 }
 
-const Role user("use", [](const QStringList& arguments) { return use(arguments[0].toStdString()) ? 0 : 1; });
-
-TEST(NamedMutex, OtherProgramsFindItByName)
+TEST(NamedMutex, AGuardReleasesAndFailsLoudly)
 {
-    const std::string name = freeName("programs");
-    const auto useElsewhere = [&] { return play("use", {QString::fromStdString(name)}).status; };
+    const FreeName name;
     NamedMutex mutex;
-    ASSERT_TRUE(mutex.open(name));
-    EXPECT_EQ(useElsewhere(), 0);
-    EXPECT_TRUE(mutex.lock());
-    EXPECT_EQ(useElsewhere(), 1);
-    EXPECT_TRUE(mutex.unlock());
-}
-
-TEST(NamedMutex, AForkedChildOwnsNothing)
-{
-    NamedMutex mutex;
-    ASSERT_TRUE(mutex.open(freeName("fork")));
-    ASSERT_TRUE(mutex.lock());
-    const int locked = forked([&] { return mutex.tryLock() || mutex.unlock() ? 1 : 0; });
-    EXPECT_TRUE(mutex.unlock());
-    if (locked == NoFork) {
-        GTEST_SKIP() << "processes do not fork here";
+    EXPECT_THROW(NamedMutexGuard{mutex}, std::system_error);
+    ASSERT_TRUE(mutex.open(name.text));
+    {
+        NamedMutexGuard guard(mutex, std::defer_lock);
+        std::unique_lock lock(guard, std::chrono::milliseconds(1));
+        EXPECT_TRUE(lock.owns_lock());
+        EXPECT_FALSE(std::async(std::launch::async, use, name.text).get());
     }
-    EXPECT_EQ(locked, 0);
-    EXPECT_EQ(forked([&] { return mutex.tryLock() && mutex.unlock() ? 0 : 1; }), 0);
+    std::thread([&] { mutex.lock(); }).join();
+    EXPECT_TRUE(NamedMutexGuard(mutex).wasAbandoned());
+    EXPECT_FALSE(mutex.unlock());
 }
 
-/// The files of all mutexes, which stay until the system restarts; none where a mutex is no file.
-QStringList mutexFiles()
+TEST(NamedMutex, AnObjectInItsPlaceIsNamedAndLeftAlone)
 {
-    QStringList paths;
-    const QDir memory(u("/dev/shm"), u("veltor-mutex-*"), QDir::NoSort, QDir::Files);
-    for (const QFileInfo& file : memory.entryInfoList()) {
-        paths << file.filePath();
-    }
-    return paths;
-}
-
-/// The file of a mutex that @p action makes, removed with this object.
-std::unique_ptr<QFile, void (*)(QFile*)> mutexFileOf(const std::function<void()>& action)
-{
-    const QStringList before = mutexFiles();
-    action();
-    QStringList after = mutexFiles();
-    after.erase(std::remove_if(after.begin(), after.end(), [&](auto& path) { return before.contains(path); }),
-                after.end());
-    return {new QFile(after.value(0)), [](QFile* file) {
-                file->remove();
-                delete file;
-            }};
-}
-
-std::string unusedName()
-{
-    return QUuid::createUuid().toString().toStdString();
-}
-
-TEST(NamedMutex, OtherUsersMayUseIt)
-{
-    const std::string name = unusedName();
-    const auto useAs = [&](User who) { return forked([&] { return use(name) ? 0 : 1; }, who); };
-    int result = NoFork;
-    const auto file = mutexFileOf([&] { result = useAs(User::Another); });
-    if (result == NoFork) {
-        GTEST_SKIP() << "only root can become another user";
-    }
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(useAs(User::Ordinary), 0);
-    EXPECT_EQ(useAs(User::Same), 0);
-}
-
-TEST(NamedMutex, AFileOfAnotherVersionIsRefusedAndLeftAlone)
-{
-    const std::string name = unusedName();
-    const auto owned = mutexFileOf([&] { EXPECT_TRUE(use(name)); });
-    QFile& file = *owned;
-    if (!file.open(QIODevice::ReadWrite)) {
+    FreeName name;
+    if (name.path.isEmpty()) {
         GTEST_SKIP() << "a mutex is no file here";
     }
-    const QByteArray whole = file.readAll();
-    for (const QByteArray& other : {QByteArray(whole.size(), '\x7F'), whole.left(whole.size() - 1)}) {
-        ASSERT_TRUE(file.resize(0) && file.seek(0) && file.write(other) == other.size() && file.flush());
-        EXPECT_FALSE(use(name));
-        ASSERT_TRUE(file.seek(0));
-        EXPECT_EQ(file.readAll(), other);
+    name.keeper.close();
+    const QString other = name.path + u("-other");
+    const std::function<bool()> plants[] = {
+        [&] { return makePipe(name.path); },
+        [&] { return QFile::link(other, name.path); },
+        [&] { return QFile(other).open(QIODevice::WriteOnly) && QFile::rename(other, name.path); },
+    };
+    for (const auto& plant : plants) {
+        QFile::remove(name.path);
+        ASSERT_TRUE(plant());
+        NamedMutex mutex;
+        EXPECT_FALSE(mutex.open(name.text));
+        EXPECT_TRUE(mutex.errorString().startsWith(name.path + u(": "))) << mutex.errorString().toStdString();
+        EXPECT_FALSE(QFile::exists(other));
+    }
+    EXPECT_EQ(QFile(name.path).size(), 0);
+}
+
+TEST(NamedMutex, OtherUsersMayUseItButNotTakeIt)
+{
+    FreeName name;
+    QFile::remove(name.path);
+    const auto useAs = [&](User who) { return forked([&] { return use(name.text) ? 0 : 1; }, who); };
+    if (useAs(User::Another) == NoFork) {
+        GTEST_SKIP() << "only root can become another user";
+    }
+    EXPECT_EQ(useAs(User::Another), 0);
+    EXPECT_EQ(useAs(User::Ordinary), 0);
+    ASSERT_TRUE(name.keeper.lock());
+    const int attacked = forked(
+        [&] {
+            QFile file(name.path);
+            const bool wrote =
+                file.open(QIODevice::ReadWrite) && file.write(QByteArray(4096, '\xFF')) == 4096;
+            return wrote && file.resize(0) && !file.remove() && !use(name.text) ? 0 : 1;
+        },
+        User::Ordinary);
+    EXPECT_EQ(attacked, 0);
+    EXPECT_EQ(useAs(User::Another), 1);
+    EXPECT_TRUE(name.keeper.unlock());
+}
+
+TEST(NamedMutex, AChildForkedWhileThreadsLockOwnsNothingAndEnds)
+{
+    const FreeName name;
+    std::atomic<bool> stop{false};
+    std::vector<std::thread> lockers;
+    for (int i = 0; i < 2; ++i) {
+        lockers.emplace_back([&] {
+            while (!stop) {
+                NamedMutex mutex;
+                mutex.open(name.text);
+                mutex.enter();
+                mutex.unlock();
+            }
+        });
+    }
+    NamedMutex inherited;
+    EXPECT_TRUE(inherited.open(name.text));
+    for (int i = 0; i < 100; ++i) {
+        const int result = forked([&] {
+            NamedMutex own;
+            return inherited.unlock() || !own.open(name.text) || !own.enter() || !inherited.unlock() ? 1 : 0;
+        });
+        ASSERT_TRUE(result == 0 || result == NoFork) << result;
+    }
+    stop = true;
+    for (std::thread& locker : lockers) {
+        locker.join();
     }
 }
 
@@ -273,7 +394,9 @@ const Role counter("count", [](const QStringList& arguments) {
     auto* const counters = reinterpret_cast<volatile Counters*>(file.block(0));
     sayReady();
     while (counters->stop == 0) {
-        const bool abandoned = !mutex.lock();
+        const bool limited = counters->own[who] % 2 == 1;
+        const Result result = limited ? mutex.tryAcquire(std::chrono::hours(1)) : mutex.acquire();
+        const bool abandoned = result == Result::Abandoned;
         const quint64 ahead = counters->own[0] + counters->own[1] - counters->total;
         counters->abandoned = counters->abandoned + (abandoned ? 1 : 0);
         counters->faults = counters->faults + (ahead > (abandoned ? 1u : 0u) ? 1 : 0);
@@ -291,13 +414,13 @@ TEST(NamedMutex, ProcessesLoseNoIncrementWhoeverIsKilled)
 {
     const Folder folder;
     const QString path = folder.path("counters");
-    const std::string name = freeName("counters");
+    const FreeName name;
     utils::RandomFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.resize(sizeof(Counters)));
     auto* const counters = reinterpret_cast<volatile Counters*>(file.block(0));
     const auto start = [&](int who) {
-        return std::make_unique<Actor>("count",
-                                       QStringList{QString::fromStdString(name), path, QString::number(who)});
+        return std::make_unique<Actor>(
+            "count", QStringList{QString::fromStdString(name.text), path, QString::number(who)});
     };
     std::array<std::unique_ptr<Actor>, 2> counting = {start(0), start(1)};
     for (int round = 0; round < Kills; ++round) {

@@ -1,4 +1,5 @@
 #include "support/LogCapture.h"
+#include "support/Platform.h"
 #include "support/Printers.h"
 
 #include <QtCore/QtGlobal>
@@ -6,8 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace veltor::logging {
@@ -78,13 +81,19 @@ TEST(Logging, sinkIsExchangedRestoredAndMayThrow)
     EXPECT_EQ(qtLines.size(), 1);
 }
 
-TEST(Logging, everyLineReachesOneSinkWhileSinksAreExchanged)
+TEST(Logging, everyLineReachesOneSinkAndNoFormerOneAfterTheWait)
 {
     constexpr int threads = 3;
     constexpr int lines = 500;
     std::atomic<int> received{0};
-    const LogSink count = [&received](const LogRecord&) { ++received; };
-    setLogSink(count);
+    const auto counting = [&received] {
+        auto inForce = std::make_shared<std::atomic<bool>>(true);
+        setLogSink([&received, inForce](const LogRecord&) {
+            received += *inForce && !waitForFormerLogSinks() ? 1 : 0;
+        });
+        return inForce;
+    };
+    auto last = counting();
     std::vector<std::thread> writers;
     for (int t = 0; t < threads; ++t) {
         writers.emplace_back([] {
@@ -94,13 +103,24 @@ TEST(Logging, everyLineReachesOneSinkWhileSinksAreExchanged)
         });
     }
     for (int i = 0; i < lines; ++i) {
-        EXPECT_TRUE(setLogSink(count));
+        const auto former = std::exchange(last, counting());
+        EXPECT_TRUE(waitForFormerLogSinks());
+        EXPECT_EQ(former.use_count(), 1); // and nothing of it is left
+        *former = false;
     }
     for (std::thread& writer : writers) {
         writer.join();
     }
     setLogSink({});
     EXPECT_EQ(received, threads * lines);
+}
+
+TEST(Logging, aThreadMayBeCancelledInsideTheSink)
+{
+    setLogSink([](const LogRecord&) { test::endThisThread(); });
+    std::thread([] { LoggerMessager(LogLevel::Info, "", 0, "").write() << "line"; }).join();
+    EXPECT_TRUE(setLogSink({}));
+    EXPECT_TRUE(waitForFormerLogSinks());
 }
 
 } // namespace

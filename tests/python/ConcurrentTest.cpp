@@ -3,8 +3,7 @@
 #include <veltor/utils/PythonError.h>
 
 #include "python/Interpreter.h"
-
-#include <QtCore/QThreadPool>
+#include "support/Platform.h"
 
 #include <memory>
 #include <stdexcept>
@@ -89,6 +88,10 @@ TEST_F(ConcurrentProcedure, isDestroyedUnrunWhenRefused)
     EXPECT_TRUE(ran);
     EXPECT_EQ(takeError(), QStringLiteral("KeyError('before')"));
 
+    if (const test::NoThreads none; none.works) {
+        Concurrent([] { FAIL(); }, tick.get());
+        EXPECT_TRUE(takeError().startsWith(QStringLiteral("RuntimeException(")));
+    }
     run("import inspect\ninspect.signature = lambda c: None");
     Concurrent([] { FAIL(); }, tick.get());
     EXPECT_EQ(takeError(), QStringLiteral("TypeError('callback must not have any parameters')"));
@@ -118,6 +121,7 @@ TEST_F(ConcurrentProcedure, raisesWhatTheProcedureThrows)
         {[] { throw std::range_error("bytes \xff"); }, "RuntimeException('bytes \\\\xff')"},
         {[] { throw utils::PythonError(QStringLiteral("Traceback")); }, "BasicException('Traceback')"},
         {[] { throw 1; }, "BasicException('Unknown native exception')"},
+        {&test::endThisThread, "LogicException('std::future_error: Broken promise')"},
         {&throwNested, "RuntimeException('cannot read') from OutOfRangeException('row 7')"},
         {&throwCarried, "RuntimeException('cannot read') from OutOfRangeException('row 7')"},
     };
@@ -162,11 +166,8 @@ TEST_F(ConcurrentProcedure, leavesOneErrorWhenTheCallbackRaises)
     }
 }
 
-TEST_F(ConcurrentProcedure, comesBackThroughPythonOnAFullPool)
+TEST_F(ConcurrentProcedure, comesBackThroughPython)
 {
-    QThreadPool* const pool = QThreadPool::globalInstance();
-    const int threads = pool->maxThreadCount();
-    pool->setMaxThreadCount(1);
     const PythonRef tick = eval("tick");
     bool ran = false;
     Concurrent(
@@ -178,7 +179,6 @@ TEST_F(ConcurrentProcedure, comesBackThroughPythonOnAFullPool)
         tick.get());
     EXPECT_TRUE(ran);
     EXPECT_EQ(PyErr_Occurred(), nullptr);
-    pool->setMaxThreadCount(threads);
 }
 
 } // namespace

@@ -5,12 +5,14 @@
 #include <QtCore/QTemporaryFile>
 
 #ifdef Q_OS_UNIX
+#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdint>
 #endif
 
 namespace veltor::test {
@@ -37,6 +39,28 @@ int forked(const std::function<int()>& action, User user)
     }
     int status = 0;
     return waitpid(pid, &status, 0) == pid && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+void endThisThread()
+{
+    pthread_exit(nullptr);
+}
+
+/// A new thread's stack shall be this large.
+bool setStackSize(std::size_t bytes)
+{
+    pthread_attr_t attributes;
+    return pthread_attr_init(&attributes) == 0 && pthread_attr_setstacksize(&attributes, bytes) == 0 &&
+           pthread_setattr_default_np(&attributes) == 0;
+}
+
+NoThreads::NoThreads()
+    : works(setStackSize(SIZE_MAX / 4))
+{}
+
+NoThreads::~NoThreads()
+{
+    setStackSize(8U << 20);
 }
 
 FileSizeLimit::FileSizeLimit(unsigned bytes)
@@ -69,6 +93,14 @@ int forked(const std::function<int()>&, User)
 {
     return NoFork;
 }
+
+void endThisThread() {}
+
+NoThreads::NoThreads()
+    : works(false)
+{}
+
+NoThreads::~NoThreads() = default;
 
 FileSizeLimit::FileSizeLimit(unsigned)
     : works(false)

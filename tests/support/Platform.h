@@ -24,6 +24,21 @@ constexpr int NoFork = -2;
 /// What @p action returns in a forked child of one thread, -1 when it crashed, NoFork where that cannot be.
 int forked(const std::function<int()>& action, User user = User::Same);
 
+/// Ends the calling thread as a cancellation does, by unwinding; returns where threads end otherwise.
+void endThisThread();
+
+/// While it lives, no thread can be started; or it does not work.
+class NoThreads
+{
+public:
+    NoThreads();
+    ~NoThreads();
+    NoThreads(const NoThreads&) = delete;
+    NoThreads& operator=(const NoThreads&) = delete;
+
+    const bool works;
+};
+
 /// Lets no file of this process grow beyond a size while it lives.
 class FileSizeLimit
 {

@@ -33,13 +33,19 @@ struct LogRecord
 };
 
 /// Receives every log line, on the thread that wrote it. It may be called from several threads at once
-/// and must not throw; an exception that leaves it is dropped together with the line.
+/// and must not throw; an exception that leaves it is dropped together with the line. A thread may be
+/// cancelled inside of it.
 using LogSink = std::function<void(const LogRecord&)>;
 
 /// Sends all further lines to @p sink; an empty one restores the default. A line that another thread is
-/// writing at this moment may still reach the former sink.
+/// writing at this moment may still reach the former sink; see waitForFormerLogSinks().
 /// @return the former sink, empty if it was the default.
 VELTOR_UTILS_EXPORT LogSink setLogSink(LogSink sink);
+
+/// Waits until no sink but the one in force is being called: what a former sink uses may be destroyed
+/// then. Hold no lock that a sink may want.
+/// @return false, without waiting, when called from inside a sink, which would wait for itself
+VELTOR_UTILS_EXPORT bool waitForFormerLogSinks();
 
 /// Collects one line item by item, a space after each, and writes it when the stream ends. Items are
 /// whatever QTextStream prints; `const char*` is read as UTF-8. Made by LoggerMessager::write(). One thread
@@ -54,8 +60,8 @@ public:
     LogStream(const LogStream&) = delete;
     LogStream& operator=(const LogStream&) = delete;
     LogStream& operator=(LogStream&&) = delete;
-    /// Writes the line.
-    ~LogStream();
+    /// Writes the line. Only the cancellation of the thread leaves it.
+    ~LogStream() noexcept(false);
 
     /// Adds @p item and a space.
     template <typename T>

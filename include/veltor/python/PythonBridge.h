@@ -93,7 +93,7 @@ VELTOR_UTILS_EXPORT int callableArgsCount(PyObject* callable);
 /// @return a borrowed reference, never null
 [[nodiscard]] VELTOR_UTILS_EXPORT PyObject* findExceptionType(const std::exception_ptr& e);
 
-/// Runs a native procedure on a thread of a pool of its own and calls a Python callback on this thread,
+/// Runs a native procedure on a thread of its own and calls a Python callback on this thread,
 /// again and again without a pause, until the procedure has finished. Meant to be the body of a Python
 /// binding: failures are pending Python errors when it returns, and no native exception leaves it.
 ///
@@ -105,7 +105,8 @@ VELTOR_UTILS_EXPORT int callableArgsCount(PyObject* callable);
 ///     calling thread before this function returns, whether it ran or not.
 /// @param callback  a callable without parameters; its results are discarded
 ///
-/// The procedure does not run, and the error is pending, when @p procedure is empty (ValueError), or when
+/// The procedure does not run, and the error is pending, when @p procedure is empty (ValueError), when no
+/// thread can be started (the class for std::system_error), or when
 /// @p callback is null, not callable or has parameters (TypeError) or has no signature to be found (the
 /// class for the exception of callableArgsCount()). An error that was pending at the call hinders nothing;
 /// it is pending again afterwards, unless a newer one is.

@@ -10,10 +10,12 @@
 #include <map>
 #include <shared_mutex>
 #include <string_view>
+#include <vector>
 
 namespace veltor::utils {
 
 /// Adds up how long named operations take, over the whole process, and writes the sums to the log.
+/// ScopedTimer measures a scope for it.
 ///
 ///     QElapsedTimer timer;
 ///     timer.start();
@@ -92,6 +94,19 @@ public:
     /// some of these runs; in exchange they hardly hinder each other. Thread-safe.
     void addTime(OperationId operation, unsigned long long durationNs);
 
+    /// What one operation has added up to.
+    struct Sum
+    {
+        OperationId operation;
+        quint64 totalNs;
+        quint64 count;
+        quint64 minimumNs;
+        quint64 maximumNs;
+    };
+    /// The sums so far, in the order of the operations' names. Thread-safe beside addTime(); the four numbers
+    /// of an operation that is being added to may be of different moments.
+    [[nodiscard]] std::vector<Sum> snapshot() const;
+
     /// Forgets all operations. To be called while no other thread uses the object.
     void clear();
 
@@ -119,7 +134,7 @@ private:
     ~SummaryTime() = default;
 
     std::map<OperationId, Record> m_records;
-    std::shared_mutex m_lock; // guards the map's shape, not what the records hold
+    mutable std::shared_mutex m_lock; // guards the map's shape, not what the records hold
 };
 
 } // namespace veltor::utils

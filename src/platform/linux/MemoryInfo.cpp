@@ -1,7 +1,10 @@
+// The machine's memory, out of /proc/meminfo.
+
 #include "platform/MemoryInfo.h"
 #include "platform/linux/ContainerLimit.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/sysinfo.h>
 #include <unistd.h>
 
@@ -59,26 +62,41 @@ int openMeminfo() noexcept
     return ::open("/proc/meminfo", O_RDONLY | O_CLOEXEC);
 }
 
-/// Opening and closing cost as much as reading does: the file stays open until the library is unloaded.
+/// Opening and closing cost as much as reading does: the file stays open until the library is unloaded. A
+/// host that closes all descriptors closes this one too, and may use its number for a file of its own.
 class KeptMeminfo
 {
 public:
     KeptMeminfo() noexcept
         : m_fd(openMeminfo())
-    {}
+    {
+        m_known = ::fstat(m_fd, &m_file) == 0;
+    }
     ~KeptMeminfo()
     {
-        if (m_fd >= 0) {
+        if (isOurs()) {
             ::close(m_fd);
         }
     }
     KeptMeminfo(const KeptMeminfo&) = delete;
     KeptMeminfo& operator=(const KeptMeminfo&) = delete;
 
-    [[nodiscard]] int fd() const noexcept { return m_fd; }
+    [[nodiscard]] std::optional<PhysicalMemory> read() const
+    {
+        return isOurs() ? readMeminfo(m_fd) : std::nullopt;
+    }
 
 private:
+    [[nodiscard]] bool isOurs() const noexcept
+    {
+        struct stat now = {};
+        return m_known && ::fstat(m_fd, &now) == 0 && now.st_dev == m_file.st_dev &&
+               now.st_ino == m_file.st_ino;
+    }
+
     int m_fd;
+    bool m_known = false;
+    struct stat m_file = {};
 };
 
 } // namespace
@@ -86,10 +104,9 @@ private:
 PhysicalMemory queryPhysicalMemory() noexcept
 {
     static const KeptMeminfo kept;
-    if (const auto memory = readMeminfo(kept.fd())) {
+    if (const auto memory = kept.read()) {
         return *memory;
     }
-    // A host that closes all descriptors has closed ours too, and may use its number for another file.
     if (const int fd = openMeminfo(); fd >= 0) {
         const auto memory = readMeminfo(fd);
         ::close(fd);

@@ -1,68 +1,73 @@
+// Named locks: who of this process's threads owns one; between processes a locked file decides.
+
 #include "platform/NamedLock.h"
+
+#include "platform/linux/LockFile.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QCryptographicHash>
 
-#include <fcntl.h>
 #include <pthread.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <condition_variable>
 #include <cstdint>
-#include <cstdio>
 #include <exception>
 #include <map>
-#include <memory>
 #include <mutex>
+#include <new>
+#include <optional>
 #include <string>
+#include <utility>
 
-// A named lock is a robust, recursive mutex in a file of the shared memory's file system.
+// A named lock is a file of the shared memory's file system; see docs/decisions/named-mutex-file.md.
 //
-//  1. A file gets its name only after the mutex in it works: it is made without one and then linked.
-//     So there is no half-made lock to find, whenever its creator is killed.
-//  2. The file stays until the system restarts. Removing it would be a race against those who are just
-//     opening it, and two files of one name would be two locks.
-//  3. One process maps a file once, however many handles there are: a thread's list of the robust
-//     mutexes that it holds must not contain one mutex at two addresses.
-//  4. A mapping in which a lock is held is not unmapped: that list points into it.
+//  1. A process has one record, and one open file, for each name. The file's lock is the process's; which
+//     thread has it, and how often, the record says.
+//  2. Nothing waits while it holds the table's mutex, and no descriptor is made or closed without it: so a
+//     fork, which takes it, finds all records whole and knows every descriptor.
+//  3. One thread of a process at most waits in the kernel, the others wait for the record.
 
 namespace veltor::platform {
 namespace {
 
-constexpr std::uint64_t Magic = 0x1C0DEA114C0C0001;
+using Clock = std::chrono::steady_clock;
+using ThreadId = std::uint64_t;
+
 constexpr const char* Directory = "/dev/shm";
 
-/// What the file holds.
-struct SharedLock
+/// The longest time between two looks at a lock that is waited for with a limit.
+constexpr std::chrono::milliseconds LongestPause{13};
+
+struct Record
 {
-    std::uint64_t magic;
-    pthread_mutex_t mutex;
+    explicit Record(const std::string& path)
+        : file(path)
+    {}
+
+    LockFile file;
+    std::condition_variable changed; // when the record gets free
+    std::atomic<ThreadId> owner{0};  // 0: none
+    long levels = 0;                 // the owner's alone
+    int handles = 0;
+    bool awaited = false; // by a thread in the kernel
+
+    [[nodiscard]] bool isFree() const noexcept { return owner == 0 && !awaited; }
 };
 
-/// A lock as this process sees it.
-struct Mapping
-{
-    SharedLock* shared = nullptr;
-    int handles = 0;
-    long levels = 0; // of ownership, taken and not released through the handles that are closed
-};
+using Records = std::map<std::string, Record>; // by path
+using Entry = Records::value_type;
 
 struct Table
 {
-    std::mutex mutex;                        // guards the map and what it holds
-    std::map<std::string, Mapping> mappings; // by path
-};
+    Table();
 
-/// What NamedLock's handle points to.
-struct Handle
-{
-    pthread_mutex_t* mutex;
-    // Levels taken and not released through this handle. The sum over all handles is never less than the
-    // levels that threads of this process hold; it is more after one of them ended as owner.
-    long levels;
-    std::map<std::string, Mapping>::iterator entry;
+    std::mutex mutex; // guards the map and what it holds
+    Records records;
+    pthread_key_t owning = 0; // set in threads that have owned something
+    bool works = false;
 };
 
 /// Never destroyed: handles may be closed after this source's statics are.
@@ -72,8 +77,82 @@ Table& table()
     return *table;
 }
 
-/// Any bytes of any length become a file name. Programs whose mutexes differ in layout, of another
-/// version or another word size, use other files: they cannot share a lock.
+/// Not one that the thread library gives, which come again after a thread's end.
+ThreadId thisThread() noexcept
+{
+    static std::atomic<ThreadId> last{0};
+    thread_local const ThreadId id = ++last;
+    return id;
+}
+
+void makeFree(Record& record, void (LockFile::*unlock)() noexcept) noexcept
+{
+    (record.file.*unlock)();
+    record.levels = 0;
+    record.owner = 0;
+    record.changed.notify_all();
+}
+
+void dropUnused(Records& records, const std::string& path) noexcept
+{
+    const auto found = records.find(path);
+    if (found->second.handles == 0 && found->second.owner == 0) {
+        records.erase(found);
+    }
+}
+
+/// At a thread's end, with the number of rounds to wait: other destructors of thread data may still unlock.
+void endThread(void* rounds) noexcept
+{
+    Table& all = table();
+    if (const auto left = reinterpret_cast<std::uintptr_t>(rounds); left > 1) {
+        ::pthread_setspecific(all.owning, reinterpret_cast<void*>(left - 1));
+        return;
+    }
+    const std::lock_guard guard(all.mutex);
+    for (auto next = all.records.begin(); next != all.records.end();) {
+        const auto entry = next++;
+        if (entry->second.owner == thisThread()) {
+            makeFree(entry->second, &LockFile::abandon);
+            dropUnused(all.records, entry->first);
+        }
+    }
+}
+
+/// The descriptors that a child inherits are the parent's locks: they would outlive it.
+void startChild() noexcept
+{
+    for (auto& [path, record] : table().records) {
+        record.file.close();
+        record.owner = 0;
+        record.levels = 0;
+        record.awaited = false;
+        // The threads that wait for it are not here; to destroy it would be to wait for them.
+        new (&record.changed) std::condition_variable;
+    }
+    table().mutex.unlock();
+}
+
+Table::Table()
+{
+    works = ::pthread_key_create(&owning, endThread) == 0 &&
+            ::pthread_atfork([] { table().mutex.lock(); }, [] { table().mutex.unlock(); }, startChild) == 0;
+}
+
+/// Waiting is a cancellation point, but a lock's functions pass no exceptions on.
+class Uncancelled
+{
+public:
+    Uncancelled() noexcept { ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_former); }
+    ~Uncancelled() { ::pthread_setcancelstate(m_former, nullptr); }
+    Uncancelled(const Uncancelled&) = delete;
+    Uncancelled& operator=(const Uncancelled&) = delete;
+
+private:
+    int m_former = 0;
+};
+
+/// Any bytes of any length become a file name.
 std::string pathOf(const std::string& name)
 {
     QCryptographicHash hash(QCryptographicHash::Sha256);
@@ -81,123 +160,87 @@ std::string pathOf(const std::string& name)
         const std::string piece = name.substr(at, 1u << 30);
         hash.addData(QByteArray::fromRawData(piece.data(), static_cast<int>(piece.size())));
     }
-    return std::string(Directory) + "/veltor-mutex-1-" + std::to_string(sizeof(SharedLock)) + "-" +
-           hash.result().toHex().toStdString();
+    return std::string(Directory) + "/veltor-mutex-2-" + hash.result().toHex().toStdString();
 }
 
-class Descriptor
+WaitResult own(Record& record, LockFile::Outcome outcome) noexcept
 {
-public:
-    explicit Descriptor(int fd) noexcept
-        : m_fd(fd)
-    {}
-    ~Descriptor()
-    {
-        if (m_fd >= 0) {
-            ::close(m_fd);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    [[nodiscard]] int get() const noexcept { return m_fd; }
-
-private:
-    int m_fd;
-};
-
-SharedLock* mapShared(int fd) noexcept
-{
-    void* const memory = ::mmap(nullptr, sizeof(SharedLock), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    return memory == MAP_FAILED ? nullptr : static_cast<SharedLock*>(memory);
+    constexpr std::uintptr_t rounds = 3; // of the four that every system grants
+    record.owner = thisThread();
+    record.levels = 1;
+    ::pthread_setspecific(table().owning, reinterpret_cast<void*>(rounds));
+    return outcome == LockFile::Outcome::Abandoned ? WaitResult::Abandoned : WaitResult::Acquired;
 }
 
-bool initialise(pthread_mutex_t& mutex) noexcept
+/// @return 0 or an error
+int waitInKernel(Record& record, std::unique_lock<std::mutex>& guard) noexcept
 {
-    pthread_mutexattr_t attributes;
-    if (::pthread_mutexattr_init(&attributes) != 0) {
-        return false;
-    }
-    const bool done = ::pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED) == 0 &&
-                      ::pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST) == 0 &&
-                      ::pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE) == 0 &&
-                      ::pthread_mutex_init(&mutex, &attributes) == 0;
-    ::pthread_mutexattr_destroy(&attributes);
-    return done;
+    const int fd = record.file.descriptor();
+    record.awaited = true;
+    guard.unlock();
+    const int error = LockFile::waitFor(fd);
+    guard.lock();
+    record.awaited = false;
+    return error == EBADF ? 0 : error; // closed by the host: the file is opened anew
 }
 
-/// Maps the lock of an existing file. Not created here: a common directory's protection may forbid an
-/// open that could create to everybody but the file's owner.
-SharedLock* openShared(const std::string& path) noexcept
+WaitResult acquire(Record& record, std::optional<Clock::time_point> deadline, int& error) noexcept
 {
-    const Descriptor file(::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
-    struct stat status;
-    if (file.get() < 0 || ::fstat(file.get(), &status) != 0) {
-        return nullptr;
-    }
-    errno = EINVAL; // unless it is one of ours
-    if (!S_ISREG(status.st_mode) || status.st_size != sizeof(SharedLock)) {
-        return nullptr;
-    }
-    SharedLock* const shared = mapShared(file.get());
-    if (shared && shared->magic != Magic) {
-        ::munmap(shared, sizeof(SharedLock));
-        errno = EINVAL;
-        return nullptr;
-    }
-    return shared;
-}
-
-/// Makes the lock and gives it its name; null, with EEXIST, when somebody else was first.
-SharedLock* createShared(const std::string& path) noexcept
-{
-    const Descriptor file(::open(Directory, O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
-    // The process's own mask must not keep other users out.
-    if (file.get() < 0 || ::fchmod(file.get(), 0666) != 0 ||
-        ::ftruncate(file.get(), sizeof(SharedLock)) != 0) {
-        return nullptr;
-    }
-    SharedLock* const shared = mapShared(file.get());
-    if (!shared) {
-        return nullptr;
-    }
-    shared->magic = Magic;
-    char self[32];
-    std::snprintf(self, sizeof self, "/proc/self/fd/%d", file.get());
-    if (initialise(shared->mutex) &&
-        ::linkat(AT_FDCWD, self, AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0) {
-        return shared;
-    }
-    const int error = errno;
-    ::munmap(shared, sizeof(SharedLock));
-    errno = error;
-    return nullptr;
-}
-
-SharedLock* openOrCreate(const std::string& path) noexcept
-{
+    std::unique_lock guard(table().mutex);
+    const auto fail = [&record] {
+        record.changed.notify_all(); // others may do better
+        return WaitResult::Failed;
+    };
+    std::chrono::milliseconds pause{1};
     for (;;) {
-        SharedLock* shared = openShared(path);
-        if (shared || errno != ENOENT) {
-            return shared;
+        auto wake = deadline;
+        if (record.isFree()) {
+            const LockFile::Outcome outcome = record.file.tryLock(error);
+            if (outcome == LockFile::Outcome::Failed) {
+                return fail();
+            }
+            if (outcome != LockFile::Outcome::Busy) {
+                return own(record, outcome);
+            }
+            if (!deadline) {
+                error = waitInKernel(record, guard);
+                if (error != 0) {
+                    return fail();
+                }
+                continue;
+            }
+            // The kernel knows no wait with a limit: look again, ever more patiently.
+            wake = std::min(*deadline, Clock::now() + pause);
+            pause = std::min(pause * 2, LongestPause);
         }
-        shared = createShared(path);
-        if (shared || errno != EEXIST) {
-            return shared;
+        if (!deadline) {
+            record.changed.wait(guard);
+        } else if (Clock::now() >= *deadline) {
+            return WaitResult::Busy;
+        } else {
+            record.changed.wait_until(guard, *wake);
         }
     }
 }
 
-WaitResult acquired(Handle& handle, int error) noexcept
+WaitResult lockEntry(void* handle, std::optional<Clock::time_point> deadline, LockError& error) noexcept
 {
-    if (error != 0 && error != EOWNERDEAD) {
-        return WaitResult::Refused;
+    if (!handle) {
+        error = {EBADF, {}};
+        return WaitResult::Failed;
     }
-    ++handle.levels;
-    if (error == 0) {
+    auto& [path, record] = *static_cast<Entry*>(handle);
+    if (record.owner == thisThread()) {
+        ++record.levels;
         return WaitResult::Acquired;
     }
-    ::pthread_mutex_consistent(handle.mutex);
-    return WaitResult::Abandoned;
+    const Uncancelled uncancelled;
+    int code = 0;
+    const WaitResult result = acquire(record, deadline, code);
+    if (result == WaitResult::Failed) {
+        error = {code, path};
+    }
+    return result;
 }
 
 } // namespace
@@ -205,23 +248,24 @@ WaitResult acquired(Handle& handle, int error) noexcept
 bool NamedLock::open(const std::string& name) noexcept
 try {
     close();
-    auto handle = std::make_unique<Handle>();
-    const std::lock_guard lock(table().mutex);
-    auto& mappings = table().mappings;
-    handle->entry = mappings.try_emplace(pathOf(name)).first;
-    auto& [path, mapping] = *handle->entry;
-    if (!mapping.shared) {
-        mapping.shared = openOrCreate(path);
-    }
-    if (!mapping.shared) {
-        mappings.erase(handle->entry);
+    m_error = {};
+    const Uncancelled uncancelled;
+    const std::string path = pathOf(name);
+    Table& all = table();
+    const std::lock_guard guard(all.mutex);
+    Entry& entry = *all.records.try_emplace(path, path).first;
+    Record& record = entry.second;
+    const int error = !all.works ? EAGAIN : record.file.descriptor() < 0 ? record.file.open() : 0;
+    if (error != 0) {
+        dropUnused(all.records, path);
+        m_error = {error, path};
         return false;
     }
-    ++mapping.handles;
-    handle->mutex = &mapping.shared->mutex;
-    m_handle = handle.release();
+    ++record.handles;
+    m_handle = &entry;
     return true;
 } catch (const std::exception&) {
+    m_error = {ENOMEM, {}};
     return false;
 }
 
@@ -230,36 +274,43 @@ void NamedLock::close() noexcept
     if (!m_handle) {
         return;
     }
-    const std::unique_ptr<Handle> handle(static_cast<Handle*>(m_handle));
-    m_handle = nullptr;
-    const std::lock_guard lock(table().mutex);
-    Mapping& mapping = handle->entry->second;
-    mapping.levels += handle->levels;
-    if (--mapping.handles == 0 && mapping.levels == 0) {
-        ::munmap(mapping.shared, sizeof(SharedLock));
-        table().mappings.erase(handle->entry);
-    }
+    const Uncancelled uncancelled;
+    Table& all = table();
+    const std::lock_guard guard(all.mutex);
+    auto& [path, record] = *static_cast<Entry*>(std::exchange(m_handle, nullptr));
+    --record.handles;
+    dropUnused(all.records, path);
 }
 
 WaitResult NamedLock::lock() noexcept
 {
-    auto* const handle = static_cast<Handle*>(m_handle);
-    return handle ? acquired(*handle, ::pthread_mutex_lock(handle->mutex)) : WaitResult::Refused;
+    return lockEntry(m_handle, std::nullopt, m_error);
 }
 
-WaitResult NamedLock::tryLock() noexcept
+WaitResult NamedLock::lockFor(std::chrono::milliseconds limit) noexcept
 {
-    auto* const handle = static_cast<Handle*>(m_handle);
-    return handle ? acquired(*handle, ::pthread_mutex_trylock(handle->mutex)) : WaitResult::Refused;
+    // Not beyond what the clock can count.
+    constexpr std::chrono::milliseconds longest = std::chrono::hours(24 * 365 * 100);
+    return lockEntry(m_handle, Clock::now() + std::clamp(limit, std::chrono::milliseconds(0), longest),
+                     m_error);
 }
 
 bool NamedLock::unlock() noexcept
 {
-    auto* const handle = static_cast<Handle*>(m_handle);
-    if (!handle || ::pthread_mutex_unlock(handle->mutex) != 0) {
+    if (!m_handle) {
         return false;
     }
-    --handle->levels;
+    Record& record = static_cast<Entry*>(m_handle)->second;
+    if (record.owner != thisThread()) {
+        return false;
+    }
+    if (record.levels > 1) {
+        --record.levels;
+        return true;
+    }
+    const Uncancelled uncancelled;
+    const std::lock_guard guard(table().mutex);
+    makeFree(record, &LockFile::release);
     return true;
 }
 

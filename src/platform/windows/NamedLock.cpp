@@ -1,3 +1,5 @@
+// Named locks: mutexes of the system.
+
 #include "platform/NamedLock.h"
 
 #ifndef NOMINMAX
@@ -6,6 +8,8 @@
 #include <windows.h>
 
 #include <sddl.h>
+
+#include <algorithm>
 
 namespace veltor::platform {
 namespace {
@@ -32,18 +36,22 @@ private:
     SECURITY_ATTRIBUTES m_attributes = {sizeof(SECURITY_ATTRIBUTES), nullptr, FALSE};
 };
 
-WaitResult wait(HANDLE mutex, DWORD timeoutMs) noexcept
+WaitResult wait(HANDLE mutex, DWORD timeoutMs, LockError& error) noexcept
 {
     if (!mutex) {
-        return WaitResult::Refused;
+        error = {ERROR_INVALID_HANDLE, {}};
+        return WaitResult::Failed;
     }
     switch (WaitForSingleObject(mutex, timeoutMs)) {
     case WAIT_OBJECT_0:
         return WaitResult::Acquired;
     case WAIT_ABANDONED:
         return WaitResult::Abandoned;
+    case WAIT_TIMEOUT:
+        return WaitResult::Busy;
     default:
-        return WaitResult::Refused;
+        error = {static_cast<int>(GetLastError()), {}};
+        return WaitResult::Failed;
     }
 }
 
@@ -52,8 +60,12 @@ WaitResult wait(HANDLE mutex, DWORD timeoutMs) noexcept
 bool NamedLock::open(const std::string& name) noexcept
 {
     close();
+    m_error = {};
     OpenToEveryone security;
     m_handle = CreateMutexA(security.attributes(), FALSE, name.c_str());
+    if (!m_handle) {
+        m_error.code = static_cast<int>(GetLastError());
+    }
     return isOpen();
 }
 
@@ -67,12 +79,13 @@ void NamedLock::close() noexcept
 
 WaitResult NamedLock::lock() noexcept
 {
-    return wait(m_handle, INFINITE);
+    return wait(m_handle, INFINITE, m_error);
 }
 
-WaitResult NamedLock::tryLock() noexcept
+WaitResult NamedLock::lockFor(std::chrono::milliseconds limit) noexcept
 {
-    return wait(m_handle, 0);
+    constexpr long long longest = INFINITE - 1LL; // seven weeks
+    return wait(m_handle, static_cast<DWORD>(std::clamp(limit.count() + 0LL, 0LL, longest)), m_error);
 }
 
 bool NamedLock::unlock() noexcept

@@ -1,7 +1,12 @@
+// The named mutex, a face of the platform's named lock.
+
 #include <veltor/utils/NamedMutex.h>
+
+#include <veltor/logging/Logger.h>
 
 #include "platform/NamedLock.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QThread>
 
 namespace veltor::utils {
@@ -9,6 +14,21 @@ namespace {
 
 constexpr unsigned YieldCount = 1000;
 constexpr unsigned long SleepMs = 13;
+
+NamedMutex::Result resultOf(platform::WaitResult result)
+{
+    switch (result) {
+    case platform::WaitResult::Acquired:
+        return NamedMutex::Result::Acquired;
+    case platform::WaitResult::Abandoned:
+        return NamedMutex::Result::Abandoned;
+    case platform::WaitResult::Busy:
+        return NamedMutex::Result::Busy;
+    case platform::WaitResult::Failed:
+        break;
+    }
+    return NamedMutex::Result::Failed;
+}
 
 } // namespace
 
@@ -26,7 +46,12 @@ bool NamedMutex::open(const std::string& name)
 
 bool NamedMutex::openImpl(const std::string& name)
 {
-    return m_holder->open(name);
+    const bool opened = m_holder->open(name);
+    if (!opened) {
+        logging::LoggerMessager(logging::LogLevel::Error, "NamedMutex.cpp", __LINE__, Q_FUNC_INFO)
+            .write(errorString());
+    }
+    return opened;
 }
 
 void NamedMutex::close()
@@ -44,14 +69,29 @@ bool NamedMutex::isClosed() const
     return !isOpened();
 }
 
+NamedMutex::Result NamedMutex::acquire()
+{
+    return resultOf(m_holder->lock());
+}
+
+NamedMutex::Result NamedMutex::tryAcquire(std::chrono::milliseconds limit)
+{
+    return resultOf(m_holder->lockFor(limit));
+}
+
 bool NamedMutex::lock()
 {
-    return m_holder->lock() == platform::WaitResult::Acquired;
+    return acquire() == Result::Acquired;
 }
 
 bool NamedMutex::tryLock()
 {
-    return m_holder->tryLock() == platform::WaitResult::Acquired;
+    return tryAcquire() == Result::Acquired;
+}
+
+bool NamedMutex::tryLockFor(std::chrono::milliseconds limit)
+{
+    return tryAcquire(limit) == Result::Acquired;
 }
 
 bool NamedMutex::unlock()
@@ -66,6 +106,19 @@ bool NamedMutex::enter()
         activeWait(steps);
     }
     return true;
+}
+
+QString NamedMutex::errorString() const
+{
+    const platform::LockError& error = m_holder->error();
+    if (error.code == 0) {
+        return {};
+    }
+    const QString reason =
+        error.code == platform::LockError::NoLock
+            ? QCoreApplication::translate("NamedMutex", "не файл мьютекса, открытый для записи всем")
+            : qt_error_string(error.code);
+    return error.place.empty() ? reason : QString::fromStdString(error.place) + QLatin1String(": ") + reason;
 }
 
 void NamedMutex::activeWait(unsigned& steps)

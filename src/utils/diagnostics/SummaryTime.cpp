@@ -1,3 +1,5 @@
+// The sums of operations' times, and their report.
+
 #include <veltor/utils/SummaryTime.h>
 
 #include <veltor/logging/Logger.h>
@@ -64,6 +66,17 @@ void SummaryTime::addTime(OperationId operation, unsigned long long durationNs)
     const std::unique_lock lock(m_lock);
     // Another thread may have come first; then this finds its record.
     m_records.try_emplace(operation, durationNs).first->second.add(durationNs);
+}
+
+std::vector<SummaryTime::Sum> SummaryTime::snapshot() const
+{
+    const std::shared_lock lock(m_lock);
+    std::vector<Sum> sums;
+    sums.reserve(m_records.size());
+    for (const auto& [operation, record] : m_records) {
+        sums.push_back({operation, record.total, record.count, record.minimum, record.maximum});
+    }
+    return sums;
 }
 
 void SummaryTime::clear()
