@@ -152,7 +152,7 @@ Q_NEVER_INLINE int fillStack(int depth) // NOLINT(misc-no-recursion)
     return depth < 0 ? 0 : fillStack(depth + 1) + frame[0];
 }
 
-[[noreturn]] void sleepForEver(int = 0)
+[[noreturn]] void sleepForEver(const platform::CrashState&)
 {
     for (;;) {
         std::this_thread::sleep_for(std::chrono::hours(1));
@@ -179,7 +179,7 @@ const Role crashes("crash", [](const QStringList& arguments) {
     } else if (how == u("by its stack")) {
         return fillStack(0);
     } else if (how == u("for ever")) {
-        platform::installCrashHandler(sleepForEver, 1);
+        platform::installCrashHandler(sleepForEver);
         writeToNowhere();
     } else {
         std::raise(how == u("in the report") ? SIGTERM : how.toInt());
