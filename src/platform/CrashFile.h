@@ -29,4 +29,7 @@ std::error_code setCrashFile(CrashFilePlan plan);
 /// the crash handler.
 void writeCrashFile(const CrashState& crash, RawText& words) noexcept;
 
+/// Whether that is an ordinary file of the user whom this process acts for; on Windows any ordinary file.
+bool isOwnFile(const std::filesystem::path& path) noexcept;
+
 } // namespace veltor::platform

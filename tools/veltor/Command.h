@@ -64,6 +64,7 @@ struct Command
     int (*run)(const QStringList& arguments);
 };
 
+int runCrash(const QStringList& arguments);
 int runDistance(const QStringList& arguments);
 int runJournal(const QStringList& arguments);
 int runMeasure(const QStringList& arguments);

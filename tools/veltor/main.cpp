@@ -17,6 +17,7 @@ namespace veltor::tool {
 namespace {
 
 constexpr std::array commands{
+    Command{"crash", "show the report that a crashed program left", &runCrash},
     Command{"distance", "measure between two positions by every formula", &runDistance},
     Command{"journal", "show, roll back, repair or discard a rollback journal", &runJournal},
     Command{"measure", "areas, perimeters and lengths of a GeoJSON file", &runMeasure},
