@@ -1,10 +1,9 @@
-// The crash handler: steps that each run once, whatever breaks in the one before.
+// The signals that end a process, and the limits that its last steps keep to.
 
 #include "platform/CrashSignals.h"
 
-#include "platform/CrashFile.h"
 #include "platform/CrashModules.h"
-#include "platform/CrashText.h"
+#include "platform/CrashSteps.h"
 #include "platform/HandlerStack.h"
 #include "platform/linux/InterruptedStack.h"
 
@@ -18,7 +17,6 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <ctime>
 #include <initializer_list>
 
@@ -30,28 +28,16 @@ constexpr int crashSignals[] = {SIGFPE, SIGABRT, SIGILL, SIGINT, SIGSEGV, SIGTER
 std::atomic<CrashReporter> crashReport{nullptr};
 std::atomic<pid_t> reportingThread{0};
 
-// Of the reporting thread alone.
-enum class Step : int
-{
-    Headline,
-    Stack,
-    Frames,
-    File,
-    Report,
-    Exit,
-    End
-};
-volatile int nextStep = 0;
-volatile bool reported = false;
-CrashState crash;
 ucontext_t* crashContext = nullptr;
 
 // ---- Standard error, as it was when the handler was installed
 
 struct stat errorStream = {};
 
-/// Not what some file of the host has become, opened under the number of a closed standard error.
-RawHandle errorHandle() noexcept
+} // namespace
+
+/// Not some file of the host, opened under the number of a closed standard error.
+RawHandle crashErrorHandle() noexcept
 {
     struct stat now = {};
     if (fstat(STDERR_FILENO, &now) != 0) {
@@ -61,6 +47,8 @@ RawHandle errorHandle() noexcept
     const bool appends = (fcntl(STDERR_FILENO, F_GETFL) & O_APPEND) != 0;
     return same || appends || !S_ISREG(now.st_mode) ? STDERR_FILENO : noHandle;
 }
+
+namespace {
 
 // ---- Timers of the kernel, aimed at one thread; by plain calls, as the C library's may allocate
 
@@ -92,13 +80,6 @@ bool isRunning(KernelTimer timer) noexcept
 KernelTimer limitTimer = 0;
 bool hasLimitTimer = false;
 
-[[noreturn]] void goOn() noexcept;
-
-void note(const char* text) noexcept
-{
-    RawText(errorHandle()).text("*** crash handler: ").text(text).text(", going on\n");
-}
-
 void timeUp(int) noexcept
 {
     if (gettid() != reportingThread) {
@@ -108,17 +89,8 @@ void timeUp(int) noexcept
     if (hasLimitTimer && isRunning(limitTimer)) {
         return; // came late: the step it was meant for has ended
     }
-    note("a step takes too long");
-    goOn();
-}
-
-void limit(unsigned seconds) noexcept
-{
-    if (hasLimitTimer) {
-        startTimer(limitTimer, static_cast<time_t>(seconds), 0);
-    } else {
-        alarm(seconds);
-    }
+    noteBrokenStep("takes too long");
+    goOnWithCrash(crashReport);
 }
 
 /// A step must find its end: a crash inside of it comes to handle(), whatever mask the signal came with, since
@@ -141,52 +113,9 @@ void boundSteps() noexcept
     hasLimitTimer = createTimer(SIGALRM, nullptr, limitTimer);
 }
 
-void run(Step step) noexcept
-{
-    constexpr unsigned rawLimit = 1;
-    constexpr unsigned reportLimit = 3;
-    constexpr unsigned exitLimit = 5;
-    constexpr unsigned shortExitLimit = 2; // what held the report up will hold up exit functions as well
-    limit(step == Step::Report ? reportLimit
-          : step == Step::Exit ? reported ? exitLimit : shortExitLimit
-                               : rawLimit);
-    RawText words(errorHandle());
-    switch (step) {
-    case Step::Headline:
-        writeHeadline(words, crash);
-        break;
-    case Step::Stack:
-        InterruptedStack(*crashContext).takeFrames(crash);
-        break;
-    case Step::Frames:
-        writeFrames(words, crash);
-        break;
-    case Step::File:
-        writeCrashFile(crash, words);
-        break;
-    case Step::Report:
-        crashReport.load()(crash);
-        reported = true;
-        break;
-    case Step::Exit:
-        std::exit(1);
-    case Step::End:
-        _exit(1);
-    }
-}
-
-/// The steps that have not begun. Also called on top of one that broke.
-void goOn() noexcept
-{
-    for (;;) {
-        const int step = nextStep;
-        nextStep = step + 1;
-        run(step < static_cast<int>(Step::End) ? static_cast<Step>(step) : Step::End);
-    }
-}
-
 void takeSignal(int number, const siginfo_t& info, ucontext_t& context) noexcept
 {
+    CrashState& crash = currentCrash();
     crash.signal = number;
     crash.code = info.si_code;
     if (info.si_code > 0 && (number == SIGSEGV || number == SIGFPE || number == SIGILL)) {
@@ -240,11 +169,11 @@ void handle(int number, siginfo_t* info, void* memory) noexcept
     if (reportingThread.compare_exchange_strong(reporting, self)) {
         takeSignal(number, *info, context);
         boundSteps();
-        goOn();
+        goOnWithCrash(crashReport);
     }
     if (reporting == self) {
-        note("a step crashed itself");
-        goOn();
+        noteBrokenStep("crashed itself");
+        goOnWithCrash(crashReport);
     }
     // Another thread reports. Requests to end are being granted already; a crash must not go on.
     if (number == SIGINT || number == SIGTERM) {
@@ -257,6 +186,25 @@ void handle(int number, siginfo_t* info, void* memory) noexcept
 }
 
 } // namespace
+
+void limitCrashStep(unsigned seconds) noexcept
+{
+    if (hasLimitTimer) {
+        startTimer(limitTimer, static_cast<time_t>(seconds), 0);
+    } else {
+        alarm(seconds);
+    }
+}
+
+void takeCrashFrames(CrashState& crash) noexcept
+{
+    InterruptedStack(*crashContext).takeFrames(crash);
+}
+
+void endCrashedProcess() noexcept
+{
+    _exit(1);
+}
 
 void installCrashHandler(CrashReporter report) noexcept
 {
