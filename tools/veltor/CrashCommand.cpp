@@ -1,96 +1,66 @@
 // veltor crash: shows a crash file with the names of its functions.
 
+#include "Arguments.h"
 #include "Command.h"
+#include "TerminalText.h"
+#include "Text.h"
 
 #include <veltor/utils/CrashReport.h>
 
 namespace veltor::tool {
 namespace {
 
-const char* const usage =
-    "Usage: veltor crash show FILE [--debug-dir DIR]...\n"
-    "\n"
-    "  show              tells what a crash file says, each frame with its function, source and\n"
-    "                    line where the files of its module still tell\n"
-    "  --debug-dir DIR   look for these files in DIR first: the program and its libraries as they\n"
-    "                    were, or separate debug information, by build id or by name; may be\n"
-    "                    given several times\n"
-    "\n"
-    "Exit status: 0 done, 1 the file cannot be read, 2 usage.\n";
-
-struct Request
+QString hex(quint64 number)
 {
-    QString file;
-    QStringList debugDirectories;
-};
-
-Request parse(QStringList words)
-{
-    const QString text = QString::fromUtf8(usage);
-    if (words.isEmpty() || words.takeFirst() != QLatin1String("show")) {
-        throw UsageError(text);
-    }
-    Request request;
-    bool options = true;
-    while (!words.isEmpty()) {
-        const QString word = words.takeFirst();
-        if (options && word == QLatin1String("--")) {
-            options = false;
-        } else if (options && word == QLatin1String("--debug-dir") && !words.isEmpty()) {
-            request.debugDirectories << words.takeFirst();
-        } else if (options && word.startsWith(QLatin1String("--debug-dir="))) {
-            request.debugDirectories << word.mid(word.indexOf(QLatin1Char('=')) + 1);
-        } else if ((options && word.startsWith(QLatin1Char('-'))) || !request.file.isEmpty()) {
-            throw UsageError(QStringLiteral("veltor crash: '%1' does not fit here\n\n").arg(word) + text);
-        } else {
-            request.file = word;
-        }
-    }
-    if (request.file.isEmpty()) {
-        throw UsageError(text);
-    }
-    return request;
+    return QLatin1String("0x") + QString::number(number, 16);
 }
 
-QString head(const utils::CrashReport& report)
+/// One line of the head; what stands in a report is somebody else's text.
+void printFact(const QString& name, const QStringList& words)
 {
-    const QString thread = report.threadName.isEmpty()
-                               ? QString::number(report.thread)
-                               : QStringLiteral("%1 \"%2\"").arg(report.thread).arg(report.threadName);
-    return QStringLiteral("program  %1 %2 (veltor-utils %3)\n"
-                          "time     %4\n"
-                          "signal   %5 (%6), code %7, address 0x%8\n"
-                          "process  %9, ")
-               .arg(report.application, report.version, report.library, report.time.toString(Qt::ISODate))
-               .arg(report.signal)
-               .arg(report.signalName)
-               .arg(report.code)
-               .arg(report.address, 0, 16)
-               .arg(report.process) +
-           QStringLiteral("thread %1\n\n").arg(thread);
+    print(name.leftJustified(11) + shownLine(words.join(QLatin1Char(' '))) + QLatin1Char('\n'));
+}
+
+void printHead(const utils::CrashReport& report)
+{
+    printFact(Text::tr("Программа"), {report.application, report.version});
+    printFact(Text::tr("Библиотека"), {report.library});
+    printFact(Text::tr("Время"), {report.time.toString(Qt::ISODate)});
+    printFact(Text::tr("Сигнал"), {QString::number(report.signal), report.signalName,
+                                   Text::tr("код %1, адрес %2").arg(report.code).arg(hex(report.address))});
+    printFact(Text::tr("Процесс"), {QString::number(report.process)});
+    printFact(Text::tr("Поток"), {QString::number(report.thread), report.threadName});
 }
 
 } // namespace
 
-int runCrash(const QStringList& arguments)
+int runCrash(const QStringList& words)
 {
-    if (arguments.contains(QLatin1String("--help")) || arguments.contains(QLatin1String("-h"))) {
-        print(QString::fromUtf8(usage));
+    Arguments arguments(QStringLiteral("crash"), {Text::tr("show ФАЙЛ [--debug-dir КАТАЛОГ]")},
+                        Text::tr("Показывает файл отчёта о сбое: для каждого кадра стека функцию, исходный файл и "
+                                 "строку, если файлы его модуля ещё доступны."));
+    arguments.addOption("debug-dir", Text::tr("КАТАЛОГ"),
+                        Text::tr("сначала искать здесь прежние файлы программы и её библиотек или отдельную "
+                                 "отладочную информацию, по идентификатору сборки или по имени"));
+    if (!arguments.parse(words)) {
         return Done;
     }
-    const Request request = parse(arguments);
+    arguments.expectWords(2, 2);
+    if (arguments.words()[0] != QLatin1String("show")) {
+        throw UsageError(Text::tr("неизвестное действие: %1").arg(shownName(arguments.words()[0])));
+    }
     QString error;
-    const auto report = utils::readCrashReport(request.file, &error);
+    const auto report = utils::readCrashReport(arguments.words()[1], &error);
     if (!report) {
-        printError(QStringLiteral("veltor: ") + error);
-        return Failed;
+        throw std::runtime_error(shownLine(error).toStdString());
     }
-    QString text = head(*report);
-    const QStringList lines = utils::resolveCrash(*report, request.debugDirectories);
+    const QStringList directories =
+        arguments.isSet("debug-dir") ? QStringList{arguments.value("debug-dir")} : QStringList();
+    printHead(*report);
+    const QStringList lines = utils::resolveCrash(*report, directories);
     for (int i = 0; i < lines.size(); ++i) {
-        text += QStringLiteral("#%1 %2\n").arg(i, -2).arg(lines[i]);
+        print(QStringLiteral("#%1 ").arg(i, -2) + shownLine(lines[i]) + QLatin1Char('\n'));
     }
-    print(text);
     return Done;
 }
 
