@@ -247,7 +247,7 @@ const Role crashes("crash", [](const QStringList& arguments) {
         }
     });
     Tracer::registerSignalHandler();
-    if (!utils::setCrashReportFile(arguments[1] + u("/crash-%t-%p"))) {
+    if (!utils::setCrashReportFile(arguments[1] + u("/") + arguments.value(2, u("crash-%t-%p")))) {
         return 3;
     }
     std::atexit([] { std::fputs("exit functions ran\n", stderr); });
@@ -321,6 +321,99 @@ TEST(Crash, AlwaysLeavesAReport)
             return;
         }
     }
+}
+
+// ---- The files
+
+/// Crashes once more, with that template in the folder.
+Outcome crashInto(const Folder& folder, const char* nameTemplate, const char* how = "write")
+{
+    return play("crash", {u(how), folder.path(), u(nameTemplate)});
+}
+
+TEST(CrashFile, TheNewestIsFoundAndWhatElseLiesThereIsLeftAlone)
+{
+    quietenSanitizers();
+    const Folder folder;
+    const LogCapture log;
+    const QString nameTemplate = folder.path("100%%-%p");
+    ASSERT_TRUE(utils::setCrashReportFile(nameTemplate));
+    EXPECT_TRUE(QDir(folder.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+    QString error = u("former");
+    EXPECT_FALSE(utils::lastCrash(&error));
+    EXPECT_EQ(error, QString());
+
+    folder.write("100%-x", "no number");
+    folder.write("100%%-7", "another name");
+    ASSERT_EQ(crashInto(folder, "100%%-%p", "abort").status, 1);
+    const auto first = utils::lastCrash(&error);
+    ASSERT_TRUE(first) << qPrintable(error);
+    EXPECT_EQ(first->signal, SIGABRT);
+    EXPECT_EQ(first->application, u("tst_crash"));
+    EXPECT_EQ(first->time.secsTo(QDateTime::currentDateTimeUtc()) / 3600, 0);
+
+    const QString damaged = folder.write("100%-1", "{\"crash\":1,");
+    EXPECT_FALSE(utils::lastCrash(&error));
+    EXPECT_TRUE(error.contains(damaged)) << qPrintable(error);
+    ASSERT_TRUE(QFile::remove(damaged));
+    ASSERT_TRUE(QFile::link(first->file, folder.path("100%-2")));
+    EXPECT_EQ(utils::lastCrash()->file, first->file);
+
+    ASSERT_TRUE(utils::setCrashReportFile(QString()));
+    EXPECT_FALSE(utils::lastCrash());
+}
+
+TEST(CrashFile, NeverWritesToWhatIsThere)
+{
+    quietenSanitizers();
+    const Folder folder;
+    const QString victim = folder.write("victim", "precious");
+    ASSERT_TRUE(QFile::link(victim, folder.path("name")));
+    for (const char* name : {"name.1", "name.2"}) {
+        EXPECT_EQ(crashInto(folder, "name").status, 1);
+        EXPECT_TRUE(utils::readCrashReport(folder.path(name))) << name;
+    }
+    QFile file(victim);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), "precious");
+}
+
+TEST(CrashFile, TemplatesThatDoNotFitAreRefused)
+{
+    const Folder folder;
+    for (const char* path : {"%", "name%d", "nowhere/name", "victim/name", "sub/"}) {
+        LogCapture log;
+        folder.write("victim", "a file");
+        EXPECT_FALSE(utils::setCrashReportFile(folder.path(path))) << path;
+        const QStringList texts = log.takeTexts(logging::LogLevel::Error);
+        ASSERT_EQ(texts.size(), 1) << path;
+        EXPECT_TRUE(texts[0].contains(folder.path())) << qPrintable(texts[0]);
+    }
+}
+
+TEST(CrashFile, BytesThatAreNoReportAreRefused)
+{
+    const Folder folder;
+    const QByteArray whole = R"({"crash":1,"time":"2026-01-02T03:04:05Z","signal":11,"code":1,"process":2,"thread":3,"frames":[)"
+                             R"({"address":"0x1234","module":"/m","offset":"0x234","loadAddress":"0x1000",)"
+                             R"("buildId":"ab01"}]})";
+    const auto read = [&](const QByteArray& bytes) { return utils::readCrashReport(folder.write("f", bytes)); };
+    const auto report = read(whole);
+    ASSERT_TRUE(report);
+    EXPECT_EQ(report->frames[0].buildId, QByteArray("\xab\x01"));
+    EXPECT_EQ(utils::resolveCrash(*report), QStringList(u("[0x234]: /m")));
+    const std::pair<const char*, const char*> changes[] = {
+        {"\"crash\":1", "\"crash\":2"}, {":11", ":-1"},         {":11", ":1e99"},    {":11", ":11.5"},
+        {"2026-01", "2026-13"},         {"0x1234", "1234"},     {"0x1234", "0xg"}, {"0x234", "0x235"},
+        {"ab01", "ab0"},                {"\"frames\":[", "\"f\":["}, {"\"address\"", "\"a\""},
+    };
+    for (const auto& [from, to] : changes) {
+        EXPECT_FALSE(read(QByteArray(whole).replace(from, to))) << from << " " << to;
+    }
+    for (int size = 0; size < whole.size(); ++size) {
+        EXPECT_FALSE(read(whole.left(size))) << size;
+    }
+    EXPECT_FALSE(utils::readCrashReport(folder.path()));
 }
 
 } // namespace

@@ -19,6 +19,7 @@
 #include <csignal>
 #include <ctime>
 #include <initializer_list>
+#include <mutex>
 
 namespace veltor::platform {
 namespace {
@@ -94,7 +95,7 @@ void timeUp(int) noexcept
 }
 
 /// A step must find its end: a crash inside of it comes to handle(), whatever mask the signal came with, since
-/// the kernel kills where they are blocked; and a wait is limited. That nobody reads standard error ends nothing.
+/// the kernel kills where they are blocked; and a wait is limited. A write that is refused ends nothing.
 void boundSteps() noexcept
 {
     struct sigaction action = {};
@@ -104,6 +105,7 @@ void boundSteps() noexcept
     sigset_t set;
     sigemptyset(&set);
     sigaddset(&set, SIGPIPE);
+    sigaddset(&set, SIGXFSZ);
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
     sigemptyset(&set);
     for (const int number : {SIGFPE, SIGABRT, SIGILL, SIGSEGV, SIGALRM}) {
@@ -208,6 +210,8 @@ void endCrashedProcess() noexcept
 
 void installCrashHandler(CrashReporter report) noexcept
 {
+    static std::mutex lock; // guards what is prepared here, against other calls
+    const std::lock_guard guard(lock);
     crashReport = report;
     if (fstat(STDERR_FILENO, &errorStream) != 0) {
         errorStream = {};
