@@ -6,6 +6,7 @@
 #include "platform/CrashText.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,7 +20,7 @@ namespace veltor::platform {
 namespace {
 
 constexpr int maxNames = 100;
-constexpr off_t reservedBytes = 64 * 1024;
+constexpr rlim_t reservedBytes = 64 * 1024;
 
 std::error_code lastError() noexcept
 {
@@ -50,7 +51,10 @@ int openNameless(const std::string& directory) noexcept
     if (file < 0) {
         return -1;
     }
-    fallocate(file, FALLOC_FL_KEEP_SIZE, 0, reservedBytes); // where it fails there is room now, at least
+    rlimit sizes = {};
+    if (getrlimit(RLIMIT_FSIZE, &sizes) == 0 && sizes.rlim_cur >= reservedBytes) { // above it a signal kills
+        fallocate(file, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(reservedBytes));
+    }
     // Not in the place of a closed standard stream.
     const int high = fcntl(file, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     close(file);
