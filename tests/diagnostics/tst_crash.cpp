@@ -104,6 +104,7 @@ struct Overflow : concurrent::Task
     }
 }
 
+#ifndef Q_OS_WIN
 /// Gives the last block of the heap a wrong size: the next large allocation aborts with the heap's lock held.
 Q_NEVER_INLINE void damageHeap()
 {
@@ -121,7 +122,6 @@ void damageHeapBesideAnotherThread()
     damageHeap();
 }
 
-#ifndef Q_OS_WIN
 /// Another thread asks this one to end, while it does nothing but allocate.
 void allocateUntilAskedToEnd()
 {
