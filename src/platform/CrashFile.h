@@ -19,9 +19,9 @@ struct CrashFilePlan
 };
 
 /// Crashes from now on go to a new file of that plan; none when its name is empty. Fails, with the former
-/// plan in force, where no file can be made in the directory. On Linux a file without a name is opened here, with
-/// room for a report, which is named when it is complete: neither a full disk nor a lack of descriptors is in its
-/// way, and a process that does not crash leaves nothing. Thread-safe.
+/// plan in force, where no file can be made in the directory. On Linux a file without a name is opened here,
+/// with room for a report, which is named when it is complete: neither a full disk nor a lack of descriptors
+/// is in its way, and a process that does not crash leaves nothing. Thread-safe.
 std::error_code setCrashFile(CrashFilePlan plan);
 
 /// Writes @p crash to a new file that only its owner may read, and a line with its name, or with why there is

@@ -9,7 +9,7 @@ struct CrashModule
 {
     static constexpr int maxBuildId = 32;
 
-    const char* path = "";        ///< in UTF-8 on Windows; lives as long as the object and the module
+    const char* path = "";         ///< in UTF-8 on Windows; lives as long as the object and the module
     std::uint64_t loadAddress = 0; ///< what was added to the addresses in the file
     std::uint64_t offset = 0;      ///< address - loadAddress
     int buildIdSize = 0;

@@ -29,12 +29,11 @@ CrashState crash;
 unsigned limitOf(Step step) noexcept
 {
     constexpr unsigned raw = 1;
-    constexpr unsigned report = 3;
     constexpr unsigned exit = 5;
     constexpr unsigned shortExit = 2; // what held the report up will hold up exit functions as well
     switch (step) {
     case Step::Report:
-        return report;
+        return crashReportSeconds;
     case Step::Exit:
         return reported ? exit : shortExit;
     default:

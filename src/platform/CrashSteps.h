@@ -20,6 +20,8 @@ void noteBrokenStep(const char* what) noexcept;
 
 // Each system's own.
 
+/// How long the full report may take.
+extern const unsigned crashReportSeconds;
 /// Standard error, unless it has become something else.
 RawHandle crashErrorHandle() noexcept;
 /// The step that begins now may take so long.

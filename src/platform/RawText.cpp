@@ -15,7 +15,8 @@ int sequenceLength(const unsigned char* at) noexcept
         unsigned char mask, lead;
         std::uint32_t least;
     };
-    constexpr Form forms[] = {{0x80, 0x00, 0}, {0xE0, 0xC0, 0x80}, {0xF0, 0xE0, 0x800}, {0xF8, 0xF0, 0x10000}};
+    constexpr Form forms[] = {
+        {0x80, 0x00, 0}, {0xE0, 0xC0, 0x80}, {0xF0, 0xE0, 0x800}, {0xF8, 0xF0, 0x10000}};
     for (int tail = 0; tail < 4; ++tail) {
         const Form form = forms[tail];
         if ((at[0] & form.mask) != form.lead) {

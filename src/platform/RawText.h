@@ -9,11 +9,12 @@ namespace veltor::platform {
 using RawHandle = std::intptr_t;
 constexpr RawHandle noHandle = -1;
 
-/// Writes all bytes, in pieces if the system wants it so; false when it refused. A signal handler may call it.
+/// Writes all bytes, in pieces if the system wants it so; false when it refused. A signal handler may call
+/// it.
 bool writeRaw(RawHandle handle, const char* bytes, std::size_t size) noexcept;
 
-/// Text on its way to a handle, collected in a buffer of its own: no allocation, no lock, no locale, so that a
-/// signal handler may use it. After a refused write the rest is dropped.
+/// Text on its way to a handle, collected in a buffer of its own: no allocation, no lock, no locale, so that
+/// a signal handler may use it. After a refused write the rest is dropped.
 class RawText
 {
 public:

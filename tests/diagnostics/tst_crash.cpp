@@ -170,7 +170,8 @@ const Scenario scenarios[] = {
     {"thread", [] { std::thread(writeToNowhere).join(); }, SIGSEGV, Both, "writeToNowhere"},
     {"call 0", [] { callAddress(0); }, SIGSEGV, Both, "callAddress"},
     {"call small", [] { callAddress(0x10); }, SIGSEGV, Both, "callAddress"},
-    {"call data", [] { callAddress(reinterpret_cast<std::uintptr_t>(&afterCall)); }, SIGSEGV, Both, "callAddress"},
+    {"call data", [] { callAddress(reinterpret_cast<std::uintptr_t>(&afterCall)); }, SIGSEGV, Both,
+     "callAddress"},
     {"call stack",
      [] {
          char local = 0;
@@ -213,7 +214,12 @@ const Scenario scenarios[] = {
     {"damaged heap", damageHeap, SIGABRT, Words, "damageHeap", false},
     {"damaged heap, two threads", damageHeapBesideAnotherThread, SIGABRT, Words, "damageHeap", false},
     {"asked while it allocates", allocateUntilAskedToEnd, SIGTERM, Both, "allocateUntilAskedToEnd", false},
-    {"closed", [] { close(STDERR_FILENO); writeToNowhere(); }, SIGSEGV, Words | Unseen, "writeToNowhere"},
+    {"closed",
+     [] {
+         close(STDERR_FILENO);
+         writeToNowhere();
+     },
+     SIGSEGV, Words | Unseen, "writeToNowhere"},
     {"full", [] { crashWithStandardErrorAs(open("/dev/full", O_WRONLY)); }, SIGSEGV, Words | Unseen,
      "writeToNowhere"},
     {"nobody reads",
@@ -277,8 +283,8 @@ void expectLeaves(const Scenario& scenario, const Outcome& outcome, const QStrin
     EXPECT_EQ(outcome.status, 1);
     const std::string number = std::to_string(scenario.signal);
     if (!(scenario.expected & Unseen)) {
-        EXPECT_THAT(outcome.errors, AllOf(HasSubstr("*** crash: signal " + number + " ("), HasSubstr("\n#0 0x"),
-                                          HasSubstr("crash file: ")));
+        EXPECT_THAT(outcome.errors, AllOf(HasSubstr("*** crash: signal " + number + " ("),
+                                          HasSubstr("\n#0 0x"), HasSubstr("crash file: ")));
         EXPECT_LT(outcome.errors.find("crash file: "), outcome.errors.find("ALLOCATED"));
         EXPECT_EQ(u(outcome.errors.c_str()).count(u("*** crash: ")), 1);
     }
@@ -394,18 +400,29 @@ TEST(CrashFile, TemplatesThatDoNotFitAreRefused)
 TEST(CrashFile, BytesThatAreNoReportAreRefused)
 {
     const Folder folder;
-    const QByteArray whole = R"({"crash":1,"time":"2026-01-02T03:04:05Z","signal":11,"code":1,"process":2,"thread":3,"frames":[)"
-                             R"({"address":"0x1234","module":"/m","offset":"0x234","loadAddress":"0x1000",)"
-                             R"("buildId":"ab01"}]})";
-    const auto read = [&](const QByteArray& bytes) { return utils::readCrashReport(folder.write("f", bytes)); };
+    const QByteArray whole =
+        R"({"crash":1,"time":"2026-01-02T03:04:05Z","signal":11,"code":1,"process":2,"thread":3,"frames":[)"
+        R"({"address":"0x1234","module":"/m","offset":"0x234","loadAddress":"0x1000",)"
+        R"("buildId":"ab01"}]})";
+    const auto read = [&](const QByteArray& bytes) {
+        return utils::readCrashReport(folder.write("f", bytes));
+    };
     const auto report = read(whole);
     ASSERT_TRUE(report);
     EXPECT_EQ(report->frames[0].buildId, QByteArray("\xab\x01"));
     EXPECT_EQ(utils::resolveCrash(*report), QStringList(u("[0x234]: /m")));
     const std::pair<const char*, const char*> changes[] = {
-        {"\"crash\":1", "\"crash\":2"}, {":11", ":-1"},         {":11", ":1e99"},    {":11", ":11.5"},
-        {"2026-01", "2026-13"},         {"0x1234", "1234"},     {"0x1234", "0xg"}, {"0x234", "0x235"},
-        {"ab01", "ab0"},                {"\"frames\":[", "\"f\":["}, {"\"address\"", "\"a\""},
+        {"\"crash\":1", "\"crash\":2"},
+        {":11", ":-1"},
+        {":11", ":1e99"},
+        {":11", ":11.5"},
+        {"2026-01", "2026-13"},
+        {"0x1234", "1234"},
+        {"0x1234", "0xg"},
+        {"0x234", "0x235"},
+        {"ab01", "ab0"},
+        {"\"frames\":[", "\"f\":["},
+        {"\"address\"", "\"a\""},
     };
     for (const auto& [from, to] : changes) {
         EXPECT_FALSE(read(QByteArray(whole).replace(from, to))) << from << " " << to;

@@ -16,8 +16,9 @@ QString hex(quint64 number)
 }
 
 /// One line of the head; what stands in a report is somebody else's text.
-void printFact(const QString& name, const QStringList& words)
+void printFact(const QString& name, QStringList words)
 {
+    words.removeAll(QString());
     print(name.leftJustified(11) + shownLine(words.join(QLatin1Char(' '))) + QLatin1Char('\n'));
 }
 
@@ -36,9 +37,10 @@ void printHead(const utils::CrashReport& report)
 
 int runCrash(const QStringList& words)
 {
-    Arguments arguments(QStringLiteral("crash"), {Text::tr("show ФАЙЛ [--debug-dir КАТАЛОГ]")},
-                        Text::tr("Показывает файл отчёта о сбое: для каждого кадра стека функцию, исходный файл и "
-                                 "строку, если файлы его модуля ещё доступны."));
+    Arguments arguments(
+        QStringLiteral("crash"), {Text::tr("show ФАЙЛ [--debug-dir КАТАЛОГ]")},
+        Text::tr("Показывает файл отчёта о сбое: для каждого кадра стека функцию, исходный файл и "
+                 "строку, если файлы его модуля ещё доступны."));
     arguments.addOption("debug-dir", Text::tr("КАТАЛОГ"),
                         Text::tr("сначала искать здесь прежние файлы программы и её библиотек или отдельную "
                                  "отладочную информацию, по идентификатору сборки или по имени"));

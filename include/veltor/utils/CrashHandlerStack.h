@@ -6,10 +6,10 @@
 
 namespace veltor::utils {
 
-/// Gives the calling thread a stack of its own for the crash handler, so that an overflow of the thread's stack
-/// is reported as well; without, the system ends the process without a word. Lives on the stack of the thread's
-/// outermost function. The library's own threads, and those that have called Tracer::registerSignalHandler(),
-/// need none.
+/// Gives the calling thread a stack of its own for the crash handler, so that an overflow of the thread's
+/// stack is reported as well; without, the system ends the process without a word. Lives on the stack of the
+/// thread's outermost function. The library's own threads, and those that have called
+/// Tracer::registerSignalHandler(), need none.
 ///
 /// On Linux 1 MiB of address space with a guard page, of which only touched pages take memory; a stack for
 /// signals that the thread had before is put back at the end. On Windows 128 KiB of the thread's own stack

@@ -41,23 +41,24 @@ struct CrashReport
     QVector<CrashFrame> frames; ///< innermost first, at most 64
 };
 
-/// From now on each crash of this process that Tracer::registerSignalHandler() watches for is also written to a
-/// file of its own, as one JSON object, before anything is done that the crash may have broken. Only its owner
-/// may read it. A file that is there already is never touched: ".1" to ".99" are added to the name.
+/// From now on each crash of this process that Tracer::registerSignalHandler() watches for is also written to
+/// a file of its own, as one JSON object, before anything is done that the crash may have broken. Only its
+/// owner may read it. A file that is there already is never touched: ".1" to ".99" are added to the name.
 /// @param pathTemplate  its directory, which must exist, and its name, in which "%p" stands for the process's
 ///     number, "%t" for the time of the crash in UTC ("20261121T183000Z") and "%%" for a percent sign; empty
 ///     writes no files any more
-/// @return false, with a line in the log and the former template in force, where the template does not fit or no
+/// @return false, with a line in the log and the former template in force, where the template does not fit or
+/// no
 ///     file can be made in the directory
 ///
-/// On Linux room for the file is reserved here, where the file system has files without names: then a full disk
-/// costs no report, and a process that does not crash leaves nothing. A process forked off makes its own file
-/// at its crash. Thread-safe.
+/// On Linux room for the file is reserved here, where the file system has files without names: then a full
+/// disk costs no report, and a process that does not crash leaves nothing. A process forked off makes its own
+/// file at its crash. Thread-safe.
 VELTOR_UTILS_EXPORT bool setCrashReportFile(const QString& pathTemplate);
 
-/// The newest file, by its time of change, that the template of setCrashReportFile() may have named: at the start of
-/// a program, what ended it the last time. Links and others' files are passed over. The file stays: remove it
-/// when it was dealt with.
+/// The newest file, by its time of change, that the template of setCrashReportFile() may have named: at the
+/// start of a program, what ended it the last time. Links and others' files are passed over. The file stays:
+/// remove it when it was dealt with.
 /// @param error  gets why the newest one cannot be read; emptied when there is none
 /// @return none when there is no such file, no template, or an error
 ///
@@ -70,13 +71,15 @@ VELTOR_UTILS_EXPORT std::optional<CrashReport> lastCrash(QString* error = nullpt
 /// Reentrant.
 VELTOR_UTILS_EXPORT std::optional<CrashReport> readCrashReport(const QString& path, QString* error = nullptr);
 
-/// One line per frame with its function and place in the source, as far as files with the frame's build id tell:
-/// "function (source.cpp:12): module". Where none is found: "[0x1234]: module", with the address in the module.
-/// Callers are looked up at their call, not at the instruction behind it.
-/// @param debugDirectories  are searched for the modules' files and for separate debug information, by build id
+/// One line per frame with its function and place in the source, as far as files with the frame's build id
+/// tell: "function (source.cpp:12): module". Where none is found: "[0x1234]: module", with the address in the
+/// module. Callers are looked up at their call, not at the instruction behind it.
+/// @param debugDirectories  are searched for the modules' files and for separate debug information, by build
+/// id
 ///     (".build-id/ab/cdef.debug") and by name; the modules' own places and the system's come after them
 ///
 /// Reads the files that the report names, so not for a report from a stranger. Thread-safe.
-VELTOR_UTILS_EXPORT QStringList resolveCrash(const CrashReport& report, const QStringList& debugDirectories = {});
+VELTOR_UTILS_EXPORT QStringList resolveCrash(const CrashReport& report,
+                                             const QStringList& debugDirectories = {});
 
 } // namespace veltor::utils

@@ -78,8 +78,8 @@ bool canCreate(const std::string& directory) noexcept
     return unlink(probe.c_str()) == 0;
 }
 
-/// Still the file that was opened, unnamed, and not what a host that closed all descriptors has put there, nor
-/// shared with the process that was forked off.
+/// Still the file that was opened, unnamed, and not what a host that closed all descriptors has put there,
+/// nor shared with the process that was forked off.
 bool isUsable(const Prepared& prepared) noexcept
 {
     struct stat status = {};

@@ -37,6 +37,8 @@ struct stat errorStream = {};
 
 } // namespace
 
+const unsigned crashReportSeconds = 4;
+
 /// Not some file of the host, opened under the number of a closed standard error.
 RawHandle crashErrorHandle() noexcept
 {
@@ -94,8 +96,9 @@ void timeUp(int) noexcept
     goOnWithCrash(crashReport);
 }
 
-/// A step must find its end: a crash inside of it comes to handle(), whatever mask the signal came with, since
-/// the kernel kills where they are blocked; and a wait is limited. A write that is refused ends nothing.
+/// A step must find its end: a crash inside of it comes to handle(), whatever mask the signal came with,
+/// since the kernel kills where they are blocked; and a wait is limited. A write that is refused ends
+/// nothing.
 void boundSteps() noexcept
 {
     struct sigaction action = {};
@@ -147,7 +150,8 @@ bool defer(int number, const siginfo_t& info, ucontext_t& context) noexcept
     if (info.si_code == SI_TIMER && info.si_value.sival_ptr == &deferralTag) {
         syscall(SYS_timer_delete, info.si_timerid);
     }
-    const bool request = number == SIGINT || number == SIGTERM || info.si_code == SI_USER || info.si_code == SI_TIMER;
+    const bool request =
+        number == SIGINT || number == SIGTERM || info.si_code == SI_USER || info.si_code == SI_TIMER;
     KernelTimer timer = 0;
     if (!request || deferrals >= maxDeferrals || !InterruptedStack(context).isAllocating() ||
         !createTimer(number, &deferralTag, timer)) {

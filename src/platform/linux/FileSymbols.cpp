@@ -60,7 +60,8 @@ fs::path pathOfBuildId(const BuildId& id)
     for (const unsigned char byte : id) {
         text += {digits[byte >> 4], digits[byte & 0xF]};
     }
-    return text.size() > 2 ? fs::path(".build-id") / text.substr(0, 2) / (text.substr(2) + ".debug") : fs::path();
+    return text.size() > 2 ? fs::path(".build-id") / text.substr(0, 2) / (text.substr(2) + ".debug")
+                           : fs::path();
 }
 
 /// A file that serves as the module: itself, a copy elsewhere, or its separate debug information, which has
@@ -95,8 +96,7 @@ ForeignLocation look(Dwfl_Module* module, std::uint64_t address)
         location.symbol = readableName(name);
     }
     if (Dwfl_Line* const line = dwfl_module_getsrc(module, address)) {
-        if (const char* source =
-                dwfl_lineinfo(line, nullptr, &location.line, nullptr, nullptr, nullptr)) {
+        if (const char* source = dwfl_lineinfo(line, nullptr, &location.line, nullptr, nullptr, nullptr)) {
             location.source = source;
         }
     }

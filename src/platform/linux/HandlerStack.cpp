@@ -32,7 +32,8 @@ HandlerStack::HandlerStack() noexcept
     stack_t stack{};
     stack.ss_sp = static_cast<char*>(memory) + guardSize();
     stack.ss_size = stackSize;
-    m_active = mprotect(stack.ss_sp, stackSize, PROT_READ | PROT_WRITE) == 0 && sigaltstack(&stack, &former) == 0;
+    m_active =
+        mprotect(stack.ss_sp, stackSize, PROT_READ | PROT_WRITE) == 0 && sigaltstack(&stack, &former) == 0;
     if (m_active && (former.ss_flags & SS_DISABLE) == 0) {
         m_formerStack = former.ss_sp;
         m_formerSize = former.ss_size;

@@ -35,8 +35,8 @@ char shownPath[3 * maxPath + 1];
 
 HANDLE createNew(const wchar_t* name, DWORD flags) noexcept
 {
-    return CreateFileW(name, GENERIC_WRITE | (flags & FILE_FLAG_DELETE_ON_CLOSE ? DELETE : 0), 0, nullptr, CREATE_NEW,
-                       FILE_ATTRIBUTE_NORMAL | flags, nullptr);
+    return CreateFileW(name, GENERIC_WRITE | (flags & FILE_FLAG_DELETE_ON_CLOSE ? DELETE : 0), 0, nullptr,
+                       CREATE_NEW, FILE_ATTRIBUTE_NORMAL | flags, nullptr);
 }
 
 HANDLE createUnderNewName(const CrashFilePlan& plan, const CrashState& crash) noexcept
@@ -116,7 +116,11 @@ void writeCrashFile(const CrashState& crash, RawText& words) noexcept
     if (written) {
         words.text("crash file: ").text(shown()).text("\n");
     } else {
-        words.text("no crash file ").text(shown()).text(": error ").decimal(static_cast<long long>(reason)).text("\n");
+        words.text("no crash file ")
+            .text(shown())
+            .text(": error ")
+            .decimal(static_cast<long long>(reason))
+            .text("\n");
     }
 }
 

@@ -16,8 +16,8 @@ void prepareCrashModules() noexcept {}
 bool findCrashModule(std::uintptr_t address, CrashModule& module) noexcept
 {
     MEMORY_BASIC_INFORMATION region;
-    if (VirtualQuery(reinterpret_cast<void*>(address), &region, sizeof region) == 0 || region.State != MEM_COMMIT ||
-        region.Type != MEM_IMAGE) {
+    if (VirtualQuery(reinterpret_cast<void*>(address), &region, sizeof region) == 0 ||
+        region.State != MEM_COMMIT || region.Type != MEM_IMAGE) {
         return false;
     }
     constexpr DWORD maxName = 512;

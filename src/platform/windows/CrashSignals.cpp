@@ -1,4 +1,5 @@
-// The C runtime's signals and the exceptions that no thread handles, and a thread that watches over the limits.
+// The C runtime's signals and the exceptions that no thread handles, and a thread that watches over the
+// limits.
 
 #include "platform/CrashSignals.h"
 
@@ -25,8 +26,8 @@ const CONTEXT* crashContext = nullptr; // of the reporting thread; none when a s
 HANDLE stepBegins = nullptr; // an event
 std::atomic<DWORD> stepLimitMs{INFINITE};
 
-/// Nothing can interrupt the reporting thread and let it go on: where it hangs, it is stopped, what is left of the
-/// raw steps is taken here, and the process ends.
+/// Nothing can interrupt the reporting thread and let it go on: where it hangs, it is stopped, what is left
+/// of the raw steps is taken here, and the process ends.
 DWORD WINAPI watchSteps(void*)
 {
     for (DWORD wait = INFINITE;; wait = stepLimitMs) {
@@ -138,8 +139,9 @@ LONG WINAPI filter(EXCEPTION_POINTERS* exception)
 {
     const EXCEPTION_RECORD& record = *exception->ExceptionRecord;
     if (const int number = signalOf(record.ExceptionCode)) {
-        const bool hasAddress = record.NumberParameters >= 2 && (record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION ||
-                                                                 record.ExceptionCode == EXCEPTION_IN_PAGE_ERROR);
+        const bool hasAddress =
+            record.NumberParameters >= 2 && (record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION ||
+                                             record.ExceptionCode == EXCEPTION_IN_PAGE_ERROR);
         report(number, record.ExceptionCode,
                hasAddress ? record.ExceptionInformation[1]
                           : reinterpret_cast<std::uintptr_t>(record.ExceptionAddress),
@@ -150,6 +152,8 @@ LONG WINAPI filter(EXCEPTION_POINTERS* exception)
 }
 
 } // namespace
+
+const unsigned crashReportSeconds = 20; // DbgHelp reads the symbols of every module first
 
 RawHandle crashErrorHandle() noexcept
 {

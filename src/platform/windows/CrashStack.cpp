@@ -41,7 +41,8 @@ bool readWords(Word address, Word* words, int count) noexcept
 {
     SIZE_T done = 0;
     const SIZE_T size = static_cast<SIZE_T>(count) * sizeof(Word);
-    return ReadProcessMemory(GetCurrentProcess(), reinterpret_cast<const void*>(address), words, size, &done) &&
+    return ReadProcessMemory(GetCurrentProcess(), reinterpret_cast<const void*>(address), words, size,
+                             &done) &&
            done == size;
 }
 
@@ -90,8 +91,8 @@ void followStack(const CONTEXT& context, CrashState& crash) noexcept
 {
     static CrashModule module; // too large for a stack that may be nearly full
     Word caller = 0;
-    if (!addFrame(context.Eip, crash) ||
-        (!findCrashModule(context.Eip, module) && readWords(context.Esp, &caller, 1) && !addFrame(caller, crash))) {
+    if (!addFrame(context.Eip, crash) || (!findCrashModule(context.Eip, module) &&
+                                          readWords(context.Esp, &caller, 1) && !addFrame(caller, crash))) {
         return;
     }
     Word frame = context.Ebp;

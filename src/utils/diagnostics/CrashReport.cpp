@@ -86,10 +86,10 @@ bool setCrashReportFile(const QString& pathTemplate)
         }
     }
     if (!reason.isEmpty()) {
-        logging::LoggerFacade::write(logging::LogLevel::Error,
-                                     QCoreApplication::translate("CrashReport",
-                                                                 "Отчёты о сбоях не могут записываться в %1: %2")
-                                         .arg(pathTemplate, reason));
+        logging::LoggerFacade::write(
+            logging::LogLevel::Error,
+            QCoreApplication::translate("CrashReport", "Отчёты о сбоях не могут записываться в %1: %2")
+                .arg(pathTemplate, reason));
         return false;
     }
     currentTemplate() = pathTemplate.isEmpty() ? QString() : target.absoluteFilePath();
@@ -142,7 +142,8 @@ std::optional<CrashReport> readCrashReport(const QString& path, QString* error)
     if (report) {
         report->file = path;
     } else if (error) {
-        *error = QCoreApplication::translate("CrashReport", "Отчёт о сбое %1 не прочитан: %2").arg(path, reason);
+        *error =
+            QCoreApplication::translate("CrashReport", "Отчёт о сбое %1 не прочитан: %2").arg(path, reason);
     }
     return report;
 }
@@ -153,7 +154,9 @@ QStringList resolveCrash(const CrashReport& report, const QStringList& debugDire
     for (const CrashFrame& frame : report.frames) {
         // A return address may be the next function's first.
         const quint64 atCall = frames.empty() || frame.address == 0 ? 0 : 1;
-        frames.push_back({toNative(frame.module), frame.loadAddress, frame.address - atCall,
+        frames.push_back({toNative(frame.module),
+                          frame.loadAddress,
+                          frame.address - atCall,
                           {frame.buildId.begin(), frame.buildId.end()}});
     }
     std::vector<std::filesystem::path> directories;
@@ -165,11 +168,13 @@ QStringList resolveCrash(const CrashReport& report, const QStringList& debugDire
     for (std::size_t i = 0; i < frames.size(); ++i) {
         const CrashFrame& frame = report.frames[static_cast<int>(i)];
         const platform::ForeignLocation& location = locations[i];
-        QString line = location.symbol.empty()
-                           ? QStringLiteral("[0x%1]").arg(frame.module.isEmpty() ? frame.address : frame.offset, 0, 16)
-                           : QString::fromStdString(location.symbol);
+        QString line =
+            location.symbol.empty()
+                ? QStringLiteral("[0x%1]").arg(frame.module.isEmpty() ? frame.address : frame.offset, 0, 16)
+                : QString::fromStdString(location.symbol);
         if (!location.source.empty()) {
-            line += QStringLiteral(" (%1:%2)").arg(QString::fromStdString(location.source)).arg(location.line);
+            line +=
+                QStringLiteral(" (%1:%2)").arg(QString::fromStdString(location.source)).arg(location.line);
         }
         lines << line + QLatin1String(": ") +
                      (frame.module.isEmpty() ? QStringLiteral("[unknown file]") : frame.module);
