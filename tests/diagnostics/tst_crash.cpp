@@ -72,6 +72,12 @@ constexpr bool seesCallers = true;
 
 // ---- Ways to crash
 
+void print(const LogRecord& record)
+{
+    std::fprintf(stderr, "%d|%s|%d|%s|%s\n", static_cast<int>(record.level), qPrintable(record.file),
+                 record.line, qPrintable(record.function), qPrintable(record.text));
+}
+
 Q_NEVER_INLINE void writeToNowhere()
 {
     volatile std::uintptr_t nowhere = 8; // the compiler must not see where it leads
@@ -135,6 +141,14 @@ void allocateUntilAskedToEnd()
     }
 }
 
+#ifdef __x86_64__
+/// A stack pointer that leads nowhere: the walk itself meets the fault.
+Q_NEVER_INLINE void loseStack()
+{
+    asm volatile("mov $64, %rsp\n\tret");
+}
+#endif
+
 void crashWithStandardErrorAs(int descriptor)
 {
     dup2(descriptor, STDERR_FILENO);
@@ -181,6 +195,24 @@ const Scenario scenarios[] = {
     {"sink crashes", writeToNowhere, SIGSEGV, Words, "writeToNowhere"},
     {"two threads", writeToNowhere, SIGSEGV, Both, "writeToNowhere"},
 #ifndef Q_OS_WIN
+    {"end meanwhile",
+     [] {
+         std::atomic<bool> begun{false};
+         logging::setLogSink([&](const LogRecord& record) {
+             begun = true;
+             std::this_thread::sleep_for(std::chrono::milliseconds(50)); // main() returns meanwhile
+             print(record);
+         });
+         std::thread(writeToNowhere).detach();
+         while (!begun) {
+             std::this_thread::yield();
+         }
+         std::exit(0);
+     },
+     SIGSEGV, Both, "writeToNowhere"},
+#ifdef __x86_64__
+    {"lost stack", loseStack, SIGSEGV, Both, "loseStack"},
+#endif
     {"sink hangs", writeToNowhere, SIGSEGV, Words, "writeToNowhere"},
     {"call above", [] { callAddress(0x7ffffffff000); }, SIGSEGV, Both, "callAddress"},
     {"overflow", [] { afterCall = fillStack(0); }, SIGSEGV, Both, "fillStack"},
@@ -232,12 +264,6 @@ const Scenario scenarios[] = {
      SIGSEGV, Words | Unseen, "writeToNowhere"},
 #endif
 };
-
-void print(const LogRecord& record)
-{
-    std::fprintf(stderr, "%d|%s|%d|%s|%s\n", static_cast<int>(record.level), qPrintable(record.file),
-                 record.line, qPrintable(record.function), qPrintable(record.text));
-}
 
 const Role crashes("crash", [](const QStringList& arguments) {
     const QString how = arguments[0];

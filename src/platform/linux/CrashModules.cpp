@@ -4,6 +4,7 @@
 
 #include <dlfcn.h>
 #include <link.h>
+#include <sys/auxv.h>
 #include <unistd.h>
 
 #include <climits>
@@ -71,6 +72,9 @@ void prepareCrashModules() noexcept
     // Before the program's file is replaced or removed, which would show in its name.
     const ssize_t length = readlink("/proc/self/exe", programPath, sizeof programPath - 1);
     programPath[length > 0 ? length : 0] = '\0';
+    if (const auto* name = reinterpret_cast<const char*>(getauxval(AT_EXECFN)); length <= 0 && name) {
+        std::strncpy(programPath, name, sizeof programPath - 1); // as it was called, perhaps relative
+    }
 }
 
 bool findCrashModule(std::uintptr_t address, CrashModule& module) noexcept

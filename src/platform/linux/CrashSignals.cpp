@@ -17,6 +17,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <ctime>
 #include <initializer_list>
 #include <mutex>
@@ -191,6 +192,15 @@ void handle(int number, siginfo_t* info, void* memory) noexcept
     }
 }
 
+/// A program that ends while one of its threads reports would end with a code of its own, and cut the report
+/// short.
+void letReportEnd() noexcept
+{
+    while (reportingThread != 0 && reportingThread != gettid()) {
+        pause();
+    }
+}
+
 } // namespace
 
 void limitCrashStep(unsigned seconds) noexcept
@@ -221,6 +231,7 @@ void installCrashHandler(CrashReporter report) noexcept
         errorStream = {};
     }
     prepareCrashModules();
+    [[maybe_unused]] static const int registered = std::atexit(letReportEnd);
     [[maybe_unused]] static thread_local const HandlerStack stack;
 
     struct sigaction action = {};
