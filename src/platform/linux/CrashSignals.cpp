@@ -29,6 +29,7 @@ constexpr int crashSignals[] = {SIGFPE, SIGABRT, SIGILL, SIGINT, SIGSEGV, SIGTER
 
 std::atomic<CrashReporter> crashReport{nullptr};
 std::atomic<pid_t> reportingThread{0};
+std::atomic<pid_t> reportingProcess{0}; // a moment later
 
 ucontext_t* crashContext = nullptr;
 
@@ -163,6 +164,13 @@ bool defer(int number, const siginfo_t& info, ucontext_t& context) noexcept
     return true;
 }
 
+/// False in a process that was forked off meanwhile, where nobody comes to an end.
+bool isReportingProcess() noexcept
+{
+    const pid_t process = reportingProcess;
+    return process == 0 || process == getpid();
+}
+
 void handle(int number, siginfo_t* info, void* memory) noexcept
 {
     const int formerErrno = errno;
@@ -174,6 +182,7 @@ void handle(int number, siginfo_t* info, void* memory) noexcept
     }
     pid_t reporting = 0;
     if (reportingThread.compare_exchange_strong(reporting, self)) {
+        reportingProcess = getpid();
         takeSignal(number, *info, context);
         boundSteps();
         goOnWithCrash(crashReport);
@@ -181,6 +190,9 @@ void handle(int number, siginfo_t* info, void* memory) noexcept
     if (reporting == self) {
         noteBrokenStep("crashed itself");
         goOnWithCrash(crashReport);
+    }
+    if (!isReportingProcess()) {
+        endCrashedProcess();
     }
     // Another thread reports. Requests to end are being granted already; a crash must not go on.
     if (number == SIGINT || number == SIGTERM) {
@@ -196,7 +208,7 @@ void handle(int number, siginfo_t* info, void* memory) noexcept
 /// short.
 void letReportEnd() noexcept
 {
-    while (reportingThread != 0 && reportingThread != gettid()) {
+    while (reportingThread != 0 && reportingThread != gettid() && isReportingProcess()) {
         pause();
     }
 }
