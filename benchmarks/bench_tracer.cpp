@@ -1,14 +1,17 @@
+#include <veltor/utils/CrashHandlerStack.h>
 #include <veltor/utils/Tracer.h>
 
 #include <benchmark/benchmark.h>
 #include <execinfo.h>
 
 #include <array>
+#include <thread>
 
 #include <boost/stacktrace.hpp>
 
 // A stack of more than 64 frames: its capture beside the C library's, and its text beside Boost's, which
-// looks only exported functions up and remembers nothing.
+// looks only exported functions up and remembers nothing. And what a stack for the crash handler adds to a
+// thread.
 
 using veltor::utils::Tracer;
 
@@ -70,5 +73,21 @@ void symbolsBoost(benchmark::State& state)
     });
 }
 BENCHMARK(symbolsBoost)->Name("symbols/Boost.Stacktrace");
+
+void threads(benchmark::State& state)
+{
+    for ([[maybe_unused]] auto _ : state) {
+        std::thread([] {}).join();
+    }
+}
+BENCHMARK(threads)->Name("thread/bare")->UseRealTime();
+
+void threadsWithStack(benchmark::State& state)
+{
+    for ([[maybe_unused]] auto _ : state) {
+        std::thread([] { benchmark::DoNotOptimize(veltor::utils::CrashHandlerStack().isActive()); }).join();
+    }
+}
+BENCHMARK(threadsWithStack)->Name("thread/with a CrashHandlerStack")->UseRealTime();
 
 } // namespace

@@ -1,8 +1,9 @@
-// Crashes, and leaves a report of it in a log file.
+// Crashes, and leaves a report of it in a log file, and a crash file LOG.crash that the next start finds.
 //
 //     crash_report LOG
 
 #include <veltor/logging/Logger.h>
+#include <veltor/utils/CrashReport.h>
 #include <veltor/utils/Tracer.h>
 
 #include <QtCore/QCoreApplication>
@@ -54,15 +55,35 @@ Q_NEVER_INLINE void openProject()
     std::printf("%d layers\n", readLayerCount("rivers"));
 }
 
+//! [last]
+/// Tells how the program ended the last time, if it was by a crash.
+void tellOfLastCrash()
+{
+    QString error;
+    if (const auto crash = veltor::utils::lastCrash(&error)) {
+        std::printf("It crashed at %s with %s:\n%s\n", qPrintable(crash->time.toString(Qt::ISODate)),
+                    qPrintable(crash->signalName),
+                    qPrintable(veltor::utils::resolveCrash(*crash).join(QLatin1Char('\n'))));
+        QFile::remove(crash->file);
+    } else if (!error.isEmpty()) {
+        std::printf("%s\n", qPrintable(error)); // there is one, but it cannot be read
+    }
+}
+//! [last]
+
 int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
     //! [install]
-    if (!logTo(QCoreApplication::arguments().value(1))) {
+    const QString log = QCoreApplication::arguments().value(1);
+    if (!logTo(log)) {
         std::fputs("Usage: crash_report LOG\n", stderr);
         return 2;
     }
     Tracer::registerSignalHandler(); // early, on the main thread
+    veltor::utils::setCrashReportFile(log + QLatin1String(".crash-%t-%p"));
+    tellOfLastCrash();
+    std::fflush(stdout);
     //! [install]
     openProject();
     return 0;

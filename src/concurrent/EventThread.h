@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/HandlerStack.h"
+
 #include <QtCore/QCoreApplication>
 #include <QtCore/QEvent>
 #include <QtCore/QThread>
@@ -26,6 +28,7 @@ public:
 protected:
     void run() override
     {
+        const platform::HandlerStack handlerStack;
         exec();
         QCoreApplication::sendPostedEvents();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

@@ -1,6 +1,7 @@
 #include <veltor/concurrent/Runners.h>
 
 #include "Post.h"
+#include "platform/HandlerStack.h"
 
 #include <veltor/concurrent/Task.h>
 #include <veltor/err/Exceptions.h>
@@ -18,12 +19,22 @@ void require(const T* argument, const char* name)
     }
 }
 
+class NewThread : public QThread
+{
+protected:
+    void run() override
+    {
+        const platform::HandlerStack handlerStack;
+        QThread::run();
+    }
+};
+
 } // namespace
 
 void runInNewThread(Task* task)
 {
     require(task, "task");
-    auto* thread = new QThread;
+    auto* thread = new NewThread;
     const std::shared_ptr<TaskProgressHandler> handler = task->progressHandler();
     task->moveTaskToThread(thread);
     // Direct: the thread must end whether or not the caller's thread delivers events. The handler may pass

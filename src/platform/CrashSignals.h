@@ -1,15 +1,17 @@
 #pragma once
 
+#include "platform/CrashState.h"
+
 namespace veltor::platform {
 
-/// Reports the signal of that number and ends the process with exit code 1.
-using CrashReport = void (*)(int signal);
+/// The full report, free to allocate and to wait; the raw one is written already.
+using CrashReporter = void (*)(const CrashState& crash);
 
-/// Calls @p report on SIGFPE, SIGABRT, SIGILL, SIGINT, SIGSEGV and SIGTERM, once in the life of the
-/// process, from six frames above the code that the signal interrupted. A crash inside of it ends the
-/// process with exit code 1. Linux only: so does taking longer than @p limitSeconds, other threads that
-/// crash meanwhile wait for the end, and the calling thread gets an alternate stack for @p report to run
-/// on. Thread-safe.
-void installCrashHandler(CrashReport report, unsigned limitSeconds) noexcept;
+/// From now on a crash (SIGFPE, SIGABRT, SIGILL, SIGINT, SIGSEGV and SIGTERM; on Windows also what no thread
+/// handles) is told in steps, each once in the life of the process: last words to standard error; the crash
+/// file (CrashFile.h); @p report; the exit functions; the end with exit code 1. A step that crashes or takes
+/// longer than its limit, seconds all in all, is followed by the next one. Other threads that crash meanwhile
+/// wait for the end. The calling thread gets a HandlerStack. Thread-safe.
+void installCrashHandler(CrashReporter report) noexcept;
 
 } // namespace veltor::platform

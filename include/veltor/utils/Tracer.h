@@ -44,11 +44,17 @@ public:
     /// the process with exit code 1. Interrupt and termination requests are meant to be included. Functions
     /// registered for process exit still run, on the thread that got the signal.
     ///
-    /// Logging a crash needs what the crash may have broken. So, on Linux: a crash while a crash is being
-    /// handled ends the process at once, and so does a handler that has not come to its end, exit functions
-    /// included, after 30 seconds (it takes over SIGALRM for that); both with exit code 1. Crashes of other
-    /// threads meanwhile are not reported. The handler runs on a stack of its own, so that it survives an
-    /// overflow of the stack, on every thread that has called this function; call it on the main thread.
+    /// Logging needs what the crash may have broken. So the signal, the registers and the raw frames go to
+    /// standard error first, and to a file if setCrashReportFile() named one, by code that needs no heap and
+    /// no lock; then follow the log and the exit functions. What crashes on this way, or takes longer than
+    /// some seconds, is followed by what comes next, and the exit code is 1 in every case. On Linux the
+    /// backtrace begins with the instruction that crashed, or was interrupted, and SIGALRM is taken over
+    /// meanwhile; a request to end that comes while its thread allocates is granted a moment later. On
+    /// Windows a report that hangs ends the process without exit functions.
+    ///
+    /// Other threads that crash meanwhile wait for the end. The handler has a stack of its own, to tell of an
+    /// overflow, on every thread that has called this function, on those of the library and with a
+    /// CrashHandlerStack; call it on the main thread, early.
     ///
     /// Thread-safe.
     static void registerSignalHandler();

@@ -1,20 +1,20 @@
+// Names of this process's code, from the symbol tables of the files that are mapped.
+
 #include "platform/Symbols.h"
 
-#include <cxxabi.h>
+#include "platform/linux/SymbolName.h"
+
 #include <elfutils/libdwfl.h>
 #include <link.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdlib>
-#include <memory>
 #include <mutex>
 #include <unordered_map>
 
 namespace veltor::platform {
 namespace {
 
-constexpr std::size_t maxSymbolLength = 200;
 constexpr std::size_t maxRemembered = 4096;
 
 std::mutex engineLock; // guards the engine; never destroyed, as crashes happen at exit as well
@@ -42,23 +42,6 @@ Loads countLoads() noexcept
         },
         &loads);
     return loads;
-}
-
-std::string readableName(const char* name)
-{
-    int status = 0;
-    const std::unique_ptr<char, decltype(&std::free)> demangled(
-        abi::__cxa_demangle(name, nullptr, nullptr, &status), &std::free);
-    std::string text = demangled ? demangled.get() : name;
-    if (text.size() > maxSymbolLength) {
-        std::size_t end = maxSymbolLength;
-        // Not within a UTF-8 sequence.
-        while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) {
-            --end;
-        }
-        text.resize(end);
-    }
-    return text;
 }
 
 /// libdw's view of this process, with a memo: stacks repeat themselves.
@@ -116,8 +99,15 @@ private:
         if (!module) {
             return location;
         }
-        if (const char* file =
-                dwfl_module_info(module, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr)) {
+        Dwarf_Addr start = 0;
+        Dwarf_Addr end = 0;
+        const char* const file =
+            dwfl_module_info(module, nullptr, &start, &end, nullptr, nullptr, nullptr, nullptr);
+        // To libdw the last module reaches up to the end of all addresses.
+        if (address < start || address >= end) {
+            return location;
+        }
+        if (file) {
             location.module = file;
         }
         if (const char* name = dwfl_module_addrname(module, address)) {

@@ -1,3 +1,5 @@
+// Backtraces as text, and the report of a crash through the log.
+
 #include <veltor/utils/Tracer.h>
 
 #include "platform/CrashSignals.h"
@@ -7,7 +9,6 @@
 #include <QtCore/QFile>
 
 #include <algorithm>
-#include <cstdlib>
 #include <type_traits>
 
 namespace veltor::utils {
@@ -18,10 +19,9 @@ constexpr char crashFile[] = "Tracer.cpp";
 constexpr char crashFunction[] = "void veltor::utils::signal_handler(int)";
 constexpr int crashLine = 11;
 
-// What lies between the handler and the code that crashed.
-constexpr int handlerFrames = 6;
-
 constexpr int loggedFrames = 64;
+// Of a crash: the handler and the capture take their share of the frames.
+constexpr int crashFrames = loggedFrames - 8;
 constexpr int maxCapture = 65535;
 
 template <typename Text>
@@ -47,16 +47,24 @@ QString frameLine(const void* frame)
            (location.module.empty() ? QStringLiteral("[unknown file]") : fromNative(location.module));
 }
 
-void signal_handler(int signal)
+void logFrames(logging::LogLevel level, const QVector<void*>& frames)
+{
+    logging::LoggerFacade::write(level, QLatin1String("Backtrace:\n") +
+                                            Tracer::symbols(frames).join(QLatin1Char('\n')));
+}
+
+void logCrash(const platform::CrashState& crash)
 {
     try {
         logging::LoggerMessager(logging::LogLevel::Error, crashFile, crashLine, crashFunction)
-            .write(QStringLiteral("Program crashed with signal %1").arg(signal));
-        Tracer::logBacktrace(logging::LogLevel::Error, handlerFrames);
+            .write(QStringLiteral("Program crashed with signal %1").arg(crash.signal));
+        const int known = crash.frameCount;
+        QVector<void*> frames(std::min(known, crashFrames));
+        std::copy_n(crash.frames, frames.size(), frames.begin());
+        logFrames(logging::LogLevel::Error, frames);
     } catch (...) {
         // No memory, perhaps. Whatever it was, the process ends as promised.
     }
-    std::exit(1);
 }
 
 } // namespace
@@ -86,14 +94,12 @@ Q_NEVER_INLINE void Tracer::logBacktrace(logging::LogLevel level, int skip)
     if (callers < frames.size() - 2) {
         frames.remove(0, callers + 2);
     }
-    logging::LoggerFacade::write(level,
-                                 QLatin1String("Backtrace:\n") + symbols(frames).join(QLatin1Char('\n')));
+    logFrames(level, frames);
 }
 
 void Tracer::registerSignalHandler()
 {
-    constexpr unsigned handlerLimitSeconds = 30;
-    platform::installCrashHandler(signal_handler, handlerLimitSeconds);
+    platform::installCrashHandler(logCrash);
 }
 
 } // namespace veltor::utils

@@ -1,0 +1,16 @@
+// Any bytes as a crash file: read or refused with a reason, never both.
+
+#include "utils/diagnostics/CrashReportParser.h"
+
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
+{
+    QString reason;
+    const auto report = veltor::utils::parseCrashReport(
+        QByteArray(reinterpret_cast<const char*>(bytes), static_cast<int>(size)), reason);
+    if (report.has_value() != reason.isEmpty()) {
+        std::abort();
+    }
+    return 0;
+}
