@@ -14,10 +14,10 @@ enum FileUse : unsigned
     UseOpenForReading = 1u,
     UseOpenForWriting = 2u,
     UseMapped = 4u,
-    UseRunning = 8u,        ///< it is the process's program
+    UseRunning = 8u, ///< it is the process's program
     UseCurrentFolder = 16u,
     UseRootFolder = 32u,
-    UseUntold = 64u,        ///< in use; the system does not say how
+    UseUntold = 64u, ///< in use; the system does not say how
 };
 
 enum class FileLockKind
@@ -35,18 +35,18 @@ struct FileLock
     FileLockKind kind = FileLockKind::Other;
     bool exclusive = false; ///< for writing
     bool mandatory = false;
-    bool waiting = false;             ///< not held yet
-    std::int64_t pid = 0;             ///< who took it, as the system noted it; 0 or less when it did not
-    std::uint64_t begin = 0;          ///< first byte
-    std::uint64_t last = UINT64_MAX;  ///< last byte; UINT64_MAX for all there ever will be
+    bool waiting = false;            ///< not held yet
+    std::int64_t pid = 0;            ///< who took it, as the system noted it; 0 or less when it did not
+    std::uint64_t begin = 0;         ///< first byte
+    std::uint64_t last = UINT64_MAX; ///< last byte; UINT64_MAX for all there ever will be
 };
 
 /// One process that uses a file.
 struct FileUser
 {
     std::int64_t pid = 0;
-    NativeString name; ///< of its program, shortened by the system
-    NativeString user; ///< whose process it is; a number where the account has no name
+    NativeString name;        ///< of its program, shortened by the system
+    NativeString user;        ///< whose process it is; a number where the account has no name
     std::int64_t startMs = 0; ///< since 1970, UTC; 0 when unknown
     unsigned uses = 0;        ///< of FileUse
     std::vector<FileLock> locks;

@@ -100,8 +100,7 @@ std::int64_t startTimeMs(std::uint64_t ticks)
 {
     static const long perSecond = ::sysconf(_SC_CLK_TCK);
     const auto rate = static_cast<std::uint64_t>(perSecond > 0 ? perSecond : 100);
-    const auto sinceBoot =
-        static_cast<std::int64_t>(ticks / rate * 1000 + ticks % rate * 1000 / rate);
+    const auto sinceBoot = static_cast<std::int64_t>(ticks / rate * 1000 + ticks % rate * 1000 / rate);
     return milliseconds(CLOCK_REALTIME) - milliseconds(CLOCK_BOOTTIME) + sinceBoot;
 }
 
@@ -275,9 +274,8 @@ void Scan::lookAtSystemLocks(int proc)
         }
         auto& users = m_result.users;
         if (lock->lock.waiting) {
-            const auto waits = std::find_if(users.begin(), users.end(), [&](const FileUser& user) {
-                return user.pid == lock->lock.pid;
-            });
+            const auto waits = std::find_if(users.begin(), users.end(),
+                                            [&](const FileUser& user) { return user.pid == lock->lock.pid; });
             addLock(waits == users.end() ? m_result.foreignLocks : waits->locks, lock->lock);
             return;
         }
@@ -347,9 +345,9 @@ FileUsers lockHolders(int fd)
     }
     FileUsers found = Scan(*file).run();
     auto& users = found.users;
-    users.erase(std::remove_if(users.begin(), users.end(),
-                               [](const FileUser& user) { return user.locks.empty(); }),
-                users.end());
+    users.erase(
+        std::remove_if(users.begin(), users.end(), [](const FileUser& user) { return user.locks.empty(); }),
+        users.end());
     return found;
 }
 

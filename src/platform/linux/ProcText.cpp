@@ -176,7 +176,8 @@ std::optional<unsigned> parseProcessUser(string_view text)
     std::optional<unsigned> result;
     forEachLine(text, [&result](string_view line) {
         unsigned user = 0;
-        if (!result && takeWord(line) == "Uid:" && !takeWord(line).empty() && readNumber(takeWord(line), user)) {
+        if (!result && takeWord(line) == "Uid:" && !takeWord(line).empty() &&
+            readNumber(takeWord(line), user)) {
             result = user;
         }
     });

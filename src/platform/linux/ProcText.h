@@ -56,11 +56,11 @@ struct MountLine
     unsigned long long id = 0;
     unsigned major = 0;
     unsigned minor = 0;
-    bool readOnly = false;      ///< this mount, or the whole file system
-    std::string place;          ///< where it is mounted, escapes resolved
-    std::string_view type;      ///< of the file system
-    std::string source;         ///< the device, escapes resolved
-    std::string_view options;   ///< of the file system
+    bool readOnly = false;    ///< this mount, or the whole file system
+    std::string place;        ///< where it is mounted, escapes resolved
+    std::string_view type;    ///< of the file system
+    std::string source;       ///< the device, escapes resolved
+    std::string_view options; ///< of the file system
 };
 
 std::optional<MountLine> parseMountLine(std::string_view line);

@@ -1,5 +1,5 @@
-// Who uses a file: the Restart Manager knows. Its library is loaded when first asked, since not every system has
-// it, and it tells of files only.
+// Who uses a file: the Restart Manager knows. Its library is loaded when first asked, since not every system
+// has it, and it tells of files only.
 #include "platform/FileUsers.h"
 
 #include "platform/windows/Handle.h"
