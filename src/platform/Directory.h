@@ -86,8 +86,8 @@ public:
 
     /// Makes a file with these bytes for the own user alone; an error when the name is taken.
     std::error_code makeMark(const NativeString& name, const char* text) const;
-    /// Whether there is a plain file of the own user by that name, with only that name. What it holds does not
-    /// count: who made it may have been killed before it was written.
+    /// Whether there is a plain file of the own user by that name, with only that name. What it holds does
+    /// not count: who made it may have been killed before it was written.
     [[nodiscard]] bool hasMark(const NativeString& name) const;
 
 private:

@@ -61,6 +61,13 @@ struct FileUsers
     std::error_code error;              ///< why nothing could be found out
 };
 
+/// Whether a process that has a file open may forbid others to write it.
+#ifdef _WIN32
+constexpr bool UsersMayForbidWriting = true;
+#else
+constexpr bool UsersMayForbidWriting = false;
+#endif
+
 /// Which processes use the file or folder @p path; a link is followed. Nothing is opened for it, and nothing
 /// of it changes. Processes come and go meanwhile: one that appears during the call may be missed.
 /// Thread-safe.
