@@ -5,6 +5,8 @@
 #include <QtCore/QTemporaryFile>
 
 #ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -39,6 +41,24 @@ int forked(const std::function<int()>& action, User user)
     return waitpid(pid, &status, 0) == pid && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+bool lockFile(int descriptor, Locking kind)
+{
+    struct flock range = {};
+    range.l_type = F_WRLCK;
+    range.l_len = 100;
+    switch (kind) {
+    case Locking::Flock:
+        return flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+    case Locking::Posix:
+        return fcntl(descriptor, F_SETLK, &range) == 0;
+    case Locking::OpenFile:
+        return fcntl(descriptor, F_OFD_SETLK, &range) == 0;
+    case Locking::Lease:
+        return fcntl(descriptor, F_SETLEASE, F_WRLCK) == 0;
+    }
+    return false;
+}
+
 FileSizeLimit::FileSizeLimit(unsigned bytes)
     : works(true)
 {
@@ -68,6 +88,11 @@ bool makePipe(const QString&)
 int forked(const std::function<int()>&, User)
 {
     return NoFork;
+}
+
+bool lockFile(int, Locking)
+{
+    return false;
 }
 
 FileSizeLimit::FileSizeLimit(unsigned)

@@ -24,6 +24,18 @@ constexpr int NoFork = -2;
 /// What @p action returns in a forked child of one thread, -1 when it crashed, NoFork where that cannot be.
 int forked(const std::function<int()>& action, User user = User::Same);
 
+/// The ways to lock a file.
+enum class Locking
+{
+    Flock,
+    Posix,
+    OpenFile,
+    Lease,
+};
+
+/// Locks an open file for writing, without waiting; false when it cannot be.
+bool lockFile(int descriptor, Locking kind);
+
 /// Lets no file of this process grow beyond a size while it lives.
 class FileSizeLimit
 {

@@ -40,6 +40,7 @@ struct Command
 int runDistance(const QStringList& words);
 int runGeodesic(const QStringList& words);
 int runJournal(const QStringList& words);
+int runLocks(const QStringList& words);
 int runMeasure(const QStringList& words);
 
 } // namespace veltor::tool

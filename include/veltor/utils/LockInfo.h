@@ -55,7 +55,6 @@ struct LockHolder
     Uses uses;
     std::vector<LockEntry> locks;
 };
-Q_DECLARE_OPERATORS_FOR_FLAGS(LockHolder::Uses)
 
 /// One reason for which a file cannot be written. A plain value.
 struct WriteObstacle
@@ -141,5 +140,7 @@ private:
     struct Private;
     std::unique_ptr<Private> m_d;
 };
+
+Q_DECLARE_OPERATORS_FOR_FLAGS(LockHolder::Uses)
 
 } // namespace veltor::utils

@@ -37,7 +37,6 @@ struct TreeEntry
     qint64 sizeBytes = 0;  ///< with TreeRules::withStatus, else 0
     qint64 modifiedMs = 0; ///< since 1970, UTC; with TreeRules::withStatus, else 0
 };
-Q_DECLARE_OPERATORS_FOR_FLAGS(TreeEntry::Kinds)
 
 /// A folder that could not be read, or a file whose status could not. A plain value.
 struct TreeFailure
@@ -165,5 +164,7 @@ private:
     struct Private;
     std::unique_ptr<Private> m_d;
 };
+
+Q_DECLARE_OPERATORS_FOR_FLAGS(TreeEntry::Kinds)
 
 } // namespace veltor::utils

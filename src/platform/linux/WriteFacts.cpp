@@ -75,6 +75,10 @@ void goThere(std::string path, WriteFacts& facts)
 {
     struct stat status = {};
     facts.place = path;
+    if (path.empty()) {
+        facts.error = {ENOENT, std::system_category()};
+        return;
+    }
     for (int links = 0; ::stat(path.c_str(), &status) != 0; ++links) {
         const int error = errno;
         facts.error = {error, std::system_category()};
@@ -172,8 +176,12 @@ WriteFacts writeFacts(const NativeString& path, std::uint64_t wantedBytes)
     }
     const int rights = facts.way == Way::New ? W_OK | X_OK : W_OK;
     if (::faccessat(AT_FDCWD, facts.place.c_str(), rights, AT_EACCESS) != 0) {
-        facts.noRights = errno == EACCES;
+        const bool refused = errno == EACCES;
         facts.readOnlyMount = errno == EROFS;
+        facts.noRights = refused && !facts.readOnlyMark;
+        facts.readOnlyMark = refused && facts.readOnlyMark;
+    } else {
+        facts.readOnlyMark = false; // which does not count for this user
     }
     struct statx marks = {};
     if (::statx(AT_FDCWD, facts.place.c_str(), AT_NO_AUTOMOUNT, STATX_TYPE, &marks) == 0) {
