@@ -29,6 +29,117 @@
     </message>
 </context>
 <context>
+    <name>LockInfo</name>
+    <message>
+        <source>нет папки &apos;%1&apos;</source>
+        <translation>there is no folder &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; — не папка</source>
+        <translation>&apos;%1&apos; is not a folder</translation>
+    </message>
+    <message>
+        <source>нет прав на вход в папку &apos;%1&apos;</source>
+        <translation>you may not enter the folder &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>ссылки ведут по кругу</source>
+        <translation>the links lead in a circle</translation>
+    </message>
+    <message>
+        <source>имя слишком длинное</source>
+        <translation>the name is too long</translation>
+    </message>
+    <message>
+        <source>это папка</source>
+        <translation>it is a folder</translation>
+    </message>
+    <message>
+        <source>нет прав на запись в него</source>
+        <translation>you may not write to it</translation>
+    </message>
+    <message>
+        <source>он отмечен как доступный только для чтения</source>
+        <translation>it is marked as read-only</translation>
+    </message>
+    <message>
+        <source>он отмечен как неизменяемый</source>
+        <translation>it is marked as immutable</translation>
+    </message>
+    <message>
+        <source>он отмечен как доступный только для дополнения</source>
+        <translation>it is marked so that it can only be extended</translation>
+    </message>
+    <message>
+        <source>диск подключён только для чтения</source>
+        <translation>the disk is mounted for reading only</translation>
+    </message>
+    <message>
+        <source>это работающая программа: %1</source>
+        <translation>it is a running program: %1</translation>
+    </message>
+    <message>
+        <source>на диске недостаточно места</source>
+        <translation>there is not enough room on the disk</translation>
+    </message>
+    <message>
+        <source>на диске нет места для новых файлов</source>
+        <translation>there is no room for new files on the disk</translation>
+    </message>
+    <message>
+        <source>исчерпана квота на диске</source>
+        <translation>the disk quota is used up</translation>
+    </message>
+    <message>
+        <source>его заблокировал %1</source>
+        <translation>it is locked by %1</translation>
+    </message>
+    <message>
+        <source>его использует %1</source>
+        <translation>it is in use by %1</translation>
+    </message>
+    <message>
+        <source>нет прав на создание файлов в папке &apos;%1&apos;</source>
+        <translation>you may not create files in the folder &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>папка &apos;%1&apos; отмечена как неизменяемая</source>
+        <translation>the folder &apos;%1&apos; is marked as immutable</translation>
+    </message>
+    <message>
+        <source>%1 и ещё %2</source>
+        <translation>%1 and %2 more</translation>
+    </message>
+    <message>
+        <source>Не удалось узнать, кто использует &apos;%1&apos;: %2</source>
+        <translation>Could not find out who uses &apos;%1&apos;: %2</translation>
+    </message>
+    <message>
+        <source>Процессы других пользователей не видны</source>
+        <translation>The processes of other users cannot be seen</translation>
+    </message>
+    <message>
+        <source>Процессов, которые не удалось просмотреть: %1</source>
+        <translation>Processes that could not be looked into: %1</translation>
+    </message>
+    <message>
+        <source>процесс %1</source>
+        <translation>process %1</translation>
+    </message>
+    <message>
+        <source>Файл &apos;%1&apos; нельзя записать: %2</source>
+        <translation>The file &apos;%1&apos; cannot be written: %2</translation>
+    </message>
+    <message>
+        <source>%1 (процесс %2)</source>
+        <translation>%1 (process %2)</translation>
+    </message>
+    <message>
+        <source>%1 (процесс %2, пользователь %3)</source>
+        <translation>%1 (process %2, user %3)</translation>
+    </message>
+</context>
+<context>
     <name>NamedMutex</name>
     <message>
         <source>не файл мьютекса, открытый для записи всем</source>
@@ -120,6 +231,59 @@
     <message>
         <source>Интерпретатор не запущен</source>
         <translation>No interpreter runs</translation>
+    </message>
+</context>
+<context>
+    <name>TemporaryDir</name>
+    <message>
+        <source>Не удалось открыть папку &apos;%1&apos;: %2</source>
+        <translation>Could not open the folder &apos;%1&apos;: %2</translation>
+    </message>
+    <message>
+        <source>не папка этого пользователя</source>
+        <translation>not a folder of this user</translation>
+    </message>
+    <message>
+        <source>в папке нет отметки временной</source>
+        <translation>the folder has no mark of a temporary one</translation>
+    </message>
+    <message>
+        <source>Папка &apos;%1&apos; не годится для временных файлов: любой пользователь может подменить в ней чужие файлы</source>
+        <translation>The folder &apos;%1&apos; is not fit for temporary files: any user can replace the files of others in it</translation>
+    </message>
+    <message>
+        <source>Не удалось создать временную папку в &apos;%1&apos;: %2</source>
+        <translation>Could not create a temporary folder in &apos;%1&apos;: %2</translation>
+    </message>
+    <message>
+        <source>папка используется</source>
+        <translation>the folder is in use</translation>
+    </message>
+    <message>
+        <source>Не удалось удалить &apos;%1&apos;: %2</source>
+        <translation>Could not remove &apos;%1&apos;: %2</translation>
+    </message>
+    <message>
+        <source>Не удалось переименовать &apos;%1&apos; в &apos;%2&apos;: %3</source>
+        <translation>Could not rename &apos;%1&apos; to &apos;%2&apos;: %3</translation>
+    </message>
+</context>
+<context>
+    <name>TreeRemoval</name>
+    <message>
+        <source>здесь подключена другая папка или другой диск</source>
+        <translation>another folder or disk is mounted here</translation>
+    </message>
+    <message>
+        <source>это не имя файла или папки</source>
+        <translation>this is not the name of a file or folder</translation>
+    </message>
+</context>
+<context>
+    <name>UniqueFile</name>
+    <message>
+        <source>Не удалось создать &apos;%1&apos;: %2</source>
+        <translation>Could not create &apos;%1&apos;: %2</translation>
     </message>
 </context>
 <context>
@@ -267,6 +431,60 @@
     <message>
         <source>смотрите %1 --help</source>
         <translation>see %1 --help</translation>
+    </message>
+    <message>
+        <source>на запись</source>
+        <translation>for writing</translation>
+    </message>
+    <message>
+        <source>на чтение</source>
+        <translation>for reading</translation>
+    </message>
+    <message>
+        <source>(ожидает)</source>
+        <translation>(waiting)</translation>
+    </message>
+    <message>
+        <source>%1:
+</source>
+        <translation>%1:
+</translation>
+    </message>
+    <message>
+        <source>с %1</source>
+        <translation>since %1</translation>
+    </message>
+    <message>
+        <source>процесс %1</source>
+        <translation>process %1</translation>
+    </message>
+    <message>
+        <source>неизвестный процесс</source>
+        <translation>unknown process</translation>
+    </message>
+    <message>
+        <source>никто не использует</source>
+        <translation>nobody uses it</translation>
+    </message>
+    <message>
+        <source>нельзя записать: %1</source>
+        <translation>cannot be written: %1</translation>
+    </message>
+    <message>
+        <source>Показывает, какие процессы открыли файл или папку, отобразили в память, выполняют или
+находятся в ней, какие блокировки держат, и почему файл нельзя записать. Ничего не
+меняет и не открывает. Код завершения: 0 — ничто не мешает записи, 1 — что-то мешает.</source>
+        <translation>Shows which processes have a file or folder open, map it, run it or are in it, by which locks,
+and why the file cannot be written. Changes and opens nothing. Exit status: 0 nothing stands
+against writing, 1 something does.</translation>
+    </message>
+    <message>
+        <source>в виде JSON</source>
+        <translation>as JSON</translation>
+    </message>
+    <message>
+        <source>кто использует файлы и почему их нельзя записать</source>
+        <translation>who uses files, and why they cannot be written</translation>
     </message>
     <message>
         <source>Программа</source>

@@ -5,7 +5,9 @@
 #include <QtCore/QTemporaryFile>
 
 #ifdef Q_OS_UNIX
+#include <fcntl.h>
 #include <pthread.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -63,6 +65,24 @@ NoThreads::~NoThreads()
     setStackSize(8U << 20);
 }
 
+bool lockFile(int descriptor, Locking kind)
+{
+    struct flock range = {};
+    range.l_type = F_WRLCK;
+    range.l_len = 100;
+    switch (kind) {
+    case Locking::Flock:
+        return flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+    case Locking::Posix:
+        return fcntl(descriptor, F_SETLK, &range) == 0;
+    case Locking::OpenFile:
+        return fcntl(descriptor, F_OFD_SETLK, &range) == 0;
+    case Locking::Lease:
+        return fcntl(descriptor, F_SETLEASE, F_WRLCK) == 0;
+    }
+    return false;
+}
+
 FileSizeLimit::FileSizeLimit(unsigned bytes)
     : works(true)
 {
@@ -101,6 +121,11 @@ NoThreads::NoThreads()
 {}
 
 NoThreads::~NoThreads() = default;
+
+bool lockFile(int, Locking)
+{
+    return false;
+}
 
 FileSizeLimit::FileSizeLimit(unsigned)
     : works(false)

@@ -39,6 +39,18 @@ public:
     const bool works;
 };
 
+/// The ways to lock a file.
+enum class Locking
+{
+    Flock,
+    Posix,
+    OpenFile,
+    Lease,
+};
+
+/// Locks an open file for writing, without waiting; false when it cannot be.
+bool lockFile(int descriptor, Locking kind);
+
 /// Lets no file of this process grow beyond a size while it lives.
 class FileSizeLimit
 {

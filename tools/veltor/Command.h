@@ -41,6 +41,7 @@ int runCrash(const QStringList& words);
 int runDistance(const QStringList& words);
 int runGeodesic(const QStringList& words);
 int runJournal(const QStringList& words);
+int runLocks(const QStringList& words);
 int runMeasure(const QStringList& words);
 
 } // namespace veltor::tool

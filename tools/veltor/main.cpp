@@ -25,6 +25,7 @@ constexpr Command commands[] = {
      &runDistance},
     {"journal", QT_TRANSLATE_NOOP("veltor", "показать журнал отката, откатить, исправить, убрать"),
      &runJournal},
+    {"locks", QT_TRANSLATE_NOOP("veltor", "кто использует файлы и почему их нельзя записать"), &runLocks},
     {"measure", QT_TRANSLATE_NOOP("veltor", "площади, периметры и длины объектов карты GeoJSON"),
      &runMeasure},
 };

@@ -1,6 +1,6 @@
 #include <veltor/utils/TextStreamFromFile.h>
 
-#include "utils/data/PathOpenError.h"
+#include <veltor/utils/Paths.h>
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QObject>
