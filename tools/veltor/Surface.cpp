@@ -24,7 +24,7 @@ constexpr double radians = pi / 180;
 struct Drawing
 {
     double west = 0, east = 0, south = 90, north = -90; // of the longitudes without jumps
-    bool closes = true;                                 // in longitude
+    double turn = 0;                                    // 0 when it closes in longitude, else +-360
 };
 
 /// The longitude that an edge covers: the shorter way, but along a pole, where all ways are none, as drawn.
@@ -46,12 +46,12 @@ Drawing drawingOf(const Ring& ring)
         drawing.south = std::min(drawing.south, ring[i].y());
         drawing.north = std::max(drawing.north, ring[i].y());
     }
-    drawing.closes = std::fabs(longitude + drawnStep(ring.last(), ring.first())) < 180;
+    drawing.turn = longitude + drawnStep(ring.last(), ring.first());
     return drawing;
 }
 
-/// The part of the sphere that the ring encloses as drawn. An edge along which the latitude grows evenly has
-/// the mean of its sines above the equator.
+/// The part of the sphere between the ring as drawn and the equator, signed. An edge along which the latitude
+/// grows evenly has the mean of its sines above the equator.
 double drawnPart(const Ring& ring)
 {
     double sum = 0;
@@ -61,7 +61,13 @@ double drawnPart(const Ring& ring)
         const double mean = std::sin((ring[i].y() + from.y()) / 2 * radians);
         sum += drawnStep(from, ring[i]) * radians * mean * (half == 0 ? 1 : std::sin(half) / half);
     }
-    return std::fabs(sum) / (4 * pi);
+    return sum / (4 * pi);
+}
+
+/// The one that is nearer to @p guess.
+double nearer(double guess, double one, double other)
+{
+    return std::fabs(other - guess) < std::fabs(one - guess) ? other : one;
 }
 
 } // namespace
@@ -74,31 +80,57 @@ Surface::Surface(CalcMode mode, const Ellipsoid& ellipsoid, Edges edges)
 {}
 
 /// The library gives the smaller of the two sides; the drawing tells which one is meant.
-std::pair<double, double> Surface::geodesicRing(const Ring& ring) const
+Surface::RingMeasures Surface::geodesicRing(const Ring& ring) const
 {
     const auto [smaller, perimeter] =
         utils::ellipsoidPolygonAreaPerimeter(ring, m_ellipsoid.a, m_ellipsoid.rf);
     if (ring.size() < 3) {
-        return {smaller, perimeter};
+        return {smaller, perimeter, NAN};
     }
     const Drawing drawing = drawingOf(ring);
-    const double height = std::sin(drawing.north * radians) - std::sin(drawing.south * radians);
-    const double boxPart = (drawing.east - drawing.west) / 360 * height / 2;
-    // What lies within a quarter of the sphere need not be looked at closely: most rings do.
-    if (!drawing.closes || boxPart < 0.25) {
-        return {smaller, perimeter};
-    }
-    const double drawn = drawnPart(ring) * m_whole;
     const double larger = m_whole - smaller;
-    return {std::fabs(larger - drawn) < std::fabs(smaller - drawn) ? larger : smaller, perimeter};
+    if (std::fabs(drawing.turn) > 180) {
+        const double north = 0.5 - std::copysign(1, drawing.turn) * drawnPart(ring);
+        return {smaller, perimeter, nearer(north * m_whole, smaller, larger)};
+    }
+    const double height = std::sin(drawing.north * radians) - std::sin(drawing.south * radians);
+    // What lies within a quarter of the sphere need not be looked at closely: most rings do.
+    if ((drawing.east - drawing.west) / 360 * height / 2 < 0.25) {
+        return {smaller, perimeter, NAN};
+    }
+    return {nearer(std::fabs(drawnPart(ring)) * m_whole, smaller, larger), perimeter, NAN};
 }
 
-std::pair<double, double> Surface::measureRing(const Ring& ring) const
+Surface::RingMeasures Surface::measureRing(const Ring& ring) const
 {
-    if (m_mode == CalcMode::Cartesian) {
-        return utils::cartesianPolygonAreaPerimeter(ring);
+    if (m_mode != CalcMode::Cartesian && m_edges == Edges::Geodesic) {
+        return geodesicRing(ring);
     }
-    return m_edges == Edges::Straight ? StraightEdges(m_ellipsoid).ring(ring) : geodesicRing(ring);
+    const auto [area, perimeter] = m_mode == CalcMode::Cartesian ? utils::cartesianPolygonAreaPerimeter(ring)
+                                                                 : StraightEdges(m_ellipsoid).ring(ring);
+    return {area, perimeter, NAN};
+}
+
+double Surface::measurePolygon(const std::vector<Ring>& rings, double& perimeter, bool& isOdd) const
+{
+    double outer = 0;
+    double outerCap = NAN;
+    double holes = 0;
+    for (std::size_t i = 0; i < rings.size(); ++i) {
+        const RingMeasures ring = measureRing(rings[i]);
+        perimeter += ring.perimeter;
+        if (i == 0) {
+            outer = ring.area;
+            outerCap = ring.northCap;
+        } else if (std::isnan(outerCap) || std::isnan(ring.northCap)) {
+            holes += ring.area;
+        } else {
+            outer = std::fabs(outerCap - ring.northCap); // both go round a pole
+            outerCap = NAN;
+        }
+    }
+    isOdd = holes > outer * (1 + 1e-9);
+    return std::isnan(outer - holes) ? outer - holes : std::max(0.0, outer - holes);
 }
 
 double Surface::measureLine(const Ring& line) const
@@ -119,17 +151,11 @@ Measures Surface::measure(const MapFeature& feature, Notes& notes) const
 {
     Measures sum;
     for (const std::vector<Ring>& polygon : feature.polygons) {
-        double outer = 0;
-        double holes = 0;
-        for (std::size_t i = 0; i < polygon.size(); ++i) {
-            const auto [area, perimeter] = measureRing(polygon[i]);
-            (i == 0 ? outer : holes) += area;
-            sum.perimeter += perimeter;
-        }
-        if (holes > outer * (1 + 1e-9)) {
+        bool isOdd = false;
+        sum.area += measurePolygon(polygon, sum.perimeter, isOdd);
+        if (isOdd) {
             notes.add(Text::tr("дыры больше многоугольника; его площадь взята за 0"), feature);
         }
-        sum.area += std::max(0.0, outer - holes);
     }
     for (const Ring& line : feature.lines) {
         sum.length += measureLine(line);

@@ -25,7 +25,8 @@ struct Measures
 ///
 /// The area of a ring on the sphere or the ellipsoid is that of the side that it encloses as drawn in
 /// longitude and latitude, whatever its orientation and its size. A ring that goes round a pole without
-/// closing in longitude has no such side; the smaller one is taken.
+/// closing in longitude has no such side; the smaller one is taken, but of a polygon whose hole goes round
+/// as well the zone between the two.
 class Surface
 {
 public:
@@ -36,8 +37,15 @@ public:
     [[nodiscard]] Measures measure(const MapFeature& feature, Notes& notes) const;
 
 private:
-    [[nodiscard]] std::pair<double, double> measureRing(const Ring& ring) const;
-    [[nodiscard]] std::pair<double, double> geodesicRing(const Ring& ring) const;
+    struct RingMeasures
+    {
+        double area;
+        double perimeter;
+        double northCap; ///< area north of a ring that goes round a pole, NaN for all others
+    };
+    [[nodiscard]] RingMeasures measureRing(const Ring& ring) const;
+    [[nodiscard]] RingMeasures geodesicRing(const Ring& ring) const;
+    [[nodiscard]] double measurePolygon(const std::vector<Ring>& rings, double& perimeter, bool& isOdd) const;
     [[nodiscard]] double measureLine(const Ring& line) const;
 
     core::CalcMode m_mode;
