@@ -13,6 +13,7 @@ packages=(
   qtbase5-dev qttools5-dev qttools5-dev-tools
   libproj-dev
   libdw-dev
+  rapidjson-dev
   libgtest-dev libgmock-dev
   python3-dev
 )
@@ -20,7 +21,7 @@ for group in "$@"; do
   case $group in
     bench)
       packages+=(libbenchmark-dev geographiclib-tools libboost-dev libgeographiclib-dev libisal-dev
-        libkf5threadweaver-dev libsqlite3-dev rapidjson-dev)
+        libkf5threadweaver-dev libsqlite3-dev)
       ;;
     package) packages+=(dpkg-dev file gzip) ;;
     qt6) packages+=(qt6-base-dev qt6-5compat-dev qt6-l10n-tools libgl-dev) ;;

@@ -23,6 +23,8 @@ constexpr Command commands[] = {
     {"crash", QT_TRANSLATE_NOOP("veltor", "показать отчёт о сбое, оставшийся от программы"), &runCrash},
     {"distance", QT_TRANSLATE_NOOP("veltor", "расстояния между двумя точками по всем формулам"),
      &runDistance},
+    {"geodesic", QT_TRANSLATE_NOOP("veltor", "прямая и обратная геодезические задачи, точки вдоль линии"),
+     &runGeodesic},
     {"journal", QT_TRANSLATE_NOOP("veltor", "показать журнал отката, откатить, исправить, убрать"),
      &runJournal},
     {"locks", QT_TRANSLATE_NOOP("veltor", "кто использует файлы и почему их нельзя записать"), &runLocks},

@@ -6,6 +6,7 @@
 #include "utils/text/LocaleText.h"
 #include "utils/text/NeutralText.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -186,7 +187,16 @@ QString toStringByMode(float x, DigitsAfterPoint mode, int digits)
 QString separateThousands(QString text, QChar point, QChar separator, int first)
 {
     const base::Length pointIndex = point.isNull() ? -1 : text.indexOf(point);
-    return grouped(text, pointIndex < 0 ? text.size() : pointIndex, QString(separator), first, 1);
+    const base::Length end = pointIndex < 0 ? text.size() : pointIndex;
+    QString result = grouped(text, end, QString(separator), std::max(first, 0), 1);
+    // Places at and before the beginning count from the end.
+    for (base::Length place = end - (end - 1) / 3 * 3 - 3; place > first; place -= 3) {
+        const base::Length at = place < 0 ? place + result.size() : place;
+        if (at >= 0) {
+            result.insert(at, separator);
+        }
+    }
+    return result;
 }
 
 QString separateDouble(double x, QLocale locale)
