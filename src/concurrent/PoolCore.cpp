@@ -288,6 +288,7 @@ void PoolCore::cancelAll()
         for (const JobPtr& job : m_queue.takeAll()) {
             setAside(job);
         }
+        m_staged = 0;
         const auto ask = [&handlers](const JobPtr& job) {
             if (job && job->task) {
                 handlers.push_back(job->task->progressHandler());

@@ -38,6 +38,7 @@ class TaskThreadPool;
 ///     stage      the task lives in
 ///     Arriving   its former thread: the caller's, or one whose event loop will hand it over
 ///     Queued     the service thread, which delivers its events
+///     Staged     none, for a moment: see PoolStaging.cpp
 ///     Handed     the service thread, then the worker
 ///     Running    the worker (a service task: the service thread)
 ///     Ended      the same, until its last call is over; deleted there
@@ -75,6 +76,7 @@ public:
     void onEnd(const JobPtr& job);
     void onReleased(const JobPtr& job);
     void onDestroyed(PoolJob& job);
+    void onPosted(const PoolJob& job);
     [[nodiscard]] bool withdraw(const JobPtr& job);
     void atEndOf(PoolThread& thread);
 
@@ -91,7 +93,8 @@ private:
     {
         None,
         Dropped,
-        Next,
+        Here, // the worker takes it by itself
+        Next, // the service thread hands it over
     };
 
     // In the task's thread.
@@ -107,7 +110,7 @@ private:
     // In a worker.
     void serve(PoolThread& worker, JobPtr job);
     [[nodiscard]] bool runOne(const JobPtr& job);
-    [[nodiscard]] JobPtr following(PoolThread& worker, const JobPtr& ended);
+    [[nodiscard]] JobPtr following(PoolThread& worker, const JobPtr& ended, bool wasQuick);
     void afterEnd(PoolThread& worker, const JobPtr& job);
 
     // In the service thread.
@@ -116,14 +119,21 @@ private:
     void serveService(const JobPtr& job);
     void endService(const JobPtr& job);
     void settle();
+    void stage();
+    void recall();
+    void watch(std::size_t takenBefore);
+    void moveStaging(const std::vector<JobPtr>& jobs, QThread* to, PoolJob::Stage then);
     void reap(PoolThread* worker);
 
     // Under the mutex.
     [[nodiscard]] bool idle() const;
     void wakeIfIdle();
-    [[nodiscard]] Turn nextTurn(PoolThread& worker, int way);
+    [[nodiscard]] Turn nextTurn(PoolThread& worker);
     Turn dispatchOne();
     void setAside(const JobPtr& job);
+    [[nodiscard]] bool unqueue(PoolJob& job);
+    void askToStage();
+    void watchAgain();
     void passed();
     [[nodiscard]] std::vector<JobPtr> lastOf(PoolThread& thread);
 
@@ -146,6 +156,12 @@ private:
     bool m_paused = false;
     std::deque<JobPtr> m_requests; // handed over by feed()
     bool m_feeding = false;
+    int m_quick = 0;               // tasks in a row that were short
+    std::size_t m_staged = 0;
+    std::size_t m_taken = 0; // of the staged ones, so far
+    int m_missed = 0;        // turns that found the queue held up
+    bool m_staging = false;
+    bool m_watching = false;
     std::vector<JobPtr> m_aside; // to be ended and deleted by settle()
     std::size_t m_unsettled = 0;
     std::set<JobPtr> m_services;

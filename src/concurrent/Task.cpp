@@ -181,7 +181,7 @@ void Task::cancel()
     }
     const std::shared_ptr<TaskCore> core = m_core; // the request may be the end of the task
     if (thread() != QThread::currentThread()) {
-        post(this, [this] { cancel(); });
+        core->call([](Task* task) { task->cancel(); });
         core->state->cancelRequested();
         return;
     }

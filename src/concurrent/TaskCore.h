@@ -71,6 +71,7 @@ public:
     template <typename F>
     void call(F function)
     {
+        std::shared_ptr<TaskOwner> owner;
         Task* task = nullptr;
         {
             const std::lock_guard lock(m_mutex);
@@ -80,10 +81,15 @@ public:
             }
             if (task->thread() != QThread::currentThread()) {
                 post(task, [task, f = std::move(function)]() mutable { f(task); });
-                return;
+                task = nullptr;
+                owner = m_owner;
             }
         }
-        function(task); // only this thread can destroy it
+        if (task) {
+            function(task); // only this thread can destroy it
+        } else if (owner) {
+            owner->onPosted();
+        }
     }
 
 private:
