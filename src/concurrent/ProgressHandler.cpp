@@ -2,6 +2,7 @@
 
 #include <veltor/concurrent/ProgressHandler.h>
 
+#include "EventThread.h"
 #include "Post.h"
 #include "ProgressHandlerPrivate.h"
 
@@ -26,11 +27,14 @@ ProgressHandler::ProgressHandler(QObject* parent)
     , m_p(std::make_unique<Private>())
 {}
 
-ProgressHandler::~ProgressHandler() = default;
+ProgressHandler::~ProgressHandler()
+{
+    m_p->follow(*this, nullptr);
+}
 
 /// Runs @p effect as the invoke type says. The plain case, a write from the handler's own thread, needs no
 /// event; and where no thread delivers events to the handler any more, an event would only be lost. The thread of
-/// a task's handler is not looked at for that: it may be deleted any moment, but the task has told before.
+/// a task's handler is not looked at for that: it may be deleted any moment.
 template <typename F>
 void ProgressHandler::write(F effect)
 {
@@ -370,6 +374,21 @@ void ProgressHandler::storeRange(Range range)
 void ProgressHandler::storeProgress(double value) noexcept
 {
     m_p->progress.store(value);
+}
+
+void ProgressHandler::Private::follow(const ProgressHandler& handler, const QThread* thread)
+{
+    if (threadFinished) {
+        disconnect(threadStarted);
+        disconnect(threadFinished);
+    }
+    homeless.store(false);
+    if (thread && !dynamic_cast<const EventThread*>(thread)) {
+        threadStarted = connect(
+            thread, &QThread::started, &handler, [this] { homeless.store(false); }, Qt::DirectConnection);
+        threadFinished = connect(
+            thread, &QThread::finished, &handler, [this] { homeless.store(true); }, Qt::DirectConnection);
+    }
 }
 
 struct HandlerAccess
