@@ -2,6 +2,29 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="ru">
 <context>
+    <name>GroupTask</name>
+    <message>
+        <source>неизвестная ошибка</source>
+        <translation>unknown error</translation>
+    </message>
+    <message>
+        <source>Часть %1</source>
+        <translation>Part %1</translation>
+    </message>
+    <message>
+        <source>Задача &apos;%1&apos; не может быть частью группы: у неё есть владелец, она живёт в другом потоке или уже запущена</source>
+        <translation>The task &apos;%1&apos; cannot be a part of the group: it has an owner, lives in another thread or was started before</translation>
+    </message>
+    <message>
+        <source>Группа задач уже запущена</source>
+        <translation>The group of tasks was started before</translation>
+    </message>
+    <message>
+        <source>Части группы ждут друг друга по кругу: %1</source>
+        <translation>Parts of the group wait for each other in a circle: %1</translation>
+    </message>
+</context>
+<context>
     <name>QObject</name>
     <message>
         <source>иное</source>
@@ -78,6 +101,64 @@
     <message>
         <source>Нет</source>
         <translation>No</translation>
+    </message>
+</context>
+<context>
+    <name>TaskListModel</name>
+    <message>
+        <source>Неизвестная ошибка</source>
+        <translation>Unknown error</translation>
+    </message>
+    <message>
+        <source>В очереди</source>
+        <translation>Waiting</translation>
+    </message>
+    <message>
+        <source>Выполняется</source>
+        <translation>Running</translation>
+    </message>
+    <message>
+        <source>Приостановлено</source>
+        <translation>Paused</translation>
+    </message>
+    <message>
+        <source>Отменяется</source>
+        <translation>Canceling</translation>
+    </message>
+    <message>
+        <source>Готово</source>
+        <translation>Done</translation>
+    </message>
+    <message>
+        <source>Отменено</source>
+        <translation>Canceled</translation>
+    </message>
+    <message>
+        <source>Ошибка</source>
+        <translation>Failed</translation>
+    </message>
+    <message>
+        <source>осталось %1 с</source>
+        <translation>%1 s left</translation>
+    </message>
+    <message>
+        <source>осталось %1 мин</source>
+        <translation>%1 min left</translation>
+    </message>
+    <message>
+        <source>осталось %1 ч %2 мин</source>
+        <translation>%1 h %2 min left</translation>
+    </message>
+</context>
+<context>
+    <name>TaskResult</name>
+    <message>
+        <source>Ошибка, о которой никто не спросил: %1</source>
+        <translation>An error that nobody asked for: %1</translation>
+    </message>
+    <message>
+        <source>Значение результата уже взято</source>
+        <translation>The value of the result was taken before</translation>
     </message>
 </context>
 <context>
