@@ -1,15 +1,15 @@
 #pragma once
 
+#include "ThreadSanitizer.h"
+
 #include <QtCore/QCoreApplication>
 #include <QtCore/QEvent>
 #include <QtCore/QThread>
 
-#include <atomic>
-
 namespace veltor::concurrent {
 
 /// A thread that, before it ends, delivers what was posted to it before quit(), such as a task's cancel(),
-/// and deletes what was to be deleted.
+/// and deletes what was to be deleted. The destructor of a subclass begins with join().
 class EventThread : public QThread
 {
 public:
@@ -20,7 +20,7 @@ public:
     void join()
     {
         wait();
-        static_cast<void>(m_ended.load(std::memory_order_acquire));
+        seen(this);
     }
 
 protected:
@@ -28,12 +28,14 @@ protected:
     {
         exec();
         QCoreApplication::sendPostedEvents();
+        atEnd();
+        QCoreApplication::sendPostedEvents();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        m_ended.store(true, std::memory_order_release); // wait() does it too, unseen by ThreadSanitizer
+        handOver(this);
     }
 
-private:
-    std::atomic<bool> m_ended{false};
+    /// The thread's last work, when it takes no more.
+    virtual void atEnd() {}
 };
 
 } // namespace veltor::concurrent

@@ -1,4 +1,4 @@
-// The runners that take functions out of a pool's queue, and the task that keeps the queue.
+// The functions that wait for a pool's workers, and the runners that take them.
 
 #include "FunctionQueue.h"
 
@@ -6,10 +6,9 @@
 
 #include <QtCore/QElapsedTimer>
 
-#include <functional>
+#include <algorithm>
 #include <map>
 #include <utility>
-#include <vector>
 
 namespace veltor::concurrent {
 namespace {
@@ -18,24 +17,6 @@ namespace {
 constexpr int mostRunners = 64;
 /// Long beside what the change of a runner costs, short beside what a waiting task minds.
 constexpr qint64 turnMs = 10;
-
-/// Tells at once, in the asking thread, of the pool's request to cancel.
-class WatchedHandler : public TaskProgressHandler
-{
-public:
-    WatchedHandler(Task* task, std::function<void()> canceled)
-        : TaskProgressHandler(task)
-        , m_canceled(std::move(canceled))
-    {}
-    void cancel() override
-    {
-        m_canceled();
-        TaskProgressHandler::cancel();
-    }
-
-private:
-    const std::function<void()> m_canceled;
-};
 
 /// The queues of all pools that have one. Never destroyed: pools may be, after everything else.
 struct Registry
@@ -58,16 +39,8 @@ class FunctionQueue::Runner : public Task
 public:
     explicit Runner(std::shared_ptr<FunctionQueue> queue)
         : m_queue(std::move(queue))
-        , m_current(std::make_shared<Current>())
     {
-        // Nobody has its handler but the pool, which cancels all or nothing.
-        const auto cancelAll = [weak = std::weak_ptr<FunctionQueue>(m_queue), current = m_current] {
-            if (const auto kept = weak.lock()) {
-                kept->close();
-            }
-            current->cancel();
-        };
-        setProgressHandler({new WatchedHandler(this, cancelAll), &releaseHandler});
+        setProgressHandler({new Handler(this, m_queue), &releaseHandler});
     }
     ~Runner() override
     {
@@ -76,173 +49,101 @@ public:
         }
     }
 
-    /// The runner of the calling thread; null elsewhere.
-    static Runner*& here() noexcept
-    {
-        thread_local Runner* runner = nullptr;
-        return runner;
-    }
-    [[nodiscard]] const FunctionQueue* queue() const noexcept { return m_queue.get(); }
-
-    void runOne(const ResultCore::Ptr& node)
-    {
-        m_current->push(node);
-        node->run();
-        m_current->pop();
-    }
-
 protected:
     void onStart() override
     {
         m_ran = true;
-        Runner* const outer = std::exchange(here(), this);
-        m_queue->work(*this);
-        here() = outer;
+        m_queue->work();
     }
 
 private:
-    /// The functions that run, one within a wait of another, as other threads see them.
-    class Current
+    /// Nobody has it but the pool, which cancels when it goes, or everything.
+    class Handler : public TaskProgressHandler
     {
     public:
-        void push(const ResultCore::Ptr& node)
+        Handler(Task* task, const std::shared_ptr<FunctionQueue>& queue)
+            : TaskProgressHandler(task)
+            , m_queue(queue)
+        {}
+        void cancel() override
         {
-            const std::lock_guard lock(m_mutex);
-            m_nodes.push_back(node);
-        }
-        void pop()
-        {
-            const std::lock_guard lock(m_mutex);
-            m_nodes.pop_back(); // the runner has a share of its own
-        }
-        void cancel()
-        {
-            std::vector<ResultCore::Ptr> nodes;
-            {
-                const std::lock_guard lock(m_mutex);
-                nodes = m_nodes;
+            if (const std::shared_ptr<FunctionQueue> queue = m_queue.lock()) {
+                queue->drop();
             }
-            for (const ResultCore::Ptr& node : nodes) {
-                node->cancel();
-            }
+            TaskProgressHandler::cancel();
         }
 
     private:
-        std::mutex m_mutex; // guards m_nodes
-        std::vector<ResultCore::Ptr> m_nodes;
+        const std::weak_ptr<FunctionQueue> m_queue;
     };
 
     const std::shared_ptr<FunctionQueue> m_queue;
-    const std::shared_ptr<Current> m_current;
     bool m_ran = false;
-};
-
-/// Holds the queue as long as the pool exists.
-class FunctionQueue::Keeper : public Task
-{
-public:
-    explicit Keeper(std::shared_ptr<FunctionQueue> queue)
-        : m_queue(std::move(queue))
-    {
-        setProgressHandler({new WatchedHandler(this,
-                                               [weak = std::weak_ptr<FunctionQueue>(m_queue)] {
-                                                   if (const auto kept = weak.lock()) {
-                                                       kept->close();
-                                                   }
-                                               }),
-                            &releaseHandler});
-    }
-    ~Keeper() override { m_queue->close(); }
-
-protected:
-    void onStart() override
-    {
-        if (cancelRequested()) {
-            enterCancelledState();
-        } else {
-            enterWaitingState();
-        }
-    }
-    void onCancelRequested() override
-    {
-        m_queue->close();
-        Task::onCancelRequested();
-        enterCancelledState();
-    }
-
-private:
-    const std::shared_ptr<FunctionQueue> m_queue;
 };
 
 std::shared_ptr<FunctionQueue> FunctionQueue::of(TaskThreadPool* pool)
 {
-    std::shared_ptr<FunctionQueue> made;
-    {
-        Registry& all = registry();
-        const std::lock_guard lock(all.mutex);
-        std::weak_ptr<FunctionQueue>& known = all.queues[pool];
-        if (std::shared_ptr<FunctionQueue> queue = known.lock()) {
-            return queue;
-        }
-        made = std::make_shared<FunctionQueue>(pool);
-        known = made;
+    Registry& all = registry();
+    const std::lock_guard lock(all.mutex);
+    std::weak_ptr<FunctionQueue>& known = all.queues[pool];
+    std::shared_ptr<FunctionQueue> queue = known.lock();
+    if (!queue || !queue->m_pool.isOpen()) { // of a former pool at this address
+        queue = std::make_shared<FunctionQueue>(pool);
+        known = queue;
     }
-    pool->startService(new Keeper(made)); // one that is refused closes the queue
-    return made;
-}
-
-bool FunctionQueue::runHere(const ResultCore::Ptr& node)
-{
-    Runner* const runner = Runner::here();
-    if (!runner || runner->queue() != this) {
-        return false;
-    }
-    runner->runOne(node);
-    return true;
+    return queue;
 }
 
 FunctionQueue::FunctionQueue(TaskThreadPool* pool)
-    : m_pool(pool)
+    : m_address(pool)
+    , m_pool(*pool)
 {}
 
-FunctionQueue::~FunctionQueue() = default;
-
-void FunctionQueue::push(ResultCore::Ptr node, TaskThreadPool::Priority priority)
+FunctionQueue::~FunctionQueue()
 {
-    bool closed = false;
-    bool runnerNeeded = false;
+    Registry& all = registry();
+    const std::lock_guard lock(all.mutex);
+    const auto known = all.queues.find(m_address);
+    if (known != all.queues.end() && known->second.expired()) {
+        all.queues.erase(known);
+    }
+}
+
+void FunctionQueue::push(const ResultCore::Ptr& node, TaskThreadPool::Priority priority)
+{
+    bool runnerNeeded = true;
     {
         const std::lock_guard lock(m_mutex);
-        closed = m_closed;
-        if (!closed && priority == TaskThreadPool::High) {
-            m_nodes.push_front(node);
-            runnerNeeded = true; // the others may wait behind tasks
-        } else if (!closed) {
+        if (priority == TaskThreadPool::High) {
+            m_nodes.push_front(node); // a runner of its own: the others may wait behind tasks
+        } else {
             m_nodes.push_back(node);
             runnerNeeded = m_runners < mostRunners;
         }
         m_runners += runnerNeeded ? 1 : 0;
     }
-    if (closed) {
-        node->abandon();
-    } else if (runnerNeeded && !startRunner(priority)) {
-        runnerGone(); // closed meanwhile: close() sees to the node
+    if (runnerNeeded) {
+        startRunner(priority);
     }
 }
 
-bool FunctionQueue::startRunner(TaskThreadPool::Priority priority)
+/// One that was counted already.
+void FunctionQueue::startRunner(TaskThreadPool::Priority priority)
 {
-    const std::lock_guard lock(m_poolMutex);
-    if (m_pool) {
-        m_pool->start(new Runner(shared_from_this()), priority);
-    }
-    return m_pool != nullptr;
+    auto runner = std::make_unique<Runner>(shared_from_this());
+    if (m_pool.start(runner.get(), priority)) {
+        static_cast<void>(runner.release());
+    } // else the pool has closed, and the runner's end is that of all that waits
 }
 
+/// A runner that will not run: the pool has closed, or was told to cancel everything.
 void FunctionQueue::runnerGone()
 {
-    const std::lock_guard lock(m_mutex);
-    --m_runners;
+    {
+        const std::lock_guard lock(m_mutex);
+        --m_runners;
+    }
+    drop();
 }
 
 /// The next function, or the end of a runner.
@@ -255,48 +156,63 @@ ResultCore::Ptr FunctionQueue::next()
     }
     ResultCore::Ptr node = std::move(m_nodes.front());
     m_nodes.pop_front();
+    m_running.push_back(node);
     return node;
 }
 
-void FunctionQueue::work(Runner& runner)
+void FunctionQueue::work()
 {
     QElapsedTimer turn;
     turn.start();
     while (const ResultCore::Ptr node = next()) {
-        runner.runOne(node);
-        if (turn.elapsed() > turnMs) {
+        runNode(node);
+        const TaskThreadPool* const pool = TaskThreadPool::current();
+        if (turn.elapsed() > turnMs || (pool && pool->startsPaused())) {
             // Another runner takes this one's place, before the pool can see it leave.
-            if (!startRunner(TaskThreadPool::Normal)) {
-                runnerGone();
-            }
+            startRunner(TaskThreadPool::Normal);
             return;
         }
     }
 }
 
-void FunctionQueue::close()
+/// One of m_running.
+void FunctionQueue::runNode(const ResultCore::Ptr& node)
 {
-    TaskThreadPool* pool = nullptr;
-    {
-        const std::lock_guard lock(m_poolMutex);
-        pool = std::exchange(m_pool, nullptr);
+    if (!m_pool.isOpen()) { // it was taken while the others were dropped
+        node->cancel();
     }
-    if (pool) {
-        Registry& all = registry();
-        const std::lock_guard lock(all.mutex);
-        const auto known = all.queues.find(pool);
-        if (known != all.queues.end() && known->second.lock().get() == this) {
-            all.queues.erase(known);
-        }
+    node->run();
+    const std::lock_guard lock(m_mutex);
+    m_running.erase(std::find(m_running.begin(), m_running.end(), node));
+}
+
+bool FunctionQueue::runHere(const ResultCore::Ptr& node)
+{
+    if (TaskThreadPool::current() != m_address) {
+        return false;
     }
-    std::deque<ResultCore::Ptr> nodes;
     {
         const std::lock_guard lock(m_mutex);
-        m_closed = true;
+        m_running.push_back(node);
+    }
+    runNode(node);
+    return true;
+}
+
+void FunctionQueue::drop()
+{
+    std::deque<ResultCore::Ptr> nodes;
+    std::vector<ResultCore::Ptr> running;
+    {
+        const std::lock_guard lock(m_mutex);
         nodes.swap(m_nodes);
+        running = m_running;
     }
     for (const ResultCore::Ptr& node : nodes) {
         node->abandon();
+    }
+    for (const ResultCore::Ptr& node : running) {
+        node->cancel();
     }
 }
 

@@ -26,46 +26,49 @@ public:
         FunctionTask& m_task;
     };
 
-    void run(FunctionTask& task) const
+    template <typename F>
+    Private(const F& given, bool cancels, bool pauses, std::function<void(FunctionTask&)> how)
+        : canCancel(cancels)
+        , canPause(pauses)
+        , run(std::move(how))
     {
-        if (plain) {
-            plain();
-        } else {
-            Scope scope(task);
-            scoped(scope);
+        if (!given) {
+            throw err::NullArgument(QStringLiteral("work"));
         }
     }
 
-    Scoped scoped;
-    Plain plain;
+    const bool canCancel;
+    const bool canPause;
+    const std::function<void(FunctionTask&)> run;
 };
 
 FunctionTask::FunctionTask(Scoped work)
-    : d(new Private{std::move(work), {}})
-{
-    if (!d->scoped) {
-        throw err::NullArgument(QStringLiteral("work"));
-    }
-}
+    : d(std::make_unique<Private>(work, true, true, [work](FunctionTask& task) {
+        Private::Scope scope(task);
+        work(scope);
+    }))
+{}
+
+FunctionTask::FunctionTask(Cancelable work)
+    : d(std::make_unique<Private>(work, true, false, [work](FunctionTask& task) {
+        work(task.progressHandler()->cancellationToken());
+    }))
+{}
 
 FunctionTask::FunctionTask(Plain work)
-    : d(new Private{{}, std::move(work)})
-{
-    if (!d->plain) {
-        throw err::NullArgument(QStringLiteral("work"));
-    }
-}
+    : d(std::make_unique<Private>(work, false, false, [work](FunctionTask&) { work(); }))
+{}
 
 FunctionTask::~FunctionTask() = default;
 
 bool FunctionTask::canCancel() const
 {
-    return !d->plain;
+    return d->canCancel;
 }
 
 bool FunctionTask::canPause() const
 {
-    return !d->plain;
+    return d->canPause;
 }
 
 void FunctionTask::onStart()

@@ -1,3 +1,5 @@
+// A QFutureWatcher as a progress handler.
+
 #include <veltor/concurrent/FutureWatcherProgressHandler.h>
 
 #include <veltor/err/Exceptions.h>
@@ -20,7 +22,10 @@ FutureWatcherProgressHandler::FutureWatcherProgressHandler(QFutureWatcherBase* w
     connect(watcher, &Watcher::progressRangeChanged, this, [this](int from, int to) {
         setProgressRange({double(from), double(to)});
     });
-    connect(watcher, &Watcher::canceled, this, &ProgressHandler::cancelRequest);
+    connect(watcher, &Watcher::canceled, this, [this] {
+        storeCanceled();
+        Q_EMIT cancelRequest();
+    });
     connect(watcher, &Watcher::finished, this, &ProgressHandler::finished);
     connect(watcher, &Watcher::progressTextChanged, this, &ProgressHandler::messageChanged);
 }
@@ -29,6 +34,7 @@ FutureWatcherProgressHandler::~FutureWatcherProgressHandler() = default;
 
 void FutureWatcherProgressHandler::cancel()
 {
+    ProgressHandler::cancel(); // the sub-handlers
     if (m_watcher) {
         m_watcher->cancel();
     }

@@ -4,8 +4,6 @@
 
 #include "Post.h"
 
-#include <QtCore/QThread>
-
 #include <algorithm>
 #include <utility>
 
@@ -110,8 +108,7 @@ std::size_t GroupRun::limit() const
     if (!pool) {
         return 1;
     }
-    // More would only wait in the pool's queue instead of here, and be out of reach of a cancellation.
-    return maxRunning > 0 ? std::size_t(maxRunning) : 2 * std::size_t(QThread::idealThreadCount());
+    return maxRunning > 0 ? std::size_t(maxRunning) : parts.size();
 }
 
 /// Under the mutex.
@@ -134,23 +131,13 @@ bool GroupRun::launch(std::size_t index, Task* task)
         partEnded(index);
         return true;
     }
+    if (pool) {
+        handOver(index, task);
+        return true;
+    }
     {
         const std::lock_guard lock(mutex);
-        if (pool) {
-            parts[index].task = nullptr;
-        } else {
-            m_starting = index;
-        }
-    }
-    if (pool) {
-        // A group only waits: it must not take a worker from its parts.
-        const auto* group = qobject_cast<const GroupTask*>(task);
-        if (group && group->d->pool) {
-            pool->startService(task);
-        } else {
-            pool->start(task);
-        }
-        return true;
+        m_starting = index;
     }
     task->start();
     {
@@ -159,6 +146,34 @@ bool GroupRun::launch(std::size_t index, Task* task)
     }
     wake();
     return false;
+}
+
+/// To the pool. A part that it refuses, or that refuses it, ends as cancelled or with that error.
+void GroupRun::handOver(std::size_t index, Task* task)
+{
+    {
+        const std::lock_guard lock(mutex);
+        parts[index].task = nullptr;
+    }
+    std::exception_ptr error;
+    try {
+        // A group only waits: it must not take a worker from its parts.
+        const auto* group = qobject_cast<const GroupTask*>(task);
+        if (m_poolRef.isOpen() && group && group->d->pool) {
+            pool->startService(task);
+            return;
+        }
+        if (m_poolRef.start(task)) {
+            return;
+        }
+    } catch (...) {
+        error = std::current_exception();
+    }
+    {
+        const std::lock_guard lock(mutex);
+        parts[index].error = error;
+    }
+    delete task;
 }
 
 void GroupRun::watch(std::size_t index)
@@ -171,11 +186,6 @@ void GroupRun::watch(std::size_t index)
     };
     using H = ProgressHandler;
     QObject::connect(handler, &H::started, [self, handler] { self->partStarted(*handler); });
-    QObject::connect(handler, &H::paused, [self, handler] {
-        if (!self->isPaused()) { // the group was continued before the part came to its pause
-            handler->continueWork();
-        }
-    });
     QObject::connect(handler, &H::successful,
                      [self, note, index] { note([&] { self->parts[index].successful = true; }); });
     QObject::connect(handler, &H::canceled,
@@ -264,7 +274,14 @@ void GroupRun::cancelRunning()
         if (!handler->isCanceled()) {
             handler->cancel();
         }
+        handler->withdraw(); // it need not wait for its turn
     }
+}
+
+void GroupRun::setPool(TaskThreadPool* newPool)
+{
+    pool = newPool;
+    m_poolRef = newPool ? TaskPoolRef(*newPool) : TaskPoolRef();
 }
 
 bool GroupRun::isPaused()

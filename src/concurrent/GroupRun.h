@@ -41,6 +41,7 @@ public:
     void wake();
     /// Nothing begins any more, and what runs is asked to cancel.
     void stop();
+    void setPool(TaskThreadPool* newPool);
     [[nodiscard]] bool isPaused();
     /// Pauses or continues the parts that run; false when nothing has begun, and advance() will look.
     bool setPaused(bool on);
@@ -64,6 +65,7 @@ private:
     [[nodiscard]] std::size_t limit() const;
     [[nodiscard]] std::vector<Task*> takeNeedless();
     bool launch(std::size_t index, Task* task);
+    void handOver(std::size_t index, Task* task);
     void watch(std::size_t index);
     void partStarted(const TaskProgressHandler& handler);
     void partEnded(std::size_t index);
@@ -72,6 +74,7 @@ private:
     void conclude();
     [[noreturn]] void throwFailures(std::size_t from);
 
+    TaskPoolRef m_poolRef; // settled before the start too
     GroupTask* m_group;
     bool m_wakeUnderWay = false;
     bool m_begun = false;

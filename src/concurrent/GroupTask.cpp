@@ -117,7 +117,7 @@ int GroupTask::partCount() const
 void GroupTask::setPool(TaskThreadPool* pool)
 {
     requireNotStarted();
-    d->pool = pool;
+    d->setPool(pool);
 }
 
 void GroupTask::setMaxRunning(int limit)

@@ -1,60 +1,62 @@
 #pragma once
 
+#include "ThreadSanitizer.h"
+
 #include <QtCore/QMetaObject>
 #include <QtCore/QObject>
 
-#include <atomic>
 #include <utility>
 
 namespace veltor::concurrent {
 
-/// A closure on its way through Qt's event queue. The release and acquire pair says here, in our own
-/// code, what the queue's lock guarantees anyway: all that the sender wrote is seen by the receiver.
-/// ThreadSanitizer cannot see that lock, since Qt's binaries are not instrumented.
+#ifdef VELTOR_THREAD_SANITIZER
+/// A closure on its way through Qt's event queue, whose lock is out of the sanitizer's sight.
 template <typename F>
-class Handoff
+class Posted
 {
 public:
-    explicit Handoff(F function)
+    explicit Posted(F function)
         : m_function(std::move(function))
     {
-        publish();
+        handOver(this);
     }
-    Handoff(const Handoff& other)
-        : m_function((other.receive(), other.m_function))
+    Posted(Posted&& other) noexcept
+        : m_function((seen(&other), std::move(other.m_function)))
     {
-        publish();
+        handOver(this);
     }
-    Handoff(Handoff&& other) noexcept
-        : m_function((other.receive(), std::move(other.m_function)))
-    {
-        publish();
-    }
-    Handoff& operator=(const Handoff&) = delete;
-    Handoff& operator=(Handoff&&) = delete;
-    ~Handoff() { receive(); }
+    ~Posted() { seen(this); }
 
     void operator()()
     {
-        receive();
+        seen(this);
         m_function();
-        publish(); // the sender may be the one who destroys the closure
+        handOver(this); // the sender may be the one who destroys the closure
     }
 
 private:
-    void publish() noexcept { m_published.store(true, std::memory_order_release); }
-    void receive() const noexcept { static_cast<void>(m_published.load(std::memory_order_acquire)); }
-
     F m_function;
-    std::atomic<bool> m_published{false};
 };
+
+template <typename F>
+Posted<F> posted(F function)
+{
+    return Posted<F>(std::move(function));
+}
+#else
+template <typename F>
+F posted(F function)
+{
+    return function;
+}
+#endif
 
 /// Runs @p function in the thread of @p context, from its event loop unless @p type says otherwise; not
 /// at all when the context is destroyed before.
 template <typename F>
 void post(QObject* context, F function, Qt::ConnectionType type = Qt::QueuedConnection)
 {
-    QMetaObject::invokeMethod(context, Handoff<F>(std::move(function)), type);
+    QMetaObject::invokeMethod(context, posted(std::move(function)), type);
 }
 
 } // namespace veltor::concurrent

@@ -1,32 +1,46 @@
+// The observable face of a running operation.
+
 #include <veltor/concurrent/ProgressHandler.h>
 
 #include "Post.h"
+#include "ProgressHandlerPrivate.h"
 
 #include <QtCore/QEvent>
 #include <QtCore/QThread>
+#include <QtCore/QTimer>
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 #include <utility>
 
 namespace veltor::concurrent {
+namespace {
+
+constexpr qint64 longestTimerMs = 1000 * 60 * 60 * 24;
+
+} // namespace
 
 ProgressHandler::ProgressHandler(QObject* parent)
     : QObject(parent)
-    , m_id(QUuid::createUuid())
+    , m_p(std::make_unique<Private>())
 {}
 
 ProgressHandler::~ProgressHandler() = default;
 
 /// Runs @p effect as the invoke type says. The plain case, a write from the handler's own thread, needs no
-/// event; and where no thread delivers events to the handler any more, an event would only be lost.
+/// event; and where no thread delivers events to the handler any more, an event would only be lost. The
+/// thread of a task's handler is not looked at for that: it may be deleted any moment, but the task has told
+/// before.
 template <typename F>
 void ProgressHandler::write(F effect)
 {
-    const Qt::ConnectionType type = m_invokeType.load();
+    const Qt::ConnectionType type = m_p->invokeType.load();
     const QThread* home = thread();
     const bool own = home == QThread::currentThread();
-    if (!home || type == Qt::DirectConnection || (own && type == Qt::AutoConnection) || home->isFinished()) {
+    const bool waits = type == Qt::BlockingQueuedConnection; // for itself, in its own thread
+    if (!home || type == Qt::DirectConnection || (own && (type == Qt::AutoConnection || waits)) ||
+        (m_p->task ? m_p->homeless.load() : home->isFinished())) {
         effect();
     } else {
         post(this, std::move(effect), type);
@@ -47,8 +61,8 @@ void ProgressHandler::setProgress(double value)
 void ProgressHandler::setProgress(progress::Add increment)
 {
     write([this, increment] {
-        double former = m_progress.load();
-        while (!m_progress.compare_exchange_weak(former, former + increment.value)) {
+        double former = m_p->progress.load();
+        while (!m_p->progress.compare_exchange_weak(former, former + increment.value)) {
         }
         emitProgress(former, former + increment.value);
     });
@@ -68,7 +82,7 @@ void ProgressHandler::setFinalProgress()
 {
     // The scale is looked up where the value is set: a new one may be on its way there.
     write([this] {
-        if (!m_ignoreFinal.load()) {
+        if (!m_p->ignoreFinal.load()) {
             setProgress_impl(range().end);
         }
     });
@@ -76,12 +90,12 @@ void ProgressHandler::setFinalProgress()
 
 void ProgressHandler::setProgress_impl(double value)
 {
-    emitProgress(m_progress.exchange(value), value);
+    emitProgress(m_p->progress.exchange(value), value);
 }
 
 double ProgressHandler::progress() const noexcept
 {
-    return m_progress.load();
+    return m_p->progress.load();
 }
 
 Range ProgressHandler::range() const
@@ -91,7 +105,11 @@ Range ProgressHandler::range() const
 
 const QUuid& ProgressHandler::id() const noexcept
 {
-    return m_id;
+    const std::lock_guard lock(m_p->mutex);
+    if (m_p->id.isNull()) {
+        m_p->id = QUuid::createUuid();
+    }
+    return m_p->id;
 }
 
 bool ProgressHandler::isRunning() const
@@ -156,27 +174,27 @@ void ProgressHandler::setCancelMethod(std::function<void()> method)
 
 QFlags<ProgressHandler::ExtraData> ProgressHandler::extraData() const noexcept
 {
-    return ExtraDataFlags(QFlag(m_extraData.load()));
+    return ExtraDataFlags(QFlag(m_p->extraData.load()));
 }
 
 void ProgressHandler::setExtraData(const QFlags<ExtraData>& flags) noexcept
 {
-    m_extraData.store(static_cast<int>(flags));
+    m_p->extraData.store(static_cast<int>(flags));
 }
 
 void ProgressHandler::setIgnoreFinal(bool ignore) noexcept
 {
-    m_ignoreFinal.store(ignore);
+    m_p->ignoreFinal.store(ignore);
 }
 
 void ProgressHandler::setInvokeType(Qt::ConnectionType type) noexcept
 {
-    m_invokeType.store(type);
+    m_p->invokeType.store(type);
 }
 
 void ProgressHandler::finish() noexcept
 {
-    m_finished.store(true);
+    m_p->finished.store(true);
 }
 
 void ProgressHandler::setError(const err::ConcurrentNestedException& error)
@@ -187,21 +205,49 @@ void ProgressHandler::setError(const err::ConcurrentNestedException& error)
 void ProgressHandler::registerSubHandler(std::shared_ptr<ProgressHandler> handler)
 {
     if (handler) {
-        const std::lock_guard lock(m_mutex);
-        m_subHandlers.push_back(std::move(handler));
+        const std::lock_guard lock(m_p->mutex);
+        m_p->subHandlers.push_back(std::move(handler));
     }
+}
+
+CancellationToken ProgressHandler::cancellationToken() const
+{
+    return cancellationToken_impl();
 }
 
 void ProgressHandler::waitForFinished(QFlags<QEventLoop::ProcessEventsFlag> flags)
 {
-    if (isFinished_impl()) {
-        return;
+    waitForFinished(QDeadlineTimer(QDeadlineTimer::Forever), flags);
+}
+
+bool ProgressHandler::waitForFinished(QDeadlineTimer deadline, QFlags<QEventLoop::ProcessEventsFlag> flags)
+{
+    const bool ofTask = m_p->task != nullptr; // finished() may be that of a part, passed on
+    bool ended = isFinished_impl();
+    if (ended) {
+        return true;
     }
     QEventLoop loop;
-    connect(this, &ProgressHandler::finished, &loop, &QEventLoop::quit, Qt::QueuedConnection);
-    if (!isFinished_impl()) { // the end may have come before the connection
+    QTimer limit;
+    connect(&limit, &QTimer::timeout, &loop, &QEventLoop::quit);
+    connect(
+        this, &ProgressHandler::finished, &loop,
+        [&] {
+            ended = true;
+            loop.quit();
+        },
+        Qt::QueuedConnection);
+    while (!isFinished_impl() && !deadline.hasExpired()) { // the end may have come before the connection
+        if (!deadline.isForever()) {
+            limit.start(int(std::min<qint64>(deadline.remainingTime(), longestTimerMs)));
+        }
         loop.exec(flags);
+        if (ended && !ofTask) {
+            return true;
+        }
+        ended = false;
     }
+    return isFinished_impl();
 }
 
 void ProgressHandler::throwIfCanceled() const
@@ -214,8 +260,7 @@ void ProgressHandler::throwIfCanceled() const
 bool ProgressHandler::event(QEvent* event)
 {
     if (event->type() == QEvent::DeferredDelete) {
-        // See all that the thread that released the handler did, as in Handoff.
-        static_cast<void>(m_released.load(std::memory_order_acquire));
+        seen(this);
     }
     return QObject::event(event);
 }
@@ -230,26 +275,28 @@ void ProgressHandler::sendCancel()
 void ProgressHandler::stopTaskWithEvents()
 {
     sendCancel();
-    waitForFinished(QEventLoop::ExcludeUserInputEvents);
+    if (withdraw_impl()) {
+        waitForFinished(QEventLoop::ExcludeUserInputEvents);
+    }
 }
 
 void ProgressHandler::stopTaskWithoutEvents()
 {
     sendCancel();
-    while (!isFinished_impl()) {
+    while (withdraw_impl() && !isFinished_impl()) {
         QThread::yieldCurrentThread();
     }
 }
 
 void ProgressHandler::cancel()
 {
-    m_canceled.store(true);
+    storeCanceled();
     // A sub-handler's cancel() may run foreign code, which may come back here: it gets a copy of the list,
     // and no lock. The copy also keeps the handlers alive meanwhile.
     std::vector<std::shared_ptr<ProgressHandler>> subHandlers;
     {
-        const std::lock_guard lock(m_mutex);
-        subHandlers = m_subHandlers;
+        const std::lock_guard lock(m_p->mutex);
+        subHandlers = m_p->subHandlers;
     }
     for (const std::shared_ptr<ProgressHandler>& handler : subHandlers) {
         handler->cancel();
@@ -263,18 +310,18 @@ bool ProgressHandler::isRunning_impl() const
 
 bool ProgressHandler::isFinished_impl() const
 {
-    return m_finished.load();
+    return m_p->finished.load();
 }
 
 bool ProgressHandler::isCanceled_impl() const
 {
-    return m_canceled.load();
+    return m_p->canceled.load();
 }
 
 Range ProgressHandler::range_impl() const
 {
-    const std::lock_guard lock(m_mutex);
-    return m_range;
+    const std::lock_guard lock(m_p->mutex);
+    return m_p->range;
 }
 
 void ProgressHandler::setProgressRange_impl(Range range)
@@ -288,30 +335,60 @@ void ProgressHandler::setError_impl(const err::ConcurrentNestedException& except
     Q_EMIT error(exception);
 }
 
+CancellationToken ProgressHandler::cancellationToken_impl() const
+{
+    const std::lock_guard lock(m_p->mutex);
+    if (!m_p->cancellation) {
+        m_p->cancellation.emplace();
+        if (m_p->canceled.load()) {
+            m_p->cancellation->cancel();
+        }
+    }
+    return m_p->cancellation->token();
+}
+
+bool ProgressHandler::withdraw_impl()
+{
+    return true;
+}
+
+void ProgressHandler::storeCanceled()
+{
+    m_p->canceled.store(true);
+    const std::lock_guard lock(m_p->mutex);
+    if (m_p->cancellation) {
+        m_p->cancellation->cancel();
+    }
+}
+
 void ProgressHandler::storeRange(Range range)
 {
-    const std::lock_guard lock(m_mutex);
-    m_range = range;
+    const std::lock_guard lock(m_p->mutex);
+    m_p->range = range;
 }
 
 void ProgressHandler::storeProgress(double value) noexcept
 {
-    m_progress.store(value);
+    m_p->progress.store(value);
 }
 
-struct ReleasedMark
+struct HandlerAccess
 {
-    static void set(ProgressHandler& handler) noexcept
+    /// Whether the handler's own thread must destroy it, and will.
+    static bool hasOtherHome(const ProgressHandler& handler)
     {
-        handler.m_released.store(true, std::memory_order_release);
+        QThread* home = handler.thread();
+        if (!home || home == QThread::currentThread()) {
+            return false;
+        }
+        return handler.m_p->task ? !handler.m_p->homeless.load() : home->isRunning();
     }
 };
 
 void releaseHandler(ProgressHandler* handler)
 {
-    QThread* home = handler->thread();
-    if (home && home != QThread::currentThread() && home->isRunning()) {
-        ReleasedMark::set(*handler);
+    if (HandlerAccess::hasOtherHome(*handler)) {
+        handOver(handler);
         handler->deleteLater();
     } else {
         delete handler;

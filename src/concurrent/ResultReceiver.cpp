@@ -1,3 +1,5 @@
+// The owner-side companion of a task started elsewhere.
+
 #include <veltor/concurrent/ResultReceiver.h>
 
 #include <utility>
@@ -37,11 +39,17 @@ ProgressHandlerPtr ResultReceiver::taskHandler() const
 
 void ResultReceiver::stopTask()
 {
+    stopTask(QDeadlineTimer(QDeadlineTimer::Forever));
+}
+
+bool ResultReceiver::stopTask(QDeadlineTimer deadline)
+{
     const ProgressHandlerPtr handler = m_handler;
-    if (handler && !handler->isFinished()) {
-        handler->sendCancel();
-        handler->waitForFinished(QEventLoop::ExcludeUserInputEvents);
+    if (!handler || handler->isFinished()) {
+        return true;
     }
+    handler->sendCancel();
+    return handler->withdraw_impl() && handler->waitForFinished(deadline, QEventLoop::ExcludeUserInputEvents);
 }
 
 } // namespace veltor::concurrent

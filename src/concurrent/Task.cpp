@@ -1,7 +1,10 @@
+// The unit of background work; what calls foreign code is in TaskCore.
+
 #include <veltor/concurrent/Task.h>
 
 #include "Post.h"
-#include "TaskLink.h"
+#include "ProgressHandlerPrivate.h"
+#include "TaskCore.h"
 
 #include <veltor/err/Exceptions.h>
 
@@ -14,62 +17,62 @@ namespace veltor::concurrent {
 
 Task::Task(QObject* parent)
     : QObject(parent)
-    , m_state(new TaskState)
-    , m_link(std::make_shared<TaskLink>(this))
+    , m_core(std::make_shared<TaskCore>(this))
 {
-    m_handler = {new TaskProgressHandler(this), &releaseHandler};
+    m_core->setHandler({new TaskProgressHandler(this), &releaseHandler});
 }
 
 Task::~Task()
 {
-    m_link->clear();
+    m_core->close();
     enterCancelledState();
-    // The handler may be held by others and released by any of them. It has nothing to do in this thread
-    // any more, which may end before: let it belong to none.
-    if (m_handler.use_count() > 1 && m_handler->thread() == QThread::currentThread() &&
-        !m_handler->parent()) {
-        m_handler->moveToThread(nullptr);
+    m_core->destroyed();
+    const std::shared_ptr<TaskProgressHandler> handler = m_core->setHandler(nullptr);
+    // Others may hold the handler, and any of them release it. It has nothing to do in this thread any more,
+    // which may end before: let it belong to none.
+    if (handler.use_count() > 1 || !handler->m_p->followers.empty()) {
+        moveHandler(*handler, nullptr);
     }
 }
 
 bool Task::isRunning() const
 {
-    return m_state->is(TaskState::Running);
+    return m_core->state->is(TaskState::Running);
 }
 
 bool Task::isWaiting() const
 {
-    return m_state->is(TaskState::Waiting);
+    return m_core->state->is(TaskState::Waiting);
 }
 
 bool Task::isPaused() const
 {
-    return m_state->is(TaskState::Paused);
+    return m_core->state->is(TaskState::Paused);
 }
 
 bool Task::isFinished() const
 {
-    return m_state->is(TaskState::Finished);
+    return m_core->state->is(TaskState::Finished);
 }
 
 bool Task::isCancelled() const
 {
-    return m_state->has(TaskState::Finished | TaskState::Cancelled);
+    return m_core->state->has(TaskState::Finished | TaskState::Cancelled);
 }
 
 bool Task::isSuccessful() const
 {
-    return m_state->has(TaskState::Finished | TaskState::Successful);
+    return m_core->state->has(TaskState::Finished | TaskState::Successful);
 }
 
 bool Task::cancelRequested() const
 {
-    return m_state->isCancelRequested();
+    return m_core->state->isCancelRequested();
 }
 
 bool Task::pauseRequested() const
 {
-    return m_state->isPauseRequsted();
+    return m_core->state->isPauseRequsted();
 }
 
 bool Task::canCancel() const
@@ -82,15 +85,34 @@ bool Task::canPause() const
     return false;
 }
 
+/// Null for no thread.
+void Task::moveHandler(ProgressHandler& handler, QThread* thread)
+{
+    if (handler.parent()) {
+        return; // goes where that goes
+    }
+    const QThread* home = handler.thread();
+    if (!thread && home && home != QThread::currentThread()) {
+        handler.m_p->homeless.store(true); // the task's thread has ended, and this is the end of the task
+    } else {
+        handler.moveToThread(thread);
+    }
+    for (const std::shared_ptr<ProgressHandler>& follower : handler.m_p->followers) {
+        if (follower->thread() == home) {
+            moveHandler(*follower, thread);
+        }
+    }
+}
+
 void Task::moveTaskToThread(QThread* thread)
 {
     moveToThread(thread);
-    m_handler->moveToThread(thread);
+    moveHandler(*m_core->handler(), thread);
 }
 
 std::shared_ptr<TaskProgressHandler> Task::progressHandler() const
 {
-    return m_handler;
+    return m_core->handler();
 }
 
 void Task::setProgressHandler(std::shared_ptr<TaskProgressHandler> handler)
@@ -98,68 +120,45 @@ void Task::setProgressHandler(std::shared_ptr<TaskProgressHandler> handler)
     if (!handler) {
         throw err::NullArgument(QStringLiteral("handler"));
     }
-    m_handler = std::move(handler);
-    m_handler->setTaskState(m_state);
-    m_handler->m_task = m_link;
-}
-
-/// The one way into a finished word. The claim comes first, so that of several threads one sets the final
-/// progress, the word and the signals, in this order.
-template <typename Signal>
-void Task::end(TaskState::States word, Signal verdict)
-{
-    if (!m_state->claimEnd()) {
-        return;
-    }
-    const std::shared_ptr<TaskProgressHandler> handler = m_handler;
-    handler->setFinalProgress();
-    if (word.testFlag(TaskState::Error)) {
-        m_state->cancelRequested();
-    }
-    m_state->enterState(word);
-    verdict(*handler);
-    Q_EMIT handler->finished();
+    handler->setTaskState(m_core->state);
+    handler->m_p->task = m_core;
+    m_core->setHandler(std::move(handler));
 }
 
 void Task::enterSuccessfulState()
 {
-    end(TaskState::Finished | TaskState::Successful, [](TaskProgressHandler& h) { Q_EMIT h.successful(); });
+    m_core->end(TaskState::Finished | TaskState::Successful);
 }
 
 void Task::enterCancelledState()
 {
-    end(TaskState::Finished | TaskState::Cancelled, [](TaskProgressHandler& h) { Q_EMIT h.canceled(); });
+    m_core->end(TaskState::Finished | TaskState::Cancelled);
 }
 
 void Task::enterFinishedState()
 {
-    end(TaskState::Finished, [](TaskProgressHandler&) {});
+    m_core->end(TaskState::Finished);
 }
 
 void Task::enterErrorState(err::ConcurrentNestedException error)
 {
-    end(TaskState::Finished | TaskState::Cancelled | TaskState::Error, [&](TaskProgressHandler& h) {
-        Q_EMIT h.error(error);
-        Q_EMIT h.canceled();
-    });
+    m_core->end(TaskState::Finished | TaskState::Cancelled | TaskState::Error, &error);
 }
 
 void Task::enterPausedState()
 {
-    if (m_state->enterUnlessOver(TaskState::Paused)) {
-        Q_EMIT m_handler->paused();
-    }
+    m_core->enterPaused();
 }
 
 void Task::enterWaitingState()
 {
-    m_state->enterUnlessOver(TaskState::Waiting);
+    m_core->enterWaiting();
 }
 
 bool Task::event(QEvent* event)
 {
     if (event->type() == QEvent::DeferredDelete) {
-        m_link->clear(); // before a subclass's destructor begins
+        m_core->close(); // before a subclass's destructor begins
     }
     return QObject::event(event);
 }
@@ -167,28 +166,12 @@ bool Task::event(QEvent* event)
 void Task::start()
 {
     if (thread() != QThread::currentThread()) {
+        m_core->setHandedOver();
         post(this, [this] { start(); });
         return;
     }
-    if (!m_state->begin()) {
-        return;
-    }
-    m_starting = true;
-    Q_EMIT m_handler->started();
-    try {
-        onStart();
-    } catch (...) {
-        enterErrorState(err::ConcurrentNestedException());
-    }
-    if (isRunning()) {
-        enterSuccessfulState();
-    } else if (!isWaiting()) {
-        enterFinishedState();
-    }
-    m_starting = false;
-    if (m_retired) {
-        deleteLater();
-    }
+    const std::shared_ptr<TaskCore> core = m_core; // an observer may delete the task
+    core->run(*this);
 }
 
 void Task::cancel()
@@ -196,71 +179,44 @@ void Task::cancel()
     if (isCancelled() || isSuccessful()) {
         return;
     }
+    const std::shared_ptr<TaskCore> core = m_core; // the request may be the end of the task
     if (thread() != QThread::currentThread()) {
-        // The request may be the end of the task, so nothing of it is touched after.
-        const QSharedPointer<TaskState> state = m_state;
         post(this, [this] { cancel(); });
-        state->cancelRequested();
+        core->state->cancelRequested();
         return;
     }
-    onCancelRequested();
+    core->askToCancel(*this);
 }
 
 void Task::pause()
 {
-    if (isRunning() || isWaiting()) {
-        onPauseRequested();
-    }
+    const std::shared_ptr<TaskCore> core = m_core;
+    core->pause();
 }
 
 void Task::continueWork()
 {
-    const TaskState::Resumed resumed = m_state->resumeIfPaused();
-    if (resumed == TaskState::Resumed::No) {
-        return;
-    }
-    onContinue();
-    if (resumed == TaskState::Resumed::ForWait) {
-        m_state->release();
-    } else if (isRunning()) {
-        enterSuccessfulState();
-    }
+    const std::shared_ptr<TaskCore> core = m_core;
+    core->continueWork();
 }
 
 void Task::onContinue() {}
 
 void Task::onCancelRequested()
 {
-    m_state->cancelRequested();
-    Q_EMIT m_handler->cancelRequest();
+    const std::shared_ptr<TaskProgressHandler> handler = m_core->handler();
+    m_core->state->cancelRequested();
+    Q_EMIT handler->cancelRequest();
 }
 
 void Task::onPauseRequested()
 {
-    m_state->pauseRequested();
+    m_core->state->pauseRequested();
 }
 
 bool Task::waitWhilePaused()
 {
-    if (pauseRequested() && !cancelRequested()) {
-        const TaskState::Pause pause = m_state->beginPause();
-        if (pause.entered) {
-            Q_EMIT m_handler->paused();
-        }
-        m_state->waitForRelease(pause);
-    }
-    return !cancelRequested();
-}
-
-/// Deletes the task, called from its thread's event loop; but not while its work runs a local one.
-void Task::retire()
-{
-    if (m_starting) {
-        m_retired = true;
-    } else {
-        m_link->clear(); // before a subclass's destructor begins
-        delete this;
-    }
+    return m_core->waitWhilePaused();
 }
 
 } // namespace veltor::concurrent

@@ -1,6 +1,14 @@
-#include <veltor/concurrent/TaskState.h>
+// The state word of a task and its two requests.
+
+#include "TaskStatePrivate.h"
 
 namespace veltor::concurrent {
+
+TaskState::TaskState()
+    : m_p(std::make_unique<Private>())
+{}
+
+TaskState::~TaskState() = default;
 
 bool TaskState::is(State state) const
 {
@@ -15,90 +23,105 @@ bool TaskState::has(States wanted) const
 
 TaskState::States TaskState::states() const
 {
-    const std::lock_guard lock(m_mutex);
-    return m_state;
+    const std::lock_guard lock(m_p->mutex);
+    return m_p->word;
 }
 
 void TaskState::enterState(States states)
 {
     const States success = Finished | Successful;
-    const std::lock_guard lock(m_mutex);
-    replaceWord((states & success) == success ? success : states);
+    const std::lock_guard lock(m_p->mutex);
+    m_p->replaceWord((states & success) == success ? success : states);
 }
 
 void TaskState::enterSuccessfulState_impl()
 {
-    const std::lock_guard lock(m_mutex);
-    replaceWord(Finished | Successful);
+    const std::lock_guard lock(m_p->mutex);
+    m_p->replaceWord(Finished | Successful);
 }
 
 void TaskState::cancelRequested()
 {
-    m_cancelRequested.store(true);
+    m_p->cancelRequested.store(true);
     // Passing through the mutex puts the flag before or behind the waiter's test of it, never between
     // that test and its going to sleep.
-    const std::lock_guard lock(m_mutex);
-    m_changed.notify_all();
+    const std::lock_guard lock(m_p->mutex);
+    m_p->changed.notify_all();
+    if (m_p->cancellation) {
+        m_p->cancellation->cancel();
+    }
 }
 
 bool TaskState::isCancelRequested() const noexcept
 {
-    return m_cancelRequested.load();
+    return m_p->cancelRequested.load();
+}
+
+CancellationToken TaskState::cancellationToken() const
+{
+    const std::lock_guard lock(m_p->mutex);
+    if (!m_p->cancellation) {
+        m_p->cancellation.emplace();
+        if (m_p->cancelRequested.load()) {
+            m_p->cancellation->cancel();
+        }
+    }
+    return m_p->cancellation->token();
 }
 
 void TaskState::pauseRequested() noexcept
 {
-    m_pauseRequested.store(true);
+    m_p->pauseRequested.store(true);
 }
 
 bool TaskState::isPauseRequsted() const noexcept
 {
-    return m_pauseRequested.load();
+    return m_p->pauseRequested.load();
 }
 
 void TaskState::resume()
 {
-    const std::lock_guard lock(m_mutex);
-    replaceWord(Running);
-    m_pauseRequested.exchange(false);
+    const std::lock_guard lock(m_p->mutex);
+    m_p->replaceWord(Running);
+    m_p->pauseRequested.exchange(false);
 }
 
 /// Whatever the new word is, it ends a pause that somebody may be waiting in.
-void TaskState::replaceWord(States states)
+void TaskState::Private::replaceWord(States states)
 {
-    m_state = states;
-    ++m_releases;
-    m_changed.notify_all();
+    word = states;
+    ++releases;
+    changed.notify_all();
 }
 
-bool TaskState::over() const
+bool TaskState::Private::over() const
 {
-    return m_endClaimed || m_state.testFlag(Finished);
+    return endClaimed || word.testFlag(Finished);
 }
 
-bool TaskState::begin()
+bool TaskState::Private::begin()
 {
-    const std::lock_guard lock(m_mutex);
-    if (over() || !m_state.testFlag(Created)) {
+    const std::lock_guard lock(mutex);
+    if (over() || !word.testFlag(Created)) {
         return false;
     }
-    m_state = Running;
+    word = Running;
     return true;
 }
 
-bool TaskState::claimEnd()
+bool TaskState::Private::claimEnd()
 {
-    const std::lock_guard lock(m_mutex);
+    const std::lock_guard lock(mutex);
     if (over()) {
         return false;
     }
-    m_endClaimed = true;
+    endClaimed = true;
     return true;
 }
 
-bool TaskState::enterUnlessOver(State state)
+bool TaskState::Private::enterUnlessOver(State state)
 {
-    const std::lock_guard lock(m_mutex);
+    const std::lock_guard lock(mutex);
     if (over()) {
         return false;
     }
@@ -106,44 +129,50 @@ bool TaskState::enterUnlessOver(State state)
     return true;
 }
 
-TaskState::Pause TaskState::beginPause()
+TaskState::Private::Pause TaskState::Private::beginPause()
 {
-    const std::lock_guard lock(m_mutex);
-    const bool entered = !over() && !m_state.testFlag(Paused);
+    const std::lock_guard lock(mutex);
+    if (over() || !pauseRequested.load()) {
+        return {};
+    }
+    const bool entered = !word.testFlag(Paused);
     if (entered) {
-        m_state = Paused;
+        word = Paused;
     }
-    ++m_waiting;
-    return {entered, m_releases};
+    ++waiting;
+    return {entered, true, releases};
 }
 
-void TaskState::waitForRelease(const Pause& pause)
+void TaskState::Private::waitForRelease(const Pause& pause)
 {
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [&] { return m_releases != pause.releases || over() || m_cancelRequested.load(); });
-    --m_waiting;
-    if (!over() && m_state.testFlag(Paused)) { // woken by a cancel: the work runs on to its end
-        m_state = Running;
-        m_pauseRequested.exchange(false);
+    std::unique_lock lock(mutex);
+    changed.wait(lock, [&] { return releases != pause.releases || over() || cancelRequested.load(); });
+    --waiting;
+    if (!over() && word.testFlag(Paused)) { // woken by a cancel: the work runs on to its end
+        word = Running;
+        pauseRequested.exchange(false);
     }
 }
 
-TaskState::Resumed TaskState::resumeIfPaused()
+TaskState::Private::Resumed TaskState::Private::resumeIfPaused()
 {
-    const std::lock_guard lock(m_mutex);
-    if (over() || !m_state.testFlag(Paused)) {
+    const std::lock_guard lock(mutex);
+    if (over()) {
         return Resumed::No;
     }
-    m_state = Running;
-    m_pauseRequested.exchange(false);
-    return m_waiting > 0 ? Resumed::ForWait : Resumed::Yes;
+    pauseRequested.exchange(false);
+    if (!word.testFlag(Paused)) {
+        return Resumed::No;
+    }
+    word = Running;
+    return waiting > 0 ? Resumed::ForWait : Resumed::Yes;
 }
 
-void TaskState::release()
+void TaskState::Private::release()
 {
-    const std::lock_guard lock(m_mutex);
-    ++m_releases;
-    m_changed.notify_all();
+    const std::lock_guard lock(mutex);
+    ++releases;
+    changed.notify_all();
 }
 
 } // namespace veltor::concurrent

@@ -75,7 +75,6 @@ struct WatchedTask::News
     enum Flag : unsigned
     {
         Started = 0x1,
-        Paused = 0x2,
         Successful = 0x4,
         Canceled = 0x8,
         Failed = 0x10,
@@ -133,7 +132,6 @@ WatchedTask::WatchedTask(ProgressHandlerPtr handler, QString title, TaskListMode
         hear(signal, [news = m_news, member](const auto& value) { news->keep(member, value); });
     };
     note(&H::started, News::Started);
-    note(&H::paused, News::Paused);
     note(&H::successful, News::Successful);
     note(&H::canceled, News::Canceled);
     note(&H::finished, News::Finished);
@@ -156,22 +154,22 @@ WatchedTask::State WatchedTask::look()
 {
     // The signals of an end come one after another, the last one after the state. Who has none, or ended
     // before it was added, is believed at the second look.
-    const bool finished = m_handler->isFinished();
-    if (finished && (m_news->has(News::Finished) || std::exchange(m_endSeen, true))) {
-        if (m_news->has(News::Failed)) {
+    const TaskState::States states = m_task ? m_task->states() : TaskState::States();
+    if (m_handler->isFinished() && (m_news->has(News::Finished) || std::exchange(m_endSeen, true))) {
+        if (m_news->has(News::Failed) || states.testFlag(TaskState::Error)) {
             return State::Failed;
         }
-        const bool canceled = m_news->has(News::Canceled) || m_handler->isCanceled();
+        const bool canceled = m_task ? states.testFlag(TaskState::Cancelled)
+                                     : m_news->has(News::Canceled) || m_handler->isCanceled();
         return canceled && !m_news->has(News::Successful) ? State::Canceled : State::Done;
     }
     if (m_handler->isCanceled()) {
         return State::Canceling;
     }
-    if (m_task && m_handler->isRunning()) {
-        m_news->clear(News::Paused);
-    }
-    if (m_news->has(News::Paused)) {
-        return State::Paused;
+    if (m_task) {
+        return states.testFlag(TaskState::Paused)    ? State::Paused
+               : states.testFlag(TaskState::Created) ? State::Waiting
+                                                     : State::Running;
     }
     return m_news->has(News::Started) || m_handler->isRunning() ? State::Running : State::Waiting;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <veltor/concurrent/CancellationToken.h>
 #include <veltor/concurrent/NestedScope.h>
 #include <veltor/concurrent/Task.h>
 
@@ -22,12 +23,15 @@ public:
     /// Work that reports its progress, 0 to 100 at first, into a scope, which also becomes its message; the
     /// scope's canWork() waits while the task is paused, and is false once it was cancelled.
     using Scoped = std::function<void(NestedScope&)>;
+    /// Work that only asks whether it is to stop.
+    using Cancelable = std::function<void(const CancellationToken&)>;
     /// Work that runs to its end.
     using Plain = std::function<void()>;
 
     /// @throws err::NullArgument when @p work is empty
     /// @{
     explicit FunctionTask(Scoped work);
+    explicit FunctionTask(Cancelable work);
     explicit FunctionTask(Plain work);
     /// @}
     ~FunctionTask() override;

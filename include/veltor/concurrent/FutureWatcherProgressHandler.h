@@ -21,7 +21,7 @@ public:
     explicit FutureWatcherProgressHandler(QFutureWatcherBase* watcher);
     ~FutureWatcherProgressHandler() override;
 
-    /// Cancels the watched future.
+    /// Cancels the watched future and the sub-handlers.
     void cancel() override;
 
 protected:

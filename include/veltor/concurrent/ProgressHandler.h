@@ -1,8 +1,10 @@
 #pragma once
 
 #include <veltor/Export.h>
+#include <veltor/concurrent/CancellationToken.h>
 #include <veltor/err/ConcurrentNestedException.h>
 
+#include <QtCore/QDeadlineTimer>
 #include <QtCore/QEventLoop>
 #include <QtCore/QFlags>
 #include <QtCore/QMetaType>
@@ -10,11 +12,8 @@
 #include <QtCore/QString>
 #include <QtCore/QUuid>
 
-#include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
-#include <vector>
 
 namespace veltor::progress {
 
@@ -132,7 +131,8 @@ public:
     void setExtraData(const QFlags<ExtraData>& flags) noexcept;
     /// When true, setFinalProgress() does nothing.
     void setIgnoreFinal(bool ignore) noexcept;
-    /// How value writes reach the handler's thread; Qt::AutoConnection at first.
+    /// How value writes reach the handler's thread; Qt::AutoConnection at first. A blocking type waits for
+    /// that thread's event loop; a write from that thread itself takes effect at once.
     void setInvokeType(Qt::ConnectionType type) noexcept;
     /// Marks a handler without a task as finished; emits nothing.
     void finish() noexcept;
@@ -141,10 +141,18 @@ public:
 
     /// A later cancel() cancels @p handler too. A null one is ignored.
     void registerSubHandler(std::shared_ptr<ProgressHandler> handler);
+    /// Tells code that knows no handler whether cancel() was called; of a task's handler, whether the task's
+    /// cancellation was asked for. It may outlive the handler.
+    [[nodiscard]] CancellationToken cancellationToken() const;
 
-    /// Returns when the operation has ended; at once when it had. Runs a local event loop with @p flags,
-    /// so the calling thread's events are delivered meanwhile.
+    /// Returns when the operation has ended, at once when it had: a task when its state says so, whatever
+    /// finished() of its parts is passed on here; anything else at finished(). Runs a local event loop with
+    /// @p flags, so the calling thread's events are delivered meanwhile.
     void waitForFinished(QFlags<QEventLoop::ProcessEventsFlag> flags = QEventLoop::AllEvents);
+    /// The same until @p deadline at most.
+    /// @return isFinished()
+    bool waitForFinished(QDeadlineTimer deadline,
+                         QFlags<QEventLoop::ProcessEventsFlag> flags = QEventLoop::AllEvents);
     /// Called by the work between its steps.
     /// @throws std::runtime_error when cancellation was asked for
     void throwIfCanceled() const;
@@ -190,10 +198,12 @@ Q_SIGNALS:
 public Q_SLOTS:
     /// cancel(), then canceled() and cancelRequest().
     void sendCancel();
-    /// sendCancel(), then waits for the end with an event loop that leaves the user's input alone.
+    /// sendCancel(), then waits for the end with an event loop that leaves the user's input alone. A task
+    /// that waits in a pool's queue leaves it and ends at once; one that was not handed over is not waited
+    /// for.
     void stopTaskWithEvents();
-    /// sendCancel(), then waits for the end without any event of the calling thread: the work must not
-    /// need that thread, and must not run in it.
+    /// The same without any event of the calling thread: the work must not need that thread, and must not run
+    /// in it.
     void stopTaskWithoutEvents();
     /// Asks for cancellation: sets the flag and cancels the sub-handlers in the order of registration.
     virtual void cancel();
@@ -209,31 +219,33 @@ protected:
     virtual Range range_impl() const;
     virtual void setProgressRange_impl(Range range);
     virtual void setError_impl(const err::ConcurrentNestedException& error);
+    virtual CancellationToken cancellationToken_impl() const;
+    /// A stop was asked for: ends work that has not begun, where it waits for its turn. False when the work
+    /// was not handed over to anybody, so that no end is to be waited for; true here.
+    virtual bool withdraw_impl();
     /// @}
 
     /// Stores the scale without a signal.
     void storeRange(Range range);
     /// Stores the value without a signal.
     void storeProgress(double value) noexcept;
+    /// Answers isCanceled() and the tokens from now on, without a signal.
+    void storeCanceled();
 
 private:
-    friend struct ReleasedMark; // no friend function: GCC forgets that it is imported on Windows
+    friend class ProgressSizeDecorator;
+    friend class ResultReceiver;
+    friend class Task;
+    friend class TaskCore;
+    friend class TaskProgressHandler;
+    friend struct HandlerAccess; // no friend function: GCC forgets that it is imported on Windows
 
     template <typename F>
     void write(F effect);
     void emitProgress(double former, double value);
 
-    std::atomic<bool> m_canceled{false};
-    std::atomic<bool> m_finished{false};
-    std::atomic<bool> m_ignoreFinal{false};
-    std::atomic<Qt::ConnectionType> m_invokeType{Qt::AutoConnection};
-    std::atomic<double> m_progress{0.0};
-    Range m_range;
-    const QUuid m_id;
-    std::vector<std::shared_ptr<ProgressHandler>> m_subHandlers;
-    mutable std::mutex m_mutex; // guards m_range and m_subHandlers
-    std::atomic<int> m_extraData{DefaultExtraData};
-    std::atomic<bool> m_released{false}; // by releaseHandler(), in another thread
+    struct Private;
+    const std::unique_ptr<Private> m_p;
 };
 
 } // namespace veltor::concurrent

@@ -2,9 +2,6 @@
 
 #include <veltor/concurrent/TaskProgressHandler.h>
 
-#include <QtCore/QMetaObject>
-
-#include <atomic>
 #include <memory>
 
 namespace veltor::concurrent {
@@ -17,8 +14,10 @@ using ProgressSize = double;
 ///
 /// The inner handler is the task's handler at construction. Its progress counts, and so does what is
 /// written into the decorator itself, as when it was installed with Task::setProgressHandler(). The signals
-/// started(), finished(), canceled() and error() of both are forwarded to the main handler, whose own
-/// isFinished() they do not change. Questions, cancellation, errors and ranges go to the inner handler.
+/// started(), canceled() and error() of both are forwarded to the main handler. So is finished(), once: when
+/// all decorators of the main handler have ended; a task's handler, which emits it at the task's own end,
+/// gets none of its parts'. The main handler's isFinished() stays what it is. Questions, cancellation, errors
+/// and ranges go to the inner handler, which follows an installed decorator to the task's thread.
 ///
 /// Threads: as ProgressHandler; the inner handler's news arrive through the decorator's event loop when
 /// they come from another thread.
@@ -48,17 +47,16 @@ protected:
     bool isCanceled_impl() const override;
     void setProgressRange_impl(Range range) override;
     void setError_impl(const err::ConcurrentNestedException& error) override;
+    CancellationToken cancellationToken_impl() const override;
     /// @}
 
 private:
-    void forwardEvents(const ProgressHandler& from);
+    struct Share;
+
+    void forwardEnd();
     void rememberRange(Range range);
 
-    const std::shared_ptr<ProgressHandler> m_main;
-    const std::shared_ptr<ProgressHandler> m_inner;
-    const ProgressSize m_size;
-    std::atomic<double> m_width;
-    QMetaObject::Connection m_toMain;
+    const std::unique_ptr<Share> m_share;
 };
 
 } // namespace veltor::concurrent

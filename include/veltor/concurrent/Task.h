@@ -6,13 +6,14 @@
 #include <veltor/err/ConcurrentNestedException.h>
 
 #include <QtCore/QObject>
-#include <QtCore/QSharedPointer>
 
 #include <memory>
 
 class QThread;
 
 namespace veltor::concurrent {
+
+class TaskCore;
 
 /// One piece of background work: a subclass does it in onStart() and reports through the progress handler,
 /// which emits every signal. Handed to a TaskThreadPool or to a runner (Runners.h).
@@ -23,13 +24,17 @@ namespace veltor::concurrent {
 ///
 /// The end comes once. The first finished state entered stands, whoever else tries meanwhile; its own
 /// signal is followed by finished(). A task that is destroyed before its end enters the cancelled state.
+///
+/// What onStart(), onContinue(), onPauseRequested() or onCancelRequested() throws becomes the error state.
+/// Observers that are called directly may wait for others, and may delete a task that lives in their thread
+/// and that no pool owns: no lock is held, and nothing of the task is used after.
 class VELTOR_UTILS_EXPORT Task : public QObject
 {
     Q_OBJECT
 
 public:
     /// A task that was not started, with a handler of its own. A @p parent keeps it from being moved to
-    /// another thread, and so from a pool.
+    /// another thread: a pool refuses it.
     explicit Task(QObject* parent = nullptr);
     ~Task() override;
 
@@ -88,7 +93,8 @@ public:
     bool event(QEvent* event) override;
 
 public Q_SLOTS:
-    /// Runs the work in the task's thread; once. What onStart() throws becomes the error state.
+    /// Runs the work in the task's thread; once. What onStart() throws becomes the error state, but Canceled
+    /// the cancelled one.
     void start();
     /// Asks for cancellation. From another thread the request is visible at once, so that work that polls
     /// sees it and a paused task wakes; onCancelRequested() follows from the task's event loop.
@@ -96,7 +102,8 @@ public Q_SLOTS:
     /// Asks a running or waiting task to pause.
     void pause();
     /// Resumes a paused task. When its work waits in waitWhilePaused(), it goes on; else the task ends
-    /// successfully unless onContinue() left the running state.
+    /// successfully unless onContinue() left the running state. A pause that was asked for and not entered
+    /// yet is withdrawn.
     ///
     /// A paused task's thread is usually blocked: call this from the thread that resumes, or connect with
     /// Qt::DirectConnection.
@@ -121,18 +128,13 @@ protected:
     bool waitWhilePaused();
 
 private:
+    friend class TaskCore;
     friend class TaskProgressHandler;
-    friend class TaskThreadPool;
+    friend struct TaskAccess;
 
-    template <typename Signal>
-    void end(TaskState::States word, Signal verdict);
-    void retire();
+    static void moveHandler(ProgressHandler& handler, QThread* thread);
 
-    QSharedPointer<TaskState> m_state;
-    std::shared_ptr<TaskProgressHandler> m_handler;
-    std::shared_ptr<TaskLink> m_link;
-    bool m_starting = false; // start() is on the stack; the task's thread only, as the next
-    bool m_retired = false;  // to be deleted when start() returns
+    const std::shared_ptr<TaskCore> m_core;
 };
 
 } // namespace veltor::concurrent

@@ -5,12 +5,9 @@
 
 #include <QtCore/QSharedPointer>
 
-#include <memory>
-
 namespace veltor::concurrent {
 
 class Task;
-class TaskLink;
 
 /// The progress handler of a task: answers from the task's state, and hands cancellation and errors on to
 /// the task while that exists. It may outlive its task, and may then be released by any thread.
@@ -27,11 +24,18 @@ public:
     /// ignored.
     void setTaskState(QSharedPointer<TaskState> state);
 
+    /// The whole word of the task's state, for whoever comes after its signals.
+    [[nodiscard]] TaskState::States states() const;
+
     /// Task::pause() in the caller's thread; nothing when the task is gone. What another thread calls,
     /// since the task may be destroyed there any moment and its handler is not.
     void pause();
-    /// Task::continueWork(), likewise.
+    /// Task::continueWork(), likewise. It also withdraws a pause that was asked for and not entered yet.
     void continueWork();
+
+    /// Ends a task that waits for its turn in a pool as cancelled, at once and without a turn.
+    /// @return false, with nothing done, for any other
+    bool withdraw();
 
     /// Asks the sub-handlers, the state and the task to cancel.
     void cancel() override;
@@ -45,12 +49,11 @@ protected:
     /// @}
     /// Makes the task enter its error state, in its own thread; only once.
     void setError_impl(const err::ConcurrentNestedException& error) override;
+    CancellationToken cancellationToken_impl() const override;
+    bool withdraw_impl() override;
 
 private:
     friend class Task;
-
-    QSharedPointer<TaskState> m_state;
-    std::shared_ptr<TaskLink> m_task; // the task as long as it exists; null without one
 };
 
 } // namespace veltor::concurrent

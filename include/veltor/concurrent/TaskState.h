@@ -4,13 +4,11 @@
 
 #include <QtCore/QFlags>
 
-#include <atomic>
-#include <condition_variable>
-#include <mutex>
+#include <memory>
 
 namespace veltor::concurrent {
 
-class Task;
+class CancellationToken;
 
 /// Where a task stands: one state word and two requests, shared by the task and its progress handler.
 ///
@@ -35,7 +33,8 @@ public:
     Q_DECLARE_FLAGS(States, State)
 
     /// The state of a task that was not started: Created, no requests.
-    TaskState() = default;
+    TaskState();
+    ~TaskState();
     TaskState(const TaskState&) = delete;
     TaskState& operator=(const TaskState&) = delete;
 
@@ -55,6 +54,8 @@ public:
     void cancelRequested();
     /// Cancellation was asked for. This stays so.
     [[nodiscard]] bool isCancelRequested() const noexcept;
+    /// Tells isCancelRequested() to code that knows no task; it may outlive the state.
+    [[nodiscard]] CancellationToken cancellationToken() const;
     /// Asks for a pause.
     void pauseRequested() noexcept;
     /// A pause was asked for, and resume() was not called since.
@@ -65,42 +66,10 @@ public:
 
 private:
     friend class Task;
+    friend class TaskCore;
 
-    /// What continueWork() found.
-    enum class Resumed
-    {
-        No,      // the task was not paused
-        Yes,     // nobody waits in the pause: continueWork() decides how the task ends
-        ForWait, // a thread waits in the pause: it goes on with the work once it is released
-    };
-    struct Pause
-    {
-        bool entered;      // this call entered the state
-        unsigned releases; // m_releases when the wait was announced
-    };
-
-    [[nodiscard]] bool over() const;
-    void replaceWord(States states);
-    /// Created to Running; false when the task was started, or ended, before.
-    bool begin();
-    /// True for the first caller only: it enters the finished word and tells the observers.
-    bool claimEnd();
-    bool enterUnlessOver(State state);
-    /// Enters Paused and announces a wait in one step: a continueWork() that comes before the wait itself
-    /// already knows of it.
-    Pause beginPause();
-    void waitForRelease(const Pause& pause);
-    Resumed resumeIfPaused();
-    void release();
-
-    mutable std::mutex m_mutex; // guards what follows, the two requests excepted
-    States m_state = Created;
-    bool m_endClaimed = false;         // somebody is on the way to enter a finished word
-    int m_waiting = 0;                 // threads between beginPause() and the end of their wait
-    unsigned m_releases = 0;           // ends of pauses
-    std::condition_variable m_changed; // m_releases, or a cancel request
-    std::atomic<bool> m_cancelRequested{false};
-    std::atomic<bool> m_pauseRequested{false};
+    struct Private;
+    const std::unique_ptr<Private> m_p;
 };
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(TaskState::States)

@@ -1,43 +1,39 @@
 #pragma once
 
 #include <veltor/Export.h>
+#include <veltor/concurrent/ProgressHandler.h>
 
-#include <QtCore/QList>
 #include <QtCore/QObject>
-#include <QtCore/QPointer>
-#include <QtCore/QThread>
-#include <QtCore/QVector>
+#include <QtCore/QString>
 
 #include <climits>
-#include <condition_variable>
-#include <deque>
 #include <memory>
-#include <mutex>
-#include <unordered_map>
-#include <vector>
 
 namespace veltor::concurrent {
 
+class PoolCore;
 class Task;
-class TaskProgressHandler;
 
-/// Runs tasks on a fixed set of threads that it owns. A task object is moved into its worker and started
-/// there by a queued call, so its slots and events live in that thread. Tasks that find no idle worker
-/// wait in a queue, parked in the pool's service thread without any event. While hundreds wait, the next
-/// ones belong to no thread for a short time, so that a worker can take them by itself: events for them,
-/// cancel() among them, are delivered when their turn comes.
+/// Runs tasks on a set of threads that it owns. A task object is moved into its worker and started there by a
+/// queued call, so its slots and events live in that thread. Tasks that find no idle worker wait in a queue,
+/// and live meanwhile in the pool's service thread, which delivers their events, cancel() among them.
 ///
 /// Ownership: the pool owns every task from the call of start() or startService() on, and deletes it in its
-/// own thread after its finished() was delivered to the pool; so it does with a task that it drops. The
-/// caller keeps the task's progress handler instead of the task.
+/// own thread when its finished() has been emitted and the last call of another thread is done with it; so it
+/// does with a task that it drops. The caller keeps the task's progress handler instead of the task.
 ///
 /// A task that has ended before its turn, as one whose onCancelRequested() enters the cancelled state, is
 /// dropped. A request alone ends nothing: a queued task whose cancellation was asked for is started when its
-/// turn comes, and finds the request at its first throwIfCanceled().
+/// turn comes, and finds the request at its first throwIfCanceled(). cancel() and cancelAll() take tasks out
+/// of the queue at once instead.
 ///
 /// Destruction, on any thread that runs none of the pool's tasks: asks all tasks to cancel, waits for the
 /// work in progress, then deletes every task that is left, queued, waiting or paused, which enters the
-/// cancelled state thereby. A task that never looks at its requests is waited for.
+/// cancelled state thereby. A task that never looks at its requests is waited for. One that start() is given
+/// meanwhile, by a running task or another thread, ends as cancelled and is deleted.
+///
+/// Threads: all functions are thread-safe; the pool is not to be destroyed while another thread calls one,
+/// but the tasks of the pool may.
 ///
 /// Events, and so tasks, need a QCoreApplication; without one the pool starts and ends cleanly.
 class VELTOR_UTILS_EXPORT TaskThreadPool : public QObject
@@ -56,6 +52,10 @@ public:
     /// @param parent   destroys the pool with itself. It does not become QObject::parent(): the pool lives
     ///                 in its service thread, and a child lives where its parent does.
     explicit TaskThreadPool(int threads, QObject* parent = nullptr);
+    /// @param name  of the threads, in debuggers and process lists: "name-1" and so on, "name-service". Linux
+    /// shows
+    ///              15 bytes.
+    TaskThreadPool(int threads, const QString& name, QObject* parent = nullptr);
     /// One worker for each processor core.
     explicit TaskThreadPool(QObject* parent = nullptr);
     ~TaskThreadPool() override;
@@ -70,84 +70,88 @@ public:
     /// Windows, where other threads do not live until then, its tasks are ended with the application object
     /// instead.
     [[nodiscard]] static TaskThreadPool* globalInstance();
+    /// The pool whose worker, or service thread, calls; null in other threads.
+    [[nodiscard]] static TaskThreadPool* current();
 
-    /// Runs @p task on a worker, now or when its turn comes. Thread-safe; a task that lives in another
-    /// thread than the caller's is handed over by that thread's event loop.
+    /// Runs @p task on a worker, now or when its turn comes. A task that lives in another thread than the
+    /// caller's is handed over by that thread's event loop.
+    /// @param resource  what the task needs for itself, such as "disk": of the tasks that name the same, one
+    /// runs
+    ///                  at a time, or as many as setResourceLimit() says, and those behind them in the queue
+    ///                  go first. An empty name is no resource.
     /// @throws err::NullArgument when @p task is null
-    void start(Task* task, Priority priority = Normal);
+    /// @throws err::UnsupportedOperation when it has a parent, belongs to no thread, or was handed over
+    /// before; it
+    ///         stays the caller's. What its moveTaskToThread() throws is passed on likewise.
+    void start(Task* task, Priority priority = Normal, const QString& resource = {});
     /// Runs @p task in the pool's own thread, one service task after another. Workers, and
     /// waitForAllTasks(), do not count it.
-    /// @throws err::NullArgument when @p task is null
+    /// @throws as start()
     void startService(Task* task);
 
-    /// One more worker; it takes a queued task. Thread-safe.
+    /// One more worker; it takes a queued task.
     void addThread();
-    /// Ends one idle worker. Thread-safe.
+    /// Ends one idle worker.
     /// @return false, with nothing done, when no worker is idle
     bool removeThread();
+    /// The workers, idle ones included.
+    [[nodiscard]] int threadCount() const;
 
-    /// True when nothing is queued and all workers are idle. Thread-safe.
+    /// From now on tasks that are given to start() wait in the queue; those that run go on.
+    void pauseStarts();
+    /// The workers take what waits.
+    void resumeStarts();
+    /// Whether pauseStarts() holds.
+    [[nodiscard]] bool startsPaused() const;
+
+    /// How many tasks that name @p resource run at once, 1 at first. More of them than a lower limit allows
+    /// go on.
+    /// @throws err::UnexpectedValue when @p limit is below 1 or @p resource is empty
+    void setResourceLimit(const QString& resource, int limit);
+
+    /// Takes the task of @p handler out of the queue: it is asked to cancel and ends as cancelled, at once
+    /// and without a turn. Any other is asked to cancel.
+    /// @return whether it waited for its turn
+    bool cancel(const ProgressHandlerPtr& handler);
+    /// The same for all tasks that the pool has, service tasks too.
+    void cancelAll();
+
+    /// True when nothing is queued or on its way to the queue, and all workers are idle.
     [[nodiscard]] bool allTasksDone() const;
     /// True at once when allTasksDone(); else waits until the pool becomes idle, or for @p ms milliseconds;
-    /// ULONG_MAX is for ever. Thread-safe, but not for tasks of this pool.
+    /// ULONG_MAX is for ever. In a thread of this pool, whose waiting would keep it busy, it does not wait.
     /// @return whether the pool was idle at some moment of the wait
     bool waitForAllTasks(unsigned long ms = ULONG_MAX);
 
 public Q_SLOTS:
-    /// The pool's own, called in its thread: takes the worker back, deletes the task, starts the next.
+    /// The pool's own: frees the worker of a task that has ended; nothing when it was freed before.
     void onWorkerFinished(veltor::concurrent::Task* task);
 
 private:
-    using HandlerPtr = std::shared_ptr<TaskProgressHandler>;
-    struct Run
-    {
-        quint64 id;
-        QThread* worker; // null for a service task
-        HandlerPtr handler;
-    };
-    struct Launch
-    {
-        Task* task = nullptr;
-        Run run{};
-    };
+    friend class TaskPoolRef;
 
-    bool handOver(Task* task, void (TaskThreadPool::*startHere)(Task*, Priority), Priority priority);
-    void start_internal(Task* task, Priority priority);
-    void startService_internal(Task* task, Priority priority);
-    [[nodiscard]] Launch reserve(Task* task, QThread* worker);
-    void launch(const Launch& launch, Task* former);
-    void run(const Launch& launch, Task* former);
-    [[nodiscard]] bool serveNext(const Launch& ended);
-    void stage();
-    [[nodiscard]] Task* takeQueued();
-    void onFinished(Task* task, quint64 id);
-    void dispatchNext(QThread* freed, Task* former);
-    void forgetDeleted();
-    void drop(Task* task);
-    void onThreadFinished(QThread* worker);
-    [[nodiscard]] bool idle() const;
-    void wakeIfIdle();
-    void cancelAll();
-    void stopThreads();
+    const std::shared_ptr<PoolCore> m_core;
+};
 
-    QList<Task*> m_queue;
-    QVector<QThread*> m_idleThreads;
-    int m_threadCount = 0;
-    QThread* m_serviceThread;
-    int m_requestedThreads;
-    mutable std::mutex m_mutex; // guards all but the two above
-    std::condition_variable m_allDone;
+/// A weak hold on a pool, for whoever may outlive it. A cheap value to copy; all functions are thread-safe.
+class VELTOR_UTILS_EXPORT TaskPoolRef
+{
+public:
+    /// Refers to no pool: closed.
+    TaskPoolRef() = default;
+    explicit TaskPoolRef(const TaskThreadPool& pool);
 
-    unsigned m_idleCount = 0; // how often the pool became idle
-    quint64 m_lastRun = 0;
-    std::unordered_map<Task*, Run> m_runs; // started and not yet taken back
-    std::vector<QPointer<Task>> m_retired; // to be deleted by their threads
-    QVector<QThread*> m_workers;           // all that are not deleted, removed ones included
-    bool m_closing = false;
+    /// Whether the pool takes tasks; it may close any moment.
+    [[nodiscard]] bool isOpen() const;
+    /// TaskThreadPool::start().
+    /// @return false when the pool is closed: the task then stays the caller's. One that lives in another
+    /// thread
+    ///         than the caller's is the pool's when it is open now.
+    bool start(Task* task, TaskThreadPool::Priority priority = TaskThreadPool::Normal,
+               const QString& resource = {}) const;
 
-    std::deque<Task*> m_staged; // the first of the queue, in no thread, but behind m_ahead of m_queue
-    int m_ahead = 0;
-    bool m_staging = false; // tasks are between m_queue and m_staged
+private:
+    std::shared_ptr<PoolCore> m_core;
 };
 
 } // namespace veltor::concurrent

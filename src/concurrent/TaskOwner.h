@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+
+namespace veltor::concurrent {
+
+class Task;
+
+/// Who runs a task and deletes it. Called in any thread, with no lock held.
+class TaskOwner
+{
+public:
+    TaskOwner() = default;
+    TaskOwner(const TaskOwner&) = delete;
+    TaskOwner& operator=(const TaskOwner&) = delete;
+    virtual ~TaskOwner() = default;
+
+    /// The task has entered a finished state; its last signals follow.
+    virtual void onEnd() = 0;
+    /// The task that TaskCore::mayDelete() refused may be deleted now.
+    virtual void onReleased() = 0;
+    /// The task is being destroyed, by whomever.
+    virtual void onDestroyed() = 0;
+    /// Ends the task at once if it waits for its turn. Returns whether it did.
+    virtual bool withdraw() = 0;
+};
+
+/// The task is its owner's from now on, which moves it to another thread.
+/// @throws err::NullArgument when there is none
+/// @throws err::UnsupportedOperation when it cannot be moved, or has an owner
+void give(Task* task, std::shared_ptr<TaskOwner> owner);
+/// Before the owner is made: what give() refuses, an owned task excepted.
+void requireMovable(const Task* task);
+
+} // namespace veltor::concurrent
