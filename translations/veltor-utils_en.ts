@@ -29,6 +29,29 @@
     </message>
 </context>
 <context>
+    <name>GroupTask</name>
+    <message>
+        <source>неизвестная ошибка</source>
+        <translation>unknown error</translation>
+    </message>
+    <message>
+        <source>Часть %1</source>
+        <translation>Part %1</translation>
+    </message>
+    <message>
+        <source>Задача &apos;%1&apos; не может быть частью группы: у неё есть владелец, она живёт в другом потоке или уже запущена</source>
+        <translation>The task &apos;%1&apos; cannot be a part of the group: it has an owner, lives in another thread or was started before</translation>
+    </message>
+    <message>
+        <source>Группа задач уже запущена</source>
+        <translation>The group of tasks was started before</translation>
+    </message>
+    <message>
+        <source>Части группы ждут друг друга по кругу: %1</source>
+        <translation>Parts of the group wait for each other in a circle: %1</translation>
+    </message>
+</context>
+<context>
     <name>LockInfo</name>
     <message>
         <source>нет папки &apos;%1&apos;</source>
@@ -234,6 +257,64 @@
     </message>
 </context>
 <context>
+    <name>TaskListModel</name>
+    <message>
+        <source>Неизвестная ошибка</source>
+        <translation>Unknown error</translation>
+    </message>
+    <message>
+        <source>В очереди</source>
+        <translation>Waiting</translation>
+    </message>
+    <message>
+        <source>Выполняется</source>
+        <translation>Running</translation>
+    </message>
+    <message>
+        <source>Приостановлено</source>
+        <translation>Paused</translation>
+    </message>
+    <message>
+        <source>Отменяется</source>
+        <translation>Canceling</translation>
+    </message>
+    <message>
+        <source>Готово</source>
+        <translation>Done</translation>
+    </message>
+    <message>
+        <source>Отменено</source>
+        <translation>Canceled</translation>
+    </message>
+    <message>
+        <source>Ошибка</source>
+        <translation>Failed</translation>
+    </message>
+    <message>
+        <source>осталось %1 с</source>
+        <translation>%1 s left</translation>
+    </message>
+    <message>
+        <source>осталось %1 мин</source>
+        <translation>%1 min left</translation>
+    </message>
+    <message>
+        <source>осталось %1 ч %2 мин</source>
+        <translation>%1 h %2 min left</translation>
+    </message>
+</context>
+<context>
+    <name>TaskResult</name>
+    <message>
+        <source>Ошибка, о которой никто не спросил: %1</source>
+        <translation>An error that nobody asked for: %1</translation>
+    </message>
+    <message>
+        <source>Значение результата уже взято</source>
+        <translation>The value of the result was taken before</translation>
+    </message>
+</context>
+<context>
     <name>TemporaryDir</name>
     <message>
         <source>Не удалось открыть папку &apos;%1&apos;: %2</source>
@@ -298,19 +379,19 @@
     </message>
     <message>
         <source>после &apos;%1&apos; не хватает аргументов</source>
-        <translation>arguments are missing after &apos;%1&apos;</translation>
+        <translation>arguments are missing after '%1'</translation>
     </message>
     <message>
         <source>лишний аргумент &apos;%1&apos;</source>
-        <translation>unexpected argument &apos;%1&apos;</translation>
+        <translation>unexpected argument '%1'</translation>
     </message>
     <message>
         <source>--%1: ожидается целое число от %2 до %3, а не &apos;%4&apos;</source>
-        <translation>--%1 takes a whole number from %2 to %3, not &apos;%4&apos;</translation>
+        <translation>--%1 takes a whole number from %2 to %3, not '%4'</translation>
     </message>
     <message>
         <source>--%1: ожидается одно из %2, а не &apos;%3&apos;</source>
-        <translation>--%1 takes one of %2, not &apos;%3&apos;</translation>
+        <translation>--%1 takes one of %2, not '%3'</translation>
     </message>
     <message>
         <source>Вызов: </source>
@@ -329,116 +410,60 @@
         <translation>veltor: interrupted</translation>
     </message>
     <message>
-        <source>--ellipsoid: ожидаются большая полуось в метрах и обратное сжатие, например 6378137,298.257223563 (0 — сфера), а не &apos;%1&apos;</source>
-        <translation>--ellipsoid takes the semi-major axis in metres and the inverse flattening, as in 6378137,298.257223563 (0: a sphere), not &apos;%1&apos;</translation>
-    </message>
-    <message>
-        <source>нет такого ключа: &apos;%1&apos;</source>
-        <translation>there is no option &apos;%1&apos;</translation>
-    </message>
-    <message>
-        <source>нет таких ключей: %1</source>
-        <translation>there are no options %1</translation>
-    </message>
-    <message>
-        <source>не задано значение ключа &apos;%1&apos;</source>
-        <translation>a value is missing after &apos;%1&apos;</translation>
-    </message>
-    <message>
-        <source>у ключа &apos;%1&apos; не бывает значения</source>
-        <translation>&apos;%1&apos; takes no value</translation>
-    </message>
-    <message>
-        <source>нет прав доступа</source>
-        <translation>permission denied</translation>
-    </message>
-    <message>
-        <source>открыто слишком много файлов</source>
-        <translation>too many open files</translation>
-    </message>
-    <message>
-        <source>нет такого файла или папки</source>
-        <translation>no such file or directory</translation>
-    </message>
-    <message>
-        <source>на устройстве не осталось места</source>
-        <translation>no space left on device</translation>
-    </message>
-    <message>
-        <source>это папка</source>
-        <translation>is a directory</translation>
-    </message>
-    <message>
-        <source>закрыт</source>
-        <translation>is closed</translation>
-    </message>
-    <message>
-        <source>файл слишком велик</source>
-        <translation>file too large</translation>
-    </message>
-    <message>
-        <source>ошибка ввода-вывода</source>
-        <translation>input/output error</translation>
-    </message>
-    <message>
-        <source>действие не разрешено</source>
-        <translation>operation not permitted</translation>
-    </message>
-    <message>
-        <source>канал никто не читает</source>
-        <translation>nobody reads the pipe</translation>
-    </message>
-    <message>
-        <source>ошибка системы %1</source>
-        <translation>system error %1</translation>
-    </message>
-    <message>
-        <source>расстояния между двумя точками по всем формулам</source>
-        <translation>distances between positions by every formula</translation>
-    </message>
-    <message>
-        <source>показать журнал отката, откатить, исправить, убрать</source>
-        <translation>show, roll back, repair or discard a rollback journal</translation>
-    </message>
-    <message>
-        <source>площади, периметры и длины объектов карты GeoJSON</source>
-        <translation>areas, perimeters and lengths of a GeoJSON map</translation>
-    </message>
-    <message>
-        <source>Вызов: veltor КОМАНДА [АРГУМЕНТЫ...]</source>
-        <translation>Usage: veltor COMMAND [ARGUMENTS...]</translation>
-    </message>
-    <message>
-        <source>Команды:</source>
-        <translation>Commands:</translation>
-    </message>
-    <message>
-        <source>Подробно: veltor help КОМАНДА или veltor КОМАНДА --help; версия: veltor --version</source>
-        <translation>More: veltor help COMMAND or veltor COMMAND --help; the version: veltor --version</translation>
-    </message>
-    <message>
-        <source>Код завершения: 0 — сделано, 1 — отказ или ошибка, 2 — неверная командная строка, 130 — прервано</source>
-        <translation>Exit status: 0 done, 1 refused or failed, 2 the command line does not fit, 130 interrupted</translation>
-    </message>
-    <message>
-        <source>нет такой команды: &apos;%1&apos;</source>
-        <translation>there is no command &apos;%1&apos;</translation>
-    </message>
-    <message>
-        <source>не названа команда</source>
-        <translation>which command?</translation>
-    </message>
-    <message>
-        <source>смотрите %1 --help</source>
-        <translation>see %1 --help</translation>
-    </message>
-    <message>
         <source>стандартный ввод: %1</source>
         <translation>standard input: %1</translation>
     </message>
     <message>
+        <source>Программа</source>
+        <translation>Program</translation>
+    </message>
+    <message>
+        <source>Библиотека</source>
+        <translation>Library</translation>
+    </message>
+    <message>
+        <source>Время</source>
+        <translation>Time</translation>
+    </message>
+    <message>
+        <source>Сигнал</source>
+        <translation>Signal</translation>
+    </message>
+    <message>
+        <source>код %1, адрес %2</source>
+        <translation>code %1, address %2</translation>
+    </message>
+    <message>
+        <source>Процесс</source>
+        <translation>Process</translation>
+    </message>
+    <message>
+        <source>Поток</source>
+        <translation>Thread</translation>
+    </message>
+    <message>
+        <source>show ФАЙЛ [--debug-dir КАТАЛОГ]</source>
+        <translation>show FILE [--debug-dir DIR]</translation>
+    </message>
+    <message>
+        <source>Показывает файл отчёта о сбое: для каждого кадра стека функцию, исходный файл и строку, если файлы его модуля ещё доступны.</source>
+        <translation>Shows a crash file: for each frame of the stack its function, source file and line, where the files of its module are still to be had.</translation>
+    </message>
+    <message>
+        <source>КАТАЛОГ</source>
+        <translation>DIR</translation>
+    </message>
+    <message>
+        <source>сначала искать здесь прежние файлы программы и её библиотек или отдельную отладочную информацию, по идентификатору сборки или по имени</source>
+        <translation>look here first for the former files of the program and its libraries, or for separate debug information, by build id or by name</translation>
+    </message>
+    <message>
+        <source>неизвестное действие: %1</source>
+        <translation>unknown action: %1</translation>
+    </message>
+    <message>
         <source>--formula: ожидаются через запятую cartesian, spherical, ellipsoid, vincenty, lambert, azimuth, а не &apos;%1&apos;</source>
-        <translation>--formula takes cartesian, spherical, ellipsoid, vincenty, lambert, azimuth, separated by commas, not &apos;%1&apos;</translation>
+        <translation>--formula takes cartesian, spherical, ellipsoid, vincenty, lambert, azimuth, separated by commas, not '%1'</translation>
     </message>
     <message>
         <source>veltor: строка %1: ожидаются LON1 LAT1 LON2 LAT2 в градусах: %2</source>
@@ -486,11 +511,15 @@
     </message>
     <message>
         <source>Расстояния между двумя точками в градусах по всем формулам, в метрах (cartesian — в градусах), и азимут в первой точке. Без координат читает со стандартного ввода по паре в строке, через пробелы или запятые, и печатает по строке на пару. Годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;</source>
-        <translation>Distances between two positions in degrees by every formula, in metres (cartesian: in degrees), and the azimuth at the first one. Without coordinates it reads a pair a line from standard input, separated by blanks or commas, and prints a line for each. Degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;</translation>
+        <translation>Distances between two positions in degrees by every formula, in metres (cartesian: in degrees), and the azimuth at the first one. Without coordinates it reads a pair a line from standard input, separated by blanks or commas, and prints a line for each. Degrees, minutes and seconds will do as well: 37°37'4.8"</translation>
     </message>
     <message>
         <source>ожидаются LON1 LAT1 LON2 LAT2 в градусах, а не &apos;%1&apos;</source>
-        <translation>LON1 LAT1 LON2 LAT2 in degrees expected, not &apos;%1&apos;</translation>
+        <translation>LON1 LAT1 LON2 LAT2 in degrees expected, not '%1'</translation>
+    </message>
+    <message>
+        <source>--ellipsoid: ожидаются большая полуось в метрах и обратное сжатие, например 6378137,298.257223563 (0 — сфера), а не &apos;%1&apos;</source>
+        <translation>--ellipsoid takes the semi-major axis in metres and the inverse flattening, as in 6378137,298.257223563 (0: a sphere), not '%1'</translation>
     </message>
     <message>
         <source>--points бывает только у line</source>
@@ -514,7 +543,7 @@
     </message>
     <message>
         <source>Кратчайшие линии на эллипсоиде: куда приведут азимут и расстояние (direct), расстояние и азимуты в обеих точках (inverse), N точек вдоль линии вместе с её концами (line). Градусы и метры; годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;. Без чисел читает их со стандартного ввода, по задаче в строке.</source>
-        <translation>Shortest lines on the ellipsoid: where an azimuth and a distance lead (direct), the distance and the azimuths at both positions (inverse), N points along the line, its ends among them (line). Degrees and metres; degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;. Without numbers it reads them from standard input, a problem a line.</translation>
+        <translation>Shortest lines on the ellipsoid: where an azimuth and a distance lead (direct), the distance and the azimuths at both positions (inverse), N points along the line, its ends among them (line). Degrees and metres; degrees, minutes and seconds will do as well: 37°37'4.8". Without numbers it reads them from standard input, a problem a line.</translation>
     </message>
     <message>
         <source>число точек у line; без ключа 11</source>
@@ -526,11 +555,11 @@
     </message>
     <message>
         <source>ожидается direct, inverse или line, а не &apos;%1&apos;</source>
-        <translation>direct, inverse or line expected, not &apos;%1&apos;</translation>
+        <translation>direct, inverse or line expected, not '%1'</translation>
     </message>
     <message>
         <source>ожидаются %1, а не &apos;%2&apos;</source>
-        <translation>%1 expected, not &apos;%2&apos;</translation>
+        <translation>%1 expected, not '%2'</translation>
     </message>
     <message>
         <source>после карты ожидается конец строки или файла</source>
@@ -578,7 +607,7 @@
     </message>
     <message>
         <source>неизвестный вид геометрии &apos;%1&apos;</source>
-        <translation>unknown kind of geometry &apos;%1&apos;</translation>
+        <translation>unknown kind of geometry '%1'</translation>
     </message>
     <message>
         <source>у GeometryCollection нет списка geometries</source>
@@ -645,16 +674,174 @@
         <translation>cannot be read: %1</translation>
     </message>
     <message>
+        <source>нет такого ключа: &apos;%1&apos;</source>
+        <translation>there is no option '%1'</translation>
+    </message>
+    <message>
+        <source>нет таких ключей: %1</source>
+        <translation>there are no options %1</translation>
+    </message>
+    <message>
+        <source>не задано значение ключа &apos;%1&apos;</source>
+        <translation>a value is missing after '%1'</translation>
+    </message>
+    <message>
+        <source>у ключа &apos;%1&apos; не бывает значения</source>
+        <translation>'%1' takes no value</translation>
+    </message>
+    <message>
+        <source>нет прав доступа</source>
+        <translation>permission denied</translation>
+    </message>
+    <message>
+        <source>открыто слишком много файлов</source>
+        <translation>too many open files</translation>
+    </message>
+    <message>
+        <source>нет такого файла или папки</source>
+        <translation>no such file or directory</translation>
+    </message>
+    <message>
+        <source>на устройстве не осталось места</source>
+        <translation>no space left on device</translation>
+    </message>
+    <message>
+        <source>это папка</source>
+        <translation>is a directory</translation>
+    </message>
+    <message>
+        <source>закрыт</source>
+        <translation>is closed</translation>
+    </message>
+    <message>
+        <source>файл слишком велик</source>
+        <translation>file too large</translation>
+    </message>
+    <message>
+        <source>ошибка ввода-вывода</source>
+        <translation>input/output error</translation>
+    </message>
+    <message>
+        <source>действие не разрешено</source>
+        <translation>operation not permitted</translation>
+    </message>
+    <message>
+        <source>канал никто не читает</source>
+        <translation>nobody reads the pipe</translation>
+    </message>
+    <message>
+        <source>ошибка системы %1</source>
+        <translation>system error %1</translation>
+    </message>
+    <message>
+        <source>на запись</source>
+        <translation>for writing</translation>
+    </message>
+    <message>
+        <source>на чтение</source>
+        <translation>for reading</translation>
+    </message>
+    <message>
+        <source>(ожидает)</source>
+        <translation>(waiting)</translation>
+    </message>
+    <message>
+        <source>%1:
+</source>
+        <translation>%1:
+</translation>
+    </message>
+    <message>
+        <source>с %1</source>
+        <translation>since %1</translation>
+    </message>
+    <message>
+        <source>процесс %1</source>
+        <translation>process %1</translation>
+    </message>
+    <message>
+        <source>неизвестный процесс</source>
+        <translation>unknown process</translation>
+    </message>
+    <message>
+        <source>никто не использует</source>
+        <translation>nobody uses it</translation>
+    </message>
+    <message>
+        <source>нельзя записать: %1</source>
+        <translation>cannot be written: %1</translation>
+    </message>
+    <message>
+        <source>Показывает, какие процессы открыли файл или папку, отобразили в память, выполняют или
+находятся в ней, какие блокировки держат, и почему файл нельзя записать. Ничего не
+меняет и не открывает. Код завершения: 0 — ничто не мешает записи, 1 — что-то мешает.</source>
+        <translation>Shows which processes have a file or folder open, map it, run it or are in it, by which locks,
+and why the file cannot be written. Changes and opens nothing. Exit status: 0 nothing stands
+against writing, 1 something does.</translation>
+    </message>
+    <message>
+        <source>в виде JSON</source>
+        <translation>as JSON</translation>
+    </message>
+    <message>
+        <source>показать отчёт о сбое, оставшийся от программы</source>
+        <translation>show the report that a crashed program left</translation>
+    </message>
+    <message>
+        <source>расстояния между двумя точками по всем формулам</source>
+        <translation>distances between positions by every formula</translation>
+    </message>
+    <message>
         <source>прямая и обратная геодезические задачи, точки вдоль линии</source>
         <translation>direct and inverse geodesic problem, points along a line</translation>
     </message>
     <message>
+        <source>показать журнал отката, откатить, исправить, убрать</source>
+        <translation>show, roll back, repair or discard a rollback journal</translation>
+    </message>
+    <message>
+        <source>кто использует файлы и почему их нельзя записать</source>
+        <translation>who uses files, and why they cannot be written</translation>
+    </message>
+    <message>
+        <source>площади, периметры и длины объектов карты GeoJSON</source>
+        <translation>areas, perimeters and lengths of a GeoJSON map</translation>
+    </message>
+    <message>
+        <source>Вызов: veltor КОМАНДА [АРГУМЕНТЫ...]</source>
+        <translation>Usage: veltor COMMAND [ARGUMENTS...]</translation>
+    </message>
+    <message>
+        <source>Команды:</source>
+        <translation>Commands:</translation>
+    </message>
+    <message>
+        <source>Подробно: veltor help КОМАНДА или veltor КОМАНДА --help; версия: veltor --version</source>
+        <translation>More: veltor help COMMAND or veltor COMMAND --help; the version: veltor --version</translation>
+    </message>
+    <message>
+        <source>Код завершения: 0 — сделано, 1 — отказ или ошибка, 2 — неверная командная строка, 130 — прервано</source>
+        <translation>Exit status: 0 done, 1 refused or failed, 2 the command line does not fit, 130 interrupted</translation>
+    </message>
+    <message>
+        <source>нет такой команды: &apos;%1&apos;</source>
+        <translation>there is no command '%1'</translation>
+    </message>
+    <message>
+        <source>не названа команда</source>
+        <translation>which command?</translation>
+    </message>
+    <message>
+        <source>смотрите %1 --help</source>
+        <translation>see %1 --help</translation>
+    </message>
+    <message>
         <source>ожидается Feature, а не &apos;%1&apos;</source>
-        <translation>a Feature expected, not &apos;%1&apos;</translation>
+        <translation>a Feature expected, not '%1'</translation>
     </message>
     <message>
         <source>неизвестный вид &apos;%1&apos;</source>
-        <translation>unknown type &apos;%1&apos;</translation>
+        <translation>unknown type '%1'</translation>
     </message>
     <message>
         <source>это не карта: ожидается объект</source>
@@ -734,7 +921,7 @@
     </message>
     <message>
         <source>--mode: ожидается одно из %1, а не &apos;%2&apos;</source>
-        <translation>--mode takes one of %1, not &apos;%2&apos;</translation>
+        <translation>--mode takes one of %1, not '%2'</translation>
     </message>
     <message>
         <source>--%1 не имеет смысла на плоскости</source>
@@ -742,7 +929,7 @@
     </message>
     <message>
         <source>поверхность: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default и &apos;&apos; — эллипсоид</source>
-        <translation>the surface: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default and &apos;&apos; are the ellipsoid</translation>
+        <translation>the surface: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default and '' are the ellipsoid</translation>
     </message>
     <message>
         <source>что соединяет точки: geodesic — кратчайшие линии (так и без ключа), straight — прямые по долготе и широте, как в RFC 7946</source>
@@ -758,7 +945,7 @@
     </message>
     <message>
         <source>свойство с именем объекта; без ключа name или NAME; иначе id или номер</source>
-        <translation>the property with a feature&apos;s name; name or NAME unless given; else the id or the number</translation>
+        <translation>the property with a feature's name; name or NAME unless given; else the id or the number</translation>
     </message>
     <message>
         <source>N объектов наибольшей площади, затем длины, в этом порядке</source>
@@ -832,118 +1019,27 @@
         <source>дыры больше многоугольника; его площадь взята за 0</source>
         <translation>the holes are larger than the polygon, whose area is taken for 0</translation>
     </message>
-    <message>
-        <source>Программа</source>
-        <translation>Program</translation>
-    </message>
-    <message>
-        <source>Библиотека</source>
-        <translation>Library</translation>
-    </message>
-    <message>
-        <source>Время</source>
-        <translation>Time</translation>
-    </message>
-    <message>
-        <source>Сигнал</source>
-        <translation>Signal</translation>
-    </message>
-    <message>
-        <source>код %1, адрес %2</source>
-        <translation>code %1, address %2</translation>
-    </message>
-    <message>
-        <source>Процесс</source>
-        <translation>Process</translation>
-    </message>
-    <message>
-        <source>Поток</source>
-        <translation>Thread</translation>
-    </message>
-    <message>
-        <source>show ФАЙЛ [--debug-dir КАТАЛОГ]</source>
-        <translation>show FILE [--debug-dir DIR]</translation>
-    </message>
-    <message>
-        <source>Показывает файл отчёта о сбое: для каждого кадра стека функцию, исходный файл и строку, если файлы его модуля ещё доступны.</source>
-        <translation>Shows a crash file: for each frame of the stack its function, source file and line, where the files of its module are still to be had.</translation>
-    </message>
-    <message>
-        <source>КАТАЛОГ</source>
-        <translation>DIR</translation>
-    </message>
-    <message>
-        <source>сначала искать здесь прежние файлы программы и её библиотек или отдельную отладочную информацию, по идентификатору сборки или по имени</source>
-        <translation>look here first for the former files of the program and its libraries, or for separate debug information, by build id or by name</translation>
-    </message>
-    <message>
-        <source>неизвестное действие: %1</source>
-        <translation>unknown action: %1</translation>
-    </message>
-    <message>
-        <source>на запись</source>
-        <translation>for writing</translation>
-    </message>
-    <message>
-        <source>на чтение</source>
-        <translation>for reading</translation>
-    </message>
-    <message>
-        <source>(ожидает)</source>
-        <translation>(waiting)</translation>
-    </message>
-    <message>
-        <source>%1:
-</source>
-        <translation>%1:
-</translation>
-    </message>
-    <message>
-        <source>с %1</source>
-        <translation>since %1</translation>
-    </message>
-    <message>
-        <source>процесс %1</source>
-        <translation>process %1</translation>
-    </message>
-    <message>
-        <source>неизвестный процесс</source>
-        <translation>unknown process</translation>
-    </message>
-    <message>
-        <source>никто не использует</source>
-        <translation>nobody uses it</translation>
-    </message>
-    <message>
-        <source>нельзя записать: %1</source>
-        <translation>cannot be written: %1</translation>
-    </message>
-    <message>
-        <source>Показывает, какие процессы открыли файл или папку, отобразили в память, выполняют или
-находятся в ней, какие блокировки держат, и почему файл нельзя записать. Ничего не
-меняет и не открывает. Код завершения: 0 — ничто не мешает записи, 1 — что-то мешает.</source>
-        <translation>Shows which processes have a file or folder open, map it, run it or are in it, by which locks,
-and why the file cannot be written. Changes and opens nothing. Exit status: 0 nothing stands
-against writing, 1 something does.</translation>
-    </message>
-    <message>
-        <source>в виде JSON</source>
-        <translation>as JSON</translation>
-    </message>
-    <message>
-        <source>показать отчёт о сбое, оставшийся от программы</source>
-        <translation>show the report that a crashed program left</translation>
-    </message>
-    <message>
-        <source>кто использует файлы и почему их нельзя записать</source>
-        <translation>who uses files, and why they cannot be written</translation>
-    </message>
 </context>
 <context>
     <name>veltor::concurrent::ProgressHandler</name>
     <message>
         <source>Операция была прервана</source>
         <translation>The operation was cancelled</translation>
+    </message>
+</context>
+<context>
+    <name>veltor::concurrent::TaskThreadPool</name>
+    <message>
+        <source>Задача с родительским объектом не может перейти в другой поток</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Задача не принадлежит ни одному потоку</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Задача уже передана на выполнение</source>
+        <translation type="unfinished"></translation>
     </message>
 </context>
 <context>

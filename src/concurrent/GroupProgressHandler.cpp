@@ -1,0 +1,200 @@
+// The progress of several parts as one.
+
+#include <veltor/concurrent/GroupProgressHandler.h>
+
+#include "Post.h"
+
+#include <veltor/err/Exceptions.h>
+
+#include <QtCore/QPointer>
+#include <QtCore/QThread>
+
+#include <algorithm>
+#include <cmath>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace veltor::concurrent {
+
+/// Held by the connections to the parts too, which other threads may be following while the handler goes.
+class GroupProgressHandler::Private : public std::enable_shared_from_this<Private>
+{
+public:
+    explicit Private(GroupProgressHandler* handler)
+        : m_handler(handler)
+    {}
+
+    void detach()
+    {
+        const std::lock_guard lock(m_mutex);
+        m_handler = nullptr;
+    }
+    std::size_t add(const ProgressHandler* part, double weight, const QString& text)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_parts.push_back({part, weight, 0, text});
+        m_weights += weight;
+        return m_parts.size() - 1;
+    }
+    void watch(const ProgressHandler* part, std::size_t index);
+    void reached(std::size_t index, double value, Range range);
+    void ended(const ProgressHandler* part);
+    void said(std::size_t index, const QString& message);
+
+private:
+    struct Part
+    {
+        const ProgressHandler* handler; // to tell parts apart
+        double weight;
+        double reached; // 0 to 1
+        QString text;
+    };
+
+    void changed();
+    void publish(GroupProgressHandler& handler);
+    [[nodiscard]] double total() const;
+
+    std::mutex m_mutex; // guards all but m_shown, and the handler's life while an event is posted to it
+    GroupProgressHandler* m_handler;
+    std::vector<Part> m_parts;
+    double m_weights = 0;
+    QString m_message;
+    bool m_underWay = false;
+    double m_shown = 0; // of the handler's thread
+};
+
+void GroupProgressHandler::Private::watch(const ProgressHandler* part, std::size_t index)
+{
+    const auto self = shared_from_this();
+    connect(part, &ProgressHandler::started, [self, index] { self->said(index, {}); });
+    connect(part, &ProgressHandler::progressValueChanged,
+            [self, part, index](double value) { self->reached(index, value, part->range()); });
+    connect(part, &ProgressHandler::messageChanged,
+            [self, index](const QString& message) { self->said(index, message); });
+    connect(part, &ProgressHandler::finished, [self, part] {
+        if (part->isFinished()) {
+            self->ended(part);
+        }
+    });
+}
+
+void GroupProgressHandler::Private::reached(std::size_t index, double value, Range range)
+{
+    const double share = (value - range.start) / (range.end - range.start);
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!(share > m_parts[index].reached)) { // NaN neither
+            return;
+        }
+        m_parts[index].reached = std::min(share, 1.0);
+    }
+    changed();
+}
+
+void GroupProgressHandler::Private::ended(const ProgressHandler* part)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        for (Part& known : m_parts) {
+            known.reached = known.handler == part ? 1 : known.reached;
+        }
+    }
+    changed();
+}
+
+void GroupProgressHandler::Private::said(std::size_t index, const QString& message)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        const QString& text = m_parts[index].text;
+        m_message =
+            text.isEmpty() || message.isEmpty() ? text + message : text + QLatin1String(": ") + message;
+    }
+    changed();
+}
+
+/// At once from the handler's own thread, which no event would reach while a part works in it.
+void GroupProgressHandler::Private::changed()
+{
+    GroupProgressHandler* here = nullptr;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_handler && m_handler->thread() == QThread::currentThread()) {
+            here = m_handler;
+        } else if (m_handler && !m_underWay) {
+            m_underWay = true;
+            post(m_handler, [self = shared_from_this(), handler = m_handler] { self->publish(*handler); });
+        }
+    }
+    if (here) {
+        publish(*here);
+    }
+}
+
+/// Under the mutex.
+double GroupProgressHandler::Private::total() const
+{
+    double sum = 0;
+    for (const Part& part : m_parts) {
+        sum += part.reached * (m_weights > 0 ? part.weight : 1);
+    }
+    return sum / (m_weights > 0 ? m_weights : double(m_parts.size()));
+}
+
+/// In the thread of @p handler, which an observer may destroy.
+void GroupProgressHandler::Private::publish(GroupProgressHandler& handler)
+{
+    QString message;
+    double share = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_underWay = false;
+        message = std::exchange(m_message, {});
+        share = std::min(total(), 1.0);
+    }
+    const QPointer<GroupProgressHandler> alive(&handler);
+    if (share > m_shown) {
+        m_shown = share;
+        const Range range = handler.range();
+        handler.setProgress_impl(range.start + share * (range.end - range.start));
+    }
+    if (alive && !message.isEmpty()) {
+        handler.setMessage(message);
+    }
+}
+
+GroupProgressHandler::GroupProgressHandler(Task* task)
+    : TaskProgressHandler(task)
+    , d(std::make_shared<Private>(this))
+{}
+
+GroupProgressHandler::~GroupProgressHandler()
+{
+    d->detach();
+}
+
+void GroupProgressHandler::addPart(const ProgressHandlerPtr& part, double weight, const QString& text)
+{
+    if (!part) {
+        throw err::NullArgument(QStringLiteral("part"));
+    }
+    if (!(weight >= 0) || std::isinf(weight)) {
+        throw err::UnexpectedValue(QStringLiteral("weight"), weight);
+    }
+    const std::size_t index = d->add(part.get(), weight, text);
+    registerSubHandler(part);
+    d->watch(part.get(), index);
+    if (part->isFinished()) {
+        d->ended(part.get());
+    } else {
+        d->reached(index, part->progress(), part->range());
+    }
+}
+
+void GroupProgressHandler::skipPart(const ProgressHandlerPtr& part)
+{
+    d->ended(part.get());
+}
+
+} // namespace veltor::concurrent
