@@ -1,4 +1,4 @@
-#include "utils/storage/JournalFormat.h"
+#include "utils/storage/journal/JournalFormat.h"
 
 #include <QTextCodec>
 #include <QtCore/QtEndian>
