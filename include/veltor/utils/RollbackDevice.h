@@ -5,22 +5,15 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QFileInfo>
-#include <QtCore/QHash>
 #include <QtCore/QString>
 #include <QtCore/QUuid>
 
 #include <functional>
-#include <map>
+#include <memory>
 #include <utility>
 #include <vector>
 
 namespace veltor::utils {
-
-namespace journal {
-struct Header;
-struct WalkedFile;
-struct Write;
-} // namespace journal
 
 /// One protected file: its entry in the journal, and the open file. All offsets are byte positions in
 /// the journal, 0 for "none".
@@ -31,9 +24,37 @@ struct RollbackFileInfo
     unsigned long long lastChange = 0;  ///< the file's last change block
     unsigned long long fileSize = 0;    ///< bytes the file had when it was put under protection
     QString name;                       ///< as stored in the journal
-    IOPtr device = nullIOPtr();         ///< the file, open for reading and writing
+    IOPtr device = nullIOPtr();         ///< the file, open for reading and writing; empty while a journal
+                                        ///< of many files that was read back has it closed
     unsigned long long blockCount = 0;  ///< change blocks saved so far
     unsigned long long savedBytes = 0;  ///< bytes in these blocks
+};
+
+/// What became of a journal that was to be disposed of.
+struct JournalRemoval
+{
+    bool removed = true;    ///< its name is gone
+    bool effective = false; ///< it still holds what it held: the next recovery would restore the old bytes
+    QString reason;         ///< why it is not removed, with its name and the system's words; else empty
+
+    /// True when the new contents are final.
+    explicit operator bool() const noexcept { return !effective; }
+};
+
+/// What a rollback did.
+struct RollbackReport
+{
+    /// A file that was not restored, and why.
+    struct Failure
+    {
+        QString name;   ///< as stored in the journal
+        QString reason; ///< as told in the log, with the system's words
+    };
+
+    unsigned long long restored = 0; ///< files put back
+    std::vector<Failure> failures;   ///< files not put back; the journal keeps them
+    bool canceled = false;           ///< it ended at cancelRollback(); files not reached are no failures
+    JournalRemoval journal;          ///< what became of the journal when all files were put back
 };
 
 /// A rollback journal and the files it protects: several files are changed as one unit.
@@ -42,12 +63,17 @@ struct RollbackFileInfo
 /// stand there are appended to the journal; only then are the new ones written. commit() makes the new
 /// contents final and removes the journal; rollback() puts every file back, byte for byte, to the
 /// contents and the length it had when it was added, and removes the journal. A journal that a killed
-/// process left behind is opened again and rolled back; one that open() refuses is salvaged first:
+/// process left behind is opened again and rolled back; one that open() refuses is salvaged first, and
+/// rolled back only when nothing had to be left out, since a rollback that succeeds removes the journal:
 ///
-///     if (!journal.open(std::move(device), QIODevice::ReadWrite)) {
+///     bool whole = journal.open(std::move(device), QIODevice::ReadWrite);
+///     if (!whole && journal.isOpen()) {
 ///         journal.repair();
+///         whole = journal.repairedWhole();
 ///     }
-///     journal.rollback();
+///     if (!whole || !journal.rollback()) {
+///         tell(journal.errorString()); // the journal is still there: keep a copy, then decide
+///     }
 ///
 /// Promise. At every instant the journal, as the operating system sees it, holds the old bytes of every
 /// range whose new bytes it may also see; nothing waits in a buffer of the process. So the files survive
@@ -55,9 +81,10 @@ struct RollbackFileInfo
 /// operating system: nothing is forced to the disk.
 ///
 /// Where the journal and the files live is a subclass's business; RollbackFile is the one for the file
-/// system. Failures are reported by the results and by a line in the log, level Error.
+/// system. Failures are reported by the results, by errorString() and by a line in the log, level Error.
 ///
-/// Threads: owner thread only. Two devices must never work on one journal or share a protected file.
+/// Threads: owner thread only, except cancelRollback(). Two devices must never work on one journal or
+/// share a protected file; RollbackFile sees to the former.
 class VELTOR_UTILS_EXPORT RollbackDevice
 {
 public:
@@ -73,7 +100,16 @@ public:
         unsigned long long savedBytes; ///< bytes in these blocks
     };
 
-    /// Called during rollback() after each restored block; must not touch the device.
+    /// A moment of a transaction; see savepoint().
+    class Savepoint
+    {
+        friend class RollbackDevice;
+        unsigned long long m_generation = 0; // 0: no moment
+        std::vector<std::pair<Key, unsigned long long>> m_lastChanges;
+    };
+
+    /// Called during rollback() after each restored block. It may call cancelRollback() and nothing else
+    /// of the device; what it throws ends the rollback as a failure does, and comes out of it.
     using RollbackProgress = std::function<void(unsigned long long restored, unsigned long long total)>;
 
     /// Holds no journal.
@@ -92,10 +128,11 @@ public:
 
 protected:
     /// Opens a stored name for reading and writing, unbuffered; never creates a file. An empty pointer or
-    /// a closed device when that fails.
+    /// a closed device when that fails; a closed device's errorString() is taken as the reason.
     [[nodiscard]] virtual IOPtr openFile(const QString& name) const = 0;
 
     /// Disposes of the journal's backing store; called by commit() and by a rollback() that succeeded.
+    /// One that does not succeed says so by reportRemoval().
     virtual void remove(const IOPtr& journal) = 0;
 
     /// True when @p journal can hold a journal: present, open, not sequential.
@@ -113,7 +150,7 @@ public:
     ///
     /// CAUTION: starting a new journal destroys what the device held. A journal that still holds change
     /// blocks is somebody's unfinished transaction, and the only copy of those bytes: ask
-    /// RollbackFile::needsRecovery() first, and recover.
+    /// RollbackFile::needsRecovery() first, and recover; or use RollbackFile::startNew().
     ///
     /// A journal whose change blocks have no checksums is read, rolled back and repaired, but takes no
     /// further changes: the two layouts are never mixed.
@@ -128,6 +165,14 @@ public:
     /// Forgets all files and releases the journal device; the journal stays where it is.
     void close() noexcept;
 
+    /// Counts the journals held: another one, or none, gives another number. A key is good only for the
+    /// generation in which it was given; SecuredFile refuses one that is older.
+    [[nodiscard]] unsigned long long generation() const noexcept;
+
+    /// What the last failure was, with the file's name and the system's words where it has any; empty
+    /// before the first one. The log has the same text, or for a journal's own faults its first part.
+    [[nodiscard]] QString errorString() const;
+
     /// The key of a protected file by its stored name, 0 when unknown.
     [[nodiscard]] Key fileLookup(const QString& name) const;
 
@@ -135,7 +180,7 @@ public:
     [[nodiscard]] QString fileName(Key key) const;
     /// The protected file's position in bytes, 0 for an unknown key.
     [[nodiscard]] qint64 filePos(Key key) const;
-    /// The protected file's present size in bytes, 0 for an unknown key.
+    /// The protected file's present size in bytes, 0 for an unknown key; -1 when it cannot be told.
     [[nodiscard]] qint64 fileSize(Key key) const;
 
     /// Moves the file's position; beyond the end is allowed. False for an unknown key, a closed file or a
@@ -148,7 +193,7 @@ public:
     bool fileResize(Key key, qint64 size);
 
     /// Reads from the file's position, which moves. @return bytes read, 0 at the end, for a null buffer or
-    /// a length of 0 or less; -1 for an unknown key or a closed file
+    /// a length of 0 or less; -1 for an unknown key, a closed file, or when nothing could be read
     qint64 readFromFile(Key key, char* buffer, qint64 length);
 
     /// Saves the bytes that stand in a range of a file; those beyond its end do not exist. A range that
@@ -166,47 +211,66 @@ public:
     [[nodiscard]] unsigned long long findBlock(unsigned int size) const;
 
     /// Makes the new contents final: removes the journal, forgets all files.
-    void commit();
+    /// @return false, converted, when the journal could be neither removed nor emptied and so still holds
+    ///     the old bytes: the next recovery would restore them. Its reason says why.
+    JournalRemoval commit();
 
     /// Puts the files back, in the order in which they were added, newest saved bytes first, and removes
     /// the journal. A file that fails is kept, with the journal, for another try; the others are restored
-    /// and forgotten. With no protected files it just removes the journal.
-    /// @return true when all files are as they were; false, with the journal kept, when one failed, when
-    ///         there is no journal, or when the journal was refused (and not repaired since) or is none
+    /// and forgotten. With no protected files it just removes the journal. One file is open at a time when
+    /// the journal was read back.
+    ///
+    /// A file is not restored, and not changed, when its length as it was cannot be had from the saved
+    /// bytes: it was cut by somebody else meanwhile, or the journal is not right.
+    ///
+    /// @return true when all files are as they were and the journal no longer holds anything; false, with
+    ///     the journal kept, when one failed, when it was cancelled, when there is no journal, or when the
+    ///     journal was refused (and not repaired since) or is none
     bool rollback();
+
+    /// What the last rollback() did, file by file.
+    [[nodiscard]] const RollbackReport& rollbackReport() const noexcept;
+
+    /// Ends the rollback() that is running after its present block: it returns false, the journal stays,
+    /// and a later rollback() begins anew. Thread-safe.
+    void cancelRollback() noexcept;
+
+    /// The present moment, to come back to by rollbackTo() while this journal is held.
+    [[nodiscard]] Savepoint savepoint() const;
+
+    /// Puts the files back to what they were at @p savepoint; those added since, to what they were when
+    /// added. They all stay protected, and the transaction goes on. The journal does not shrink.
+    /// @return false for another journal's savepoint, and when a file could not be put back; then only
+    ///     rollback() makes sense
+    bool rollbackTo(const Savepoint& savepoint);
 
     /// Salvages what a damaged journal still holds: its files, each with the change blocks that are whole
     /// from the first on. Changes nothing on disk; rollback() restores what was salvaged. An append that
     /// a kill left unfinished is no damage. A broken chain of blocks keeps its file with the blocks before
-    /// the break and ends the search; a file that cannot be opened is left out.
+    /// the break and ends the search; a file that cannot be opened, or is listed twice, is left out.
     ///
     /// The journal takes no further changes after this. A rollback() that succeeds removes it even when
     /// repairedWhole() is false: keep a copy first if what could not be salvaged matters.
     void repair();
 
     /// False when the last repair() had to leave something out.
-    [[nodiscard]] bool repairedWhole() const noexcept { return m_repairedWhole; }
+    [[nodiscard]] bool repairedWhole() const noexcept;
 
     /// True for a device that holds a journal, whole, salvaged or cut short while it was created; false
     /// after open() refused one (until repair() has looked at it) and for what never was a journal.
-    [[nodiscard]] bool isRecognized() const noexcept { return m_state != State::Refused; }
+    [[nodiscard]] bool isRecognized() const noexcept;
 
     /// The protected files in the order in which they were added.
     [[nodiscard]] std::vector<ProtectedFile> protectedFiles() const;
     /// The journal's version; null when there is none that could be read.
-    [[nodiscard]] QUuid journalVersion() const { return m_version; }
+    [[nodiscard]] QUuid journalVersion() const;
     /// Free records that open() found in the journal.
-    [[nodiscard]] unsigned long long freeBlockCount() const noexcept { return m_freeBlockCount; }
+    [[nodiscard]] unsigned long long freeBlockCount() const noexcept;
 
     /// Watches rollback(); an empty function ends that.
     void setRollbackProgress(RollbackProgress progress);
 
 protected:
-    /// The protected files, by key: so in the order in which they were added.
-    using FileMap = std::map<Key, RollbackFileInfo>;
-    /// A protected file with its key.
-    using FileItem = FileMap::value_type;
-
     /// As addFile(), for a name as it is to be stored.
     Key addFileImpl(const QString& name);
 
@@ -215,56 +279,22 @@ protected:
     /// The entry of a protected file. @throws err::UnexpectedValue when unknown
     [[nodiscard]] const RollbackFileInfo& file(const QString& name) const;
 
-    /// Saves one range as one change block.
-    bool addBlockImpl(FileItem& file, unsigned long long position, unsigned int length);
-
     /// Writes each pair's bytes to its offset in the journal, in order; ends at the first failure.
     bool flushList(const std::vector<std::pair<unsigned long long, QByteArray>>& writes);
 
     /// The journal device; empty while isOpen() is false.
-    [[nodiscard]] const IOPtr& journalDevice() const noexcept { return m_journal; }
+    [[nodiscard]] const IOPtr& journalDevice() const noexcept;
+
+    /// Says in remove() what became of the journal, where that is not its plain removal.
+    void reportRemoval(const JournalRemoval& removal);
+
+    /// Logs @p text at level Error and makes it errorString(). @return false
+    bool reportFailure(const QString& text) const;
 
 private:
-    /// What the journal held may be used for.
-    enum class State
-    {
-        Appendable,   ///< checked or new, with checksums, writable
-        RollbackOnly, ///< any other that was checked or salvaged; or partly rolled back
-        Refused,      ///< not a journal, or failed the check and was not repaired
-    };
-
-    bool release() noexcept;
-    bool createJournal();
-    bool loadJournal();
-    bool takeFile(const journal::WalkedFile& walked, IOPtr device);
-    void salvage();
-    bool openWalked(const journal::WalkedFile& walked);
-    void remember(Key key, RollbackFileInfo info);
-    FileMap::iterator forget(FileMap::iterator file);
-    void forgetFiles() noexcept;
-    [[nodiscard]] Key sameFile(QIODevice& device) const;
-    void dispose();
-    [[nodiscard]] bool canAppend() const;
-    [[nodiscard]] FileItem* openItem(Key key);
-    [[nodiscard]] const FileItem* item(Key key) const;
-    std::size_t writeJournal(const journal::Write* writes, std::size_t count);
-    Key appendEntry(const QString& name, const QByteArray& storedName, IOPtr device);
-    bool appendBlock(FileItem& file, const char* block, qint64 size);
-    bool saveRange(FileItem& file, unsigned long long position, unsigned long long length);
-    bool rollbackFileImpl(FileItem& file);
-
-    IOPtr m_journal;
-    FileMap m_files;
-    QHash<QString, Key> m_keys;                                                    // by stored name
-    std::map<std::pair<unsigned long long, unsigned long long>, Key> m_identities; // by the file itself
-    State m_state = State::Refused;
-    bool m_repairedWhole = false;
-    QUuid m_version;
-    unsigned long long m_freeBlockCount = 0;
-    QByteArray m_block; // the change block being saved; kept for its capacity
-    RollbackProgress m_progress;
-    unsigned long long m_restoredBlocks = 0;
-    unsigned long long m_blocksToRestore = 0;
+    friend class RollbackFile;
+    class Private;
+    std::unique_ptr<Private> m_p;
 };
 
 } // namespace veltor::utils

@@ -4,47 +4,122 @@
 
 #include <QtCore/QFileInfo>
 
+#include <functional>
+#include <memory>
+#include <vector>
+
 namespace veltor::utils {
+
+/// What stands under a journal's name.
+enum class JournalState
+{
+    Nothing,       ///< no file, or one that protects no saved bytes: a new transaction may start there
+    InUse,         ///< a living program has it open for work
+    NeedsRecovery, ///< somebody's unfinished transaction: roll it back, repair it or discard it
+    Unreadable,    ///< it cannot be asked or read, is a link or no file, or never was a journal
+};
+
+/// A look at a journal that opens none of its files and changes nothing.
+struct JournalView
+{
+    JournalState state = JournalState::Nothing;
+    qint64 ownerPid = 0;       ///< of the program that has it open; 0 when none, or unknown
+    bool belongsToUser = true; ///< it is the file of the user who runs, and nobody else may write it
+    bool valid = false;        ///< whole; of one in use, whole at this moment
+    QString reason;            ///< why not, or why it cannot be read or is in use; with the system's words
+    QUuid version;             ///< null when there is none that could be read
+    std::vector<RollbackDevice::ProtectedFile> files; ///< what a rollback, or a repair, would restore
+    unsigned long long freeBlocks = 0;
+};
 
 /// The rollback device of the file system: its journal is a file, and the protected files are named
 /// relative to it, so that a journal and its files can be moved together.
 ///
 ///     RollbackFile journal;
-///     journal.openByName(QFileInfo("project.rollback"), QIODevice::WriteOnly);
+///     if (!journal.startNew(QFileInfo("project.rollback"))) {
+///         return tell(journal.errorString()); // in use, or to be recovered first: journal.state()
+///     }
 ///     SecuredFile map, index;
-///     map.open("project.map", journal);
-///     index.open("project.idx", journal);
+///     if (!map.open("project.map", journal) || !index.open("project.idx", journal)) { ... }
 ///     ... write through both ...
 ///     journal.commit();                       // or journal.rollback()
+///
+/// One owner. Opening a journal takes an exclusive lock, which ends with close() or with the process; a
+/// second opener, in this process or in another, is told "in use" and changes nothing. The lock is
+/// advisory: it holds among users of this class. A process forked while the journal is open shares it.
+///
+/// Secrets. A new journal may be read and written by its user alone, and a journal never grants more than
+/// each file it protects. On Windows it has the rights of its folder.
+///
+/// What may be a journal: a regular file that is no link. Another name given to it (a hard link) is emptied
+/// with it.
 ///
 /// Threads: owner thread only.
 class VELTOR_UTILS_EXPORT RollbackFile : public RollbackDevice
 {
 public:
+    /// Where the files may lie that a journal names. Files of systems like proc and sys, the journal itself
+    /// and what is no regular file are never accepted.
+    enum class NameRule
+    {
+        Anywhere, ///< the base rule: wherever the names lead, links followed
+        Beneath,  ///< in the journal's folder or beneath, no links on the way, on the same file system
+    };
+
+    /// Says whether a file may be accessed, by the path that it has itself, links resolved.
+    using NamePredicate = std::function<bool(const QString& path)>;
+
     /// Holds no journal.
     RollbackFile();
+    ~RollbackFile() override;
 
-    /// Tells whether a journal is somebody's unfinished transaction, to be rolled back (or discarded)
+    /// Tells whether a journal holds somebody's unfinished transaction, to be rolled back (or discarded)
     /// before a new one may start there. False for a journal that does not exist, that protects no
-    /// saved bytes, or whose creation was cut short; true for every other content, readable or not.
-    /// Changes nothing and opens no protected file.
+    /// saved bytes, or whose creation was cut short; true for every other content, readable or not, and
+    /// for what cannot be asked. Changes nothing and opens no protected file.
     [[nodiscard]] static bool needsRecovery(const QFileInfo& journal);
+
+    /// Looks at a journal, also at one in use, without a line in the log.
+    [[nodiscard]] static JournalView inspect(const QFileInfo& journal);
+
+    /// Removes a journal; the files keep their new contents and are not opened. Refused for a journal in
+    /// use and for what is no journal. @return as commit()
+    static JournalRemoval discard(const QFileInfo& journal);
+
+    /// Sets which files may be accessed, by addFile() as by recovery; for the journals opened from now on.
+    void setNameRule(NameRule rule);
+    /// Leaves it to the caller: a file is opened, then closed again when @p accepts says no.
+    void setNameRule(NamePredicate accepts);
+
+    /// Refuses journals that do not belong to the user who runs, or that others may write: one may have
+    /// been planted. Off at first. For what recovers without being asked.
+    void setOwnJournalsOnly(bool own);
 
     /// Opens a journal by its name.
     ///
     /// @param journal  its path; its directory is where relative names begin
     /// @param mode  exactly QIODevice::WriteOnly: a new journal, created if it is not there, otherwise cut
-    ///     to an empty one. CAUTION: this forgets what it held; see needsRecovery(). Any other mode:
+    ///     to an empty one. CAUTION: this forgets what it held; see startNew(). Any other mode:
     ///     an existing journal, never created; without write permission it can still be rolled back.
     ///
-    /// Only regular files are journals; a directory, a pipe or a device is refused and not waited for.
-    /// @return as RollbackDevice::open()
+    /// Only regular files are journals; a link, a directory, a pipe or a device is refused and not waited
+    /// for.
+    /// @return as RollbackDevice::open(); false with state() InUse when another owner has it
     bool openByName(const QFileInfo& journal, QIODevice::OpenMode mode);
+
+    /// Opens a new journal as openByName() does, but leaves one alone that needs recovery, under the same
+    /// lock. @return false with state() InUse, NeedsRecovery or Unreadable; nothing is changed then
+    bool startNew(const QFileInfo& journal);
+
+    /// What the last openByName() or startNew() met: Nothing when it succeeded or found no journal.
+    [[nodiscard]] JournalState state() const noexcept;
+    /// The process that has the journal open when state() is InUse; 0 when the system does not tell.
+    [[nodiscard]] qint64 ownerPid() const noexcept;
 
     /// A stored name as a path: a relative one lies in the journal's directory.
     [[nodiscard]] QString canonical(const QString& name) const;
 
-    /// Opens an existing regular file for reading and writing, unbuffered.
+    /// Opens an existing regular file for reading and writing, unbuffered, if the name rule accepts it.
     [[nodiscard]] IOPtr openFile(const QString& name) const override;
 
     /// Puts a file under protection. The stored name is relative to the journal when the file lies beneath
@@ -53,22 +128,19 @@ public:
     Key addFile(const QFileInfo& file) override;
 
 protected:
-    /// Deletes the journal file. When that is not possible the journal is emptied instead, so that a
-    /// finished transaction can never be rolled back later.
+    /// Empties the journal, then deletes its file. From the first of the two on a finished transaction can
+    /// never be rolled back later, whatever other names the journal has.
     void remove(const IOPtr& device) override;
 
     /// The journal's file, as given to openByName(). A subclass that makes the journal's device itself
     /// sets it before it calls open().
-    [[nodiscard]] const QFileInfo& journalInfo() const noexcept { return m_journalInfo; }
+    [[nodiscard]] const QFileInfo& journalInfo() const noexcept;
     /// Sets journalInfo().
     void setJournalInfo(const QFileInfo& journal);
 
 private:
-    [[nodiscard]] QString storedName(const QString& canonicalPath) const;
-
-    QFileInfo m_journalInfo;
-    QString m_directory;   // of the journal, canonical; empty until the first file is added
-    QString m_journalPath; // canonical, likewise
+    class Private;
+    std::unique_ptr<Private> m_p;
 };
 
 } // namespace veltor::utils
