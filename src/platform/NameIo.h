@@ -20,7 +20,7 @@ struct NameStatus
     };
     Kind kind = Kind::Unknown;
     int error = 0;           ///< the system's number when `kind` is Unknown
-    bool foreign = false;    ///< it belongs to another user (told on Linux only)
+    bool foreign = false;    ///< another user's, or a folder that others may change (told on Linux only)
     bool changeable = false; ///< this process may make and remove names beside it
     FileIdentity identity;   ///< of a file or folder, where the system tells
 };

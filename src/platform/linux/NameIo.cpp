@@ -131,7 +131,8 @@ NameStatus NameIo::look(const Path& folder, const Path& name)
         return found;
     }
     found.kind = kindOf(status, parent.device());
-    found.foreign = status.st_uid != ::geteuid();
+    found.foreign = status.st_uid != ::geteuid() ||
+                    (S_ISDIR(status.st_mode) && (status.st_mode & (S_IWGRP | S_IWOTH)) != 0);
     found.identity = {status.st_dev, status.st_ino};
     return found;
 }

@@ -45,6 +45,7 @@ public:
     {}
 
     [[nodiscard]] bool atEnd() const { return m_at == m_bytes.size(); }
+    [[nodiscard]] int at() const { return m_at; }
 
     std::optional<NameRecord> next()
     {
@@ -79,8 +80,12 @@ private:
 
 bool isNameBeneath(const QString& name)
 {
-    // One rule for all systems: a folder may be carried from one to the other.
-    if (name.contains(QLatin1Char('\\')) || name.contains(QLatin1Char(':')) || !encodeName(name)) {
+#ifdef Q_OS_WIN
+    if (name.contains(QLatin1Char('\\')) || name.contains(QLatin1Char(':'))) {
+        return false;
+    }
+#endif
+    if (!encodeName(name)) {
         return false;
     }
     const QStringList parts = name.split(QLatin1Char('/'));
@@ -235,6 +240,7 @@ std::optional<Manifest> Manifest::parse(const QByteArray& bytes)
         } else {
             return std::nullopt;
         }
+        manifest.size = reader.at();
     }
     return manifest;
 }

@@ -76,8 +76,11 @@ public:
 
     /// Takes one more record; false, with nothing changed, when it contradicts those before it.
     [[nodiscard]] bool apply(const NameRecord& record);
+    [[nodiscard]] bool canTake(const NameRecord& record) const;
     [[nodiscard]] Found find(const QString& name) const;
     [[nodiscard]] Plan plan() const;
+    /// Whether a record has given this hidden name.
+    [[nodiscard]] bool knows(quint32 hidden) const { return m_hidden.count(hidden) != 0; }
 
 private:
     /// A file whose name was touched.
@@ -88,7 +91,6 @@ private:
         QString target; // empty: none
     };
 
-    [[nodiscard]] bool canTake(const NameRecord& record) const;
     [[nodiscard]] bool isFree(quint32 hidden) const { return hidden != 0 && m_hidden.count(hidden) == 0; }
     std::size_t add(File file);
     std::size_t take(const QString& name, quint32 hidden);
@@ -105,6 +107,7 @@ struct Manifest
     NameMap names;
     bool sealed = false; ///< complete: its transaction came to its commit
     bool moved = false;  ///< and all that had to be moved aside is
+    qint64 size = 0;     ///< bytes up to the seal, or up to the end: where the next record goes
 
     /// The longest that is read.
     static constexpr qint64 MaxSize = 64 * 1024 * 1024;
