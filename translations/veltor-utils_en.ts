@@ -81,6 +81,153 @@
     </message>
 </context>
 <context>
+    <name>veltor</name>
+    <message>
+        <source>показать эту справку</source>
+        <translation>show this help</translation>
+    </message>
+    <message>
+        <source>не хватает аргументов</source>
+        <translation>arguments are missing</translation>
+    </message>
+    <message>
+        <source>после &apos;%1&apos; не хватает аргументов</source>
+        <translation>arguments are missing after &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>лишний аргумент &apos;%1&apos;</source>
+        <translation>unexpected argument &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>--%1: ожидается целое число от %2 до %3, а не &apos;%4&apos;</source>
+        <translation>--%1 takes a whole number from %2 to %3, not &apos;%4&apos;</translation>
+    </message>
+    <message>
+        <source>--%1: ожидается одно из %2, а не &apos;%3&apos;</source>
+        <translation>--%1 takes one of %2, not &apos;%3&apos;</translation>
+    </message>
+    <message>
+        <source>Вызов: </source>
+        <translation>Usage: </translation>
+    </message>
+    <message>
+        <source>Ключи:</source>
+        <translation>Options:</translation>
+    </message>
+    <message>
+        <source>стандартный вывод: %1</source>
+        <translation>standard output: %1</translation>
+    </message>
+    <message>
+        <source>veltor: прервано</source>
+        <translation>veltor: interrupted</translation>
+    </message>
+    <message>
+        <source>--ellipsoid: ожидаются большая полуось в метрах и обратное сжатие, например 6378137,298.257223563 (0 — сфера), а не &apos;%1&apos;</source>
+        <translation>--ellipsoid takes the semi-major axis in metres and the inverse flattening, as in 6378137,298.257223563 (0: a sphere), not &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>нет такого ключа: &apos;%1&apos;</source>
+        <translation>there is no option &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>нет таких ключей: %1</source>
+        <translation>there are no options %1</translation>
+    </message>
+    <message>
+        <source>не задано значение ключа &apos;%1&apos;</source>
+        <translation>a value is missing after &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>у ключа &apos;%1&apos; не бывает значения</source>
+        <translation>&apos;%1&apos; takes no value</translation>
+    </message>
+    <message>
+        <source>нет прав доступа</source>
+        <translation>permission denied</translation>
+    </message>
+    <message>
+        <source>открыто слишком много файлов</source>
+        <translation>too many open files</translation>
+    </message>
+    <message>
+        <source>нет такого файла или папки</source>
+        <translation>no such file or directory</translation>
+    </message>
+    <message>
+        <source>на устройстве не осталось места</source>
+        <translation>no space left on device</translation>
+    </message>
+    <message>
+        <source>это папка</source>
+        <translation>is a directory</translation>
+    </message>
+    <message>
+        <source>закрыт</source>
+        <translation>is closed</translation>
+    </message>
+    <message>
+        <source>файл слишком велик</source>
+        <translation>file too large</translation>
+    </message>
+    <message>
+        <source>ошибка ввода-вывода</source>
+        <translation>input/output error</translation>
+    </message>
+    <message>
+        <source>действие не разрешено</source>
+        <translation>operation not permitted</translation>
+    </message>
+    <message>
+        <source>канал никто не читает</source>
+        <translation>nobody reads the pipe</translation>
+    </message>
+    <message>
+        <source>ошибка системы %1</source>
+        <translation>system error %1</translation>
+    </message>
+    <message>
+        <source>расстояния между двумя точками по всем формулам</source>
+        <translation>distances between positions by every formula</translation>
+    </message>
+    <message>
+        <source>показать журнал отката, откатить, исправить, убрать</source>
+        <translation>show, roll back, repair or discard a rollback journal</translation>
+    </message>
+    <message>
+        <source>площади, периметры и длины объектов карты GeoJSON</source>
+        <translation>areas, perimeters and lengths of a GeoJSON map</translation>
+    </message>
+    <message>
+        <source>Вызов: veltor КОМАНДА [АРГУМЕНТЫ...]</source>
+        <translation>Usage: veltor COMMAND [ARGUMENTS...]</translation>
+    </message>
+    <message>
+        <source>Команды:</source>
+        <translation>Commands:</translation>
+    </message>
+    <message>
+        <source>Подробно: veltor help КОМАНДА или veltor КОМАНДА --help; версия: veltor --version</source>
+        <translation>More: veltor help COMMAND or veltor COMMAND --help; the version: veltor --version</translation>
+    </message>
+    <message>
+        <source>Код завершения: 0 — сделано, 1 — отказ или ошибка, 2 — неверная командная строка, 130 — прервано</source>
+        <translation>Exit status: 0 done, 1 refused or failed, 2 the command line does not fit, 130 interrupted</translation>
+    </message>
+    <message>
+        <source>нет такой команды: &apos;%1&apos;</source>
+        <translation>there is no command &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>не названа команда</source>
+        <translation>which command?</translation>
+    </message>
+    <message>
+        <source>смотрите %1 --help</source>
+        <translation>see %1 --help</translation>
+    </message>
+</context>
+<context>
     <name>veltor::concurrent::ProgressHandler</name>
     <message>
         <source>Операция была прервана</source>

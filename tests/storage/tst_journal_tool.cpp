@@ -69,7 +69,9 @@ TEST_F(JournalTool, RefusesDamageAndKeepsWhatItCannotSalvage)
     JournalImage image;
     image.damage(u("B1+40:1=7"));
     write("journal", image.bytes);
+    qputenv("LC_ALL", "ru_RU.UTF-8"); // the language of the message below
     EXPECT_EQ(run({u("show"), path("journal"), u("--json")}), 1);
+    qputenv("LC_ALL", "C.UTF-8");
     const QJsonDocument shown = QJsonDocument::fromJson(m_out);
     const QString message =
         image.message(u("Не совпадает контрольная сумма данных отката по смещению {B1+40}"));

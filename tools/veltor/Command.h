@@ -1,14 +1,13 @@
 #pragma once
 
-#include <veltor/json/JsonFormatter.h>
+#include "Console.h"
 
-#include <QtCore/QJsonObject>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
 #include <stdexcept>
 
-/// What the commands of the tool share: exit codes, the usage fault and the way to the console.
+/// What the commands of the tool share: exit codes, the usage fault and the table's entry.
 namespace veltor::tool {
 
 /// Exit codes of every command.
@@ -16,10 +15,12 @@ enum ExitCode
 {
     Done = 0,
     Failed = 1,
-    Usage = 2
+    Usage = 2,
+    Interrupted = 130
 };
 
-/// The words on the command line do not fit; caught by main(), which prints the text and ends with Usage.
+/// The words on the command line do not fit; caught by main(), which prints the one line of text, says where
+/// help is to be had and ends with Usage.
 class UsageError : public std::runtime_error
 {
 public:
@@ -28,44 +29,17 @@ public:
     {}
 };
 
-/// Text to standard output and standard error, in UTF-8 (a Windows console gets its own characters).
-/// printError() adds the line break.
-void print(const QString& text);
-void printError(const QString& text);
-
-/// @p object to standard output, with a line end behind it.
-void printJson(const QJsonObject& object, const json::Format& layout = json::JsonFormatter::formatIndented,
-               json::EndOfLine endOfLine = json::EndOfLine::Lf);
-
-/// Replaces the progress line on standard error, which must be a terminal; an empty one removes it.
-void printProgress(const QString& line);
-
-/// True when standard error is a terminal, where a progress line makes sense.
-bool hasTerminal();
-
-/// While one exists, the first interrupt from the keyboard only sets interrupted(); a second one kills the
-/// process. One at a time.
-class InterruptWatch
-{
-public:
-    InterruptWatch();
-    ~InterruptWatch();
-    InterruptWatch(const InterruptWatch&) = delete;
-    InterruptWatch& operator=(const InterruptWatch&) = delete;
-
-    [[nodiscard]] static bool interrupted();
-};
-
-/// One entry of the tool's table: `veltor NAME ARGUMENTS...`. `run` gets the words after the name.
+/// One entry of the tool's table: `veltor NAME ARGUMENTS...`.
 struct Command
 {
     const char* name;
-    const char* summary;
-    int (*run)(const QStringList& arguments);
+    const char* summary;                  ///< in the context "veltor", untranslated
+    int (*run)(const QStringList& words); ///< gets the words after the name
 };
 
-int runDistance(const QStringList& arguments);
-int runJournal(const QStringList& arguments);
-int runMeasure(const QStringList& arguments);
+int runDistance(const QStringList& words);
+int runGeodesic(const QStringList& words);
+int runJournal(const QStringList& words);
+int runMeasure(const QStringList& words);
 
 } // namespace veltor::tool

@@ -1,54 +1,87 @@
+// The tool's ways to standard output, standard error and the keyboard, on top of what the system has.
+
+#include "Console.h"
+
 #include "Command.h"
+#include "JsonText.h"
+#include "Language.h"
 #include "Terminal.h"
+#include "Text.h"
 
-#include <QtCore/QBuffer>
+#include <veltor/json/JsonFormatter.h>
 
-#include <array>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
+#include <string>
 
 namespace veltor::tool {
 namespace {
 
+std::atomic<bool> isWatched{false};
 std::atomic<bool> interruptSeen{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not wait for a lock");
 
+std::string pending; // for standard output
+
+void flushOutput()
+{
+    if (pending.empty()) {
+        return;
+    }
+    const std::string text = std::move(pending);
+    pending.clear();
+    if (const int error = terminal::put(stdout, text)) {
+        throw OutputError(error);
+    }
+}
+
 } // namespace
 
-InterruptWatch::InterruptWatch()
-{
-    interruptSeen.store(false);
-    terminal::watchInterrupt([] { interruptSeen.store(true); });
-}
+OutputError::OutputError(int errorNumber)
+    : std::runtime_error(Text::tr("стандартный вывод: %1").arg(systemReason(errorNumber)).toStdString())
+    , m_isClosedPipe(terminal::isClosedPipe(errorNumber))
+{}
 
-InterruptWatch::~InterruptWatch()
+void print(std::string_view utf8)
 {
-    terminal::unwatchInterrupt();
-}
-
-bool InterruptWatch::interrupted()
-{
-    return interruptSeen.load();
+    constexpr std::size_t piece = 1 << 16;
+    static const bool isTerminal = terminal::isTerminal(stdout);
+    pending += utf8;
+    if (isTerminal || pending.size() >= piece) {
+        flushOutput();
+    }
 }
 
 void print(const QString& text)
 {
-    terminal::put(stdout, text);
+    const QByteArray bytes = text.toUtf8();
+    print(std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
 }
 
-void printJson(const QJsonObject& object, const json::Format& layout, json::EndOfLine endOfLine)
+void finishOutput()
 {
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    json::JsonFormatter(IOPtr(&buffer, [](QIODevice*) {}), layout).setEndOfLine(endOfLine).write(object);
-    constexpr std::array lineEnds{"\n", "\r\n", "\r"};
-    buffer.write(lineEnds[static_cast<size_t>(endOfLine)]);
-    print(QString::fromUtf8(buffer.data()));
+    flushOutput();
+    // Some systems tell of a full disk only now.
+    if (std::fclose(stdout) != 0) {
+        throw OutputError(errno);
+    }
 }
 
 void printError(const QString& text)
 {
-    terminal::put(stderr, text + QLatin1Char('\n'));
+    try {
+        flushOutput();
+    } catch (const OutputError&) { // NOLINT(bugprone-empty-catch): the fault to be told goes first
+    }
+    terminal::put(stderr, (text + QLatin1Char('\n')).toStdString());
+}
+
+void printJson(const QJsonObject& object)
+{
+    JsonText json(json::JsonFormatter::formatIndented);
+    json.value(object);
+    print(json.take() + '\n');
 }
 
 void printProgress(const QString& line)
@@ -56,13 +89,50 @@ void printProgress(const QString& line)
     // Blanks over what the line before left: not every console knows the sequence that clears.
     static int shown = 0;
     const QString cleared = line.leftJustified(shown);
-    terminal::put(stderr, QLatin1Char('\r') + cleared + (line.isEmpty() ? QStringLiteral("\r") : QString()));
+    terminal::put(stderr,
+                  QString(QLatin1Char('\r') + cleared + (line.isEmpty() ? QStringLiteral("\r") : QString()))
+                      .toStdString());
     shown = line.size();
 }
 
 bool hasTerminal()
 {
     return terminal::isTerminal(stderr);
+}
+
+void prepareInterrupt()
+{
+    terminal::onInterrupt([] {
+        if (!isWatched.load() || interruptSeen.exchange(true)) {
+            terminal::endProcess(Interrupted);
+        }
+    });
+}
+
+InterruptWatch::InterruptWatch()
+{
+    interruptSeen.store(false);
+    isWatched.store(true);
+}
+
+InterruptWatch::~InterruptWatch()
+{
+    isWatched.store(false);
+}
+
+bool InterruptWatch::interrupted()
+{
+    return interruptSeen.load();
+}
+
+void InterruptWatch::endProcess()
+{
+    if (hasTerminal()) {
+        printProgress(QString());
+    }
+    pending.clear();
+    printError(Text::tr("veltor: прервано"));
+    terminal::endProcess(Interrupted);
 }
 
 } // namespace veltor::tool

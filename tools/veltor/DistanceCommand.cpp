@@ -161,19 +161,26 @@ int measureLines(const MeasureOptions& options)
 
 } // namespace
 
-int runDistance(const QStringList& arguments)
+int runDistance(const QStringList& words)
 {
-    const MeasureOptions options = parseMeasureOptions(arguments, QString::fromUtf8(usage), false);
-    if (options.help) {
-        print(QString::fromUtf8(usage));
+    Arguments arguments(QStringLiteral("distance"), {QString()}, QString::fromUtf8(usage));
+    arguments.addOption("ellipsoid", QStringLiteral("A,RF"), QString());
+    arguments.addFlag("json", QString());
+    if (!arguments.parse(words)) {
         return Done;
     }
-    if (options.words.isEmpty()) {
+    MeasureOptions options;
+    options.json = arguments.isSet("json");
+    if (arguments.isSet("ellipsoid")) {
+        options.ellipsoid = parseEllipsoid(arguments.value("ellipsoid"));
+    }
+    if (arguments.words().isEmpty()) {
         return measureLines(options);
     }
-    const std::optional<Pair> pair = parsePair(options.words.join(QLatin1Char(' ')).toStdString());
-    if (options.words.size() != 4 || !pair) {
-        throw UsageError(QString::fromUtf8(usage));
+    arguments.expectWords(4, 4);
+    const std::optional<Pair> pair = parsePair(arguments.words().join(QLatin1Char(' ')).toStdString());
+    if (!pair) {
+        throw UsageError(QStringLiteral("no"));
     }
     std::string text;
     (options.json ? appendJson : appendList)(text, measure(*pair, options.ellipsoid));

@@ -1,5 +1,6 @@
 #include "Command.h"
 #include "GeoJson.h"
+#include "JsonText.h"
 #include "MeasureOptions.h"
 #include "ParallelRun.h"
 
@@ -267,18 +268,20 @@ private:
 
 } // namespace
 
-int runMeasure(const QStringList& arguments)
+int runMeasure(const QStringList& words)
 {
-    const MeasureOptions options = parseMeasureOptions(arguments, QString::fromUtf8(usage), true);
-    if (options.help) {
-        print(QString::fromUtf8(usage));
+    Arguments arguments(QStringLiteral("measure"), {QStringLiteral("FILE")}, QString::fromUtf8(usage));
+    for (const char* name : {"mode", "ellipsoid", "largest", "layout", "eol"}) {
+        arguments.addOption(name, QStringLiteral("X"), QString());
+    }
+    arguments.addFlag("json", QString());
+    if (!arguments.parse(words)) {
         return Done;
     }
-    if (options.words.size() != 1) {
-        throw UsageError(QString::fromUtf8(usage));
-    }
+    arguments.expectWords(1, 1);
+    const MeasureOptions options = measureOptions(arguments);
     const Model model = modelOf(options);
-    MapContents contents = readGeoJson(options.words[0], model.mode != CalcMode::Cartesian);
+    MapContents contents = readGeoJson(arguments.words()[0], model.mode != CalcMode::Cartesian);
     for (const QString& line : contents.skipped) {
         printError(QStringLiteral("veltor: ") + line);
     }
@@ -295,7 +298,11 @@ int runMeasure(const QStringList& arguments)
     }
     const Report report(std::move(contents.features), std::move(measures), options.largest);
     if (options.json) {
-        printJson(report.asJson(model), *options.layout, options.endOfLine);
+        JsonText text(*options.layout, options.endOfLine);
+        text.value(report.asJson(model));
+        print(text.take() + (options.endOfLine == json::EndOfLine::Lf     ? "\n"
+                             : options.endOfLine == json::EndOfLine::CrLf ? "\r\n"
+                                                                          : "\r"));
     } else {
         print(report.asTable(model));
     }

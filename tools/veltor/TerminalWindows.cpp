@@ -1,3 +1,5 @@
+// The console of Windows.
+
 #include "Terminal.h"
 
 #ifndef NOMINMAX
@@ -10,23 +12,20 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <cstdlib>
 
 namespace veltor::tool::terminal {
 namespace {
 
 std::atomic<void (*)()> g_handler{nullptr};
 
-/// The first interrupt takes the handler; without one the system does what it always does.
 BOOL WINAPI onControl(DWORD event)
 {
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
         return FALSE;
     }
-    auto* const handler = g_handler.exchange(nullptr);
-    if (!handler) {
-        return FALSE;
-    }
-    handler();
+    g_handler.load()();
     return TRUE;
 }
 
@@ -51,38 +50,64 @@ bool isTerminal(std::FILE* stream)
     return GetConsoleMode(handleOf(stream), &mode) != 0;
 }
 
-void put(std::FILE* stream, const QString& text)
+int put(std::FILE* stream, const std::string& text)
 {
+    errno = 0;
     if (!isTerminal(stream)) {
-        const QByteArray bytes = text.toUtf8();
-        std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
-        std::fflush(stream);
-        return;
+        const bool done =
+            std::fwrite(text.data(), 1, text.size(), stream) == text.size() && std::fflush(stream) == 0;
+        return done ? 0 : errno != 0 ? errno : EIO;
     }
     std::fflush(stream);
-    const std::wstring characters = text.toStdWString();
+    const int size = static_cast<int>(text.size());
+    std::wstring characters(text.size(), L'\0');
+    const int length = MultiByteToWideChar(CP_UTF8, 0, text.data(), size, characters.data(), size);
+    characters.resize(static_cast<std::size_t>(length));
     constexpr std::size_t mostAtOnce = 8192; // older systems pass them through a buffer of 64 KiB
     for (std::size_t done = 0; done < characters.size();) {
         const auto count = static_cast<DWORD>(std::min(characters.size() - done, mostAtOnce));
         DWORD written = 0;
         if (!WriteConsoleW(handleOf(stream), characters.data() + done, count, &written, nullptr) ||
             written == 0) {
-            return;
+            return EIO;
         }
         done += written;
     }
+    return 0;
 }
 
-void watchInterrupt(void (*handler)())
+bool isClosedPipe(int errorNumber)
+{
+    return errorNumber == EPIPE || errorNumber == EINVAL; // the C runtime knows no better for a broken pipe
+}
+
+void onInterrupt(void (*handler)())
 {
     g_handler = handler;
     SetConsoleCtrlHandler(&onControl, TRUE);
 }
 
-void unwatchInterrupt()
+void endProcess(int exitCode)
 {
-    SetConsoleCtrlHandler(&onControl, FALSE);
-    g_handler = nullptr;
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
+    std::_Exit(exitCode);
 }
+
+std::string userLanguage()
+{
+    const char* const all = std::getenv("LC_ALL");
+    if (all != nullptr && *all != '\0') {
+        return all;
+    }
+    wchar_t name[LOCALE_NAME_MAX_LENGTH] = {};
+    GetUserDefaultLocaleName(name, LOCALE_NAME_MAX_LENGTH);
+    std::string language;
+    for (const wchar_t* c = name; *c != L'\0'; ++c) {
+        language += static_cast<char>(*c); // ASCII by definition
+    }
+    return language;
+}
+
+void makeMessagesEnglish() {}
 
 } // namespace veltor::tool::terminal

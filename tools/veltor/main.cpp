@@ -2,77 +2,122 @@
 // a source of its own.
 
 #include "Command.h"
+#include "Console.h"
+#include "Language.h"
 #include "Terminal.h"
+#include "TerminalText.h"
+#include "Text.h"
 
 #include <veltor/Version.h>
 #include <veltor/logging/Logger.h>
-#include <veltor/utils/Translation.h>
 
-#include <QtCore/QCoreApplication>
+#include <QtCore/QTextCodec>
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 
 namespace veltor::tool {
 namespace {
 
-constexpr std::array commands{
-    Command{"distance", "measure between two positions by every formula", &runDistance},
-    Command{"journal", "show, roll back, repair or discard a rollback journal", &runJournal},
-    Command{"measure", "areas, perimeters and lengths of a GeoJSON file", &runMeasure},
+constexpr Command commands[] = {
+    {"distance", QT_TRANSLATE_NOOP("veltor", "расстояния между двумя точками по всем формулам"),
+     &runDistance},
+    {"journal", QT_TRANSLATE_NOOP("veltor", "показать журнал отката, откатить, исправить, убрать"),
+     &runJournal},
+    {"measure", QT_TRANSLATE_NOOP("veltor", "площади, периметры и длины объектов карты GeoJSON"),
+     &runMeasure},
 };
 
 QString overview()
 {
-    QString text = QStringLiteral("Usage: veltor COMMAND [ARGUMENTS...]\n\nCommands:\n");
+    QString text = Text::tr("Вызов: veltor КОМАНДА [АРГУМЕНТЫ...]") + QStringLiteral("\n\n") +
+                   Text::tr("Команды:") + QLatin1Char('\n');
     for (const Command& command : commands) {
-        text += QStringLiteral("  %1 %2\n")
-                    .arg(QLatin1String(command.name), -10)
-                    .arg(QLatin1String(command.summary));
+        text +=
+            QStringLiteral("  %1 %2\n").arg(QLatin1String(command.name), -10).arg(Text::tr(command.summary));
     }
-    return text +
-           QStringLiteral("\nveltor COMMAND --help tells more.\n"
-                          "Exit status: 0 done, 1 refused or failed, 2 the command line does not fit.\n");
+    return text + QLatin1Char('\n') +
+           Text::tr("Подробно: veltor help КОМАНДА или veltor КОМАНДА --help; версия: veltor --version") +
+           QLatin1Char('\n') +
+           Text::tr("Код завершения: 0 — сделано, 1 — отказ или ошибка, 2 — неверная командная строка, 130 — "
+                    "прервано") +
+           QLatin1Char('\n');
 }
 
-/// Lines of the library that tell of a fault go to standard error as they stand; the informational ones
-/// are for developers.
+/// Lines of the library that tell of a fault go to standard error; the informational ones are for developers.
 void showErrors(const logging::LogRecord& record)
 {
     if (record.level == logging::LogLevel::Error || record.level == logging::LogLevel::Warning) {
-        printError(record.text);
+        printError(shownLine(record.text));
     }
 }
 
-/// LC_ALL decides alone, on every system, so that scripts can have the same texts everywhere.
-QLocale userLocale()
+int runCommand(const QString& name, const QStringList& words)
 {
-    const QString all = qEnvironmentVariable("LC_ALL");
-    return all.isEmpty() ? QLocale::system() : QLocale(all);
+    const auto* const command =
+        std::find_if(std::begin(commands), std::end(commands),
+                     [&](const Command& candidate) { return name == QLatin1String(candidate.name); });
+    if (command == std::end(commands)) {
+        throw UsageError(Text::tr("нет такой команды: '%1'").arg(shownLine(name)));
+    }
+    return command->run(words);
 }
 
-int run(QStringList arguments)
+int run(QStringList words)
 {
-    arguments.removeFirst();
-    if (arguments.isEmpty()) {
-        throw UsageError(overview());
+    if (words.isEmpty()) {
+        throw UsageError(Text::tr("не названа команда"));
     }
-    const QString name = arguments.takeFirst();
-    if (name == QLatin1String("--help") || name == QLatin1String("-h") || name == QLatin1String("help")) {
+    const QString name = words.takeFirst();
+    const bool isHelp = name == QLatin1String("--help") || name == QLatin1String("-h");
+    if (name == QLatin1String("help") && !words.isEmpty()) {
+        return runCommand(words[0], {QStringLiteral("--help")});
+    }
+    if (isHelp || name == QLatin1String("help")) {
         print(overview());
         return Done;
     }
-    if (name == QLatin1String("--version")) {
+    if (name == QLatin1String("--version") || name == QLatin1String("-V")) {
         print(QStringLiteral("veltor %1\n").arg(QLatin1String(versionText())));
         return Done;
     }
-    const auto* const command = std::find_if(commands.begin(), commands.end(), [&](const Command& candidate) {
-        return name == QLatin1String(candidate.name);
-    });
-    if (command == commands.end()) {
-        throw UsageError(QStringLiteral("veltor: there is no command '%1'\n\n").arg(name) + overview());
+    if (name.startsWith(QLatin1Char('-'))) {
+        throw UsageError(Text::tr("нет такого ключа: '%1'").arg(shownLine(name)));
     }
-    return command->run(arguments);
+    return runCommand(name, words);
+}
+
+/// "veltor measure", or "veltor" alone where there is no such command.
+QString calledName(const QStringList& words)
+{
+    for (const Command& command : commands) {
+        if (words.value(0) == QLatin1String(command.name)) {
+            return QStringLiteral("veltor ") + words[0];
+        }
+    }
+    return QStringLiteral("veltor");
+}
+
+int runSafely(const QStringList& words)
+{
+    try {
+        const int code = run(words);
+        finishOutput();
+        return code;
+    } catch (const UsageError& error) {
+        const QString name = calledName(words);
+        printError(name + QStringLiteral(": ") + QString::fromUtf8(error.what()));
+        printError(Text::tr("смотрите %1 --help").arg(name));
+        return Usage;
+    } catch (const OutputError& error) {
+        if (!error.isClosedPipe()) {
+            printError(QStringLiteral("veltor: ") + QString::fromUtf8(error.what()));
+        }
+        return Failed;
+    } catch (const std::exception& error) {
+        printError(QStringLiteral("veltor: ") + QString::fromUtf8(error.what()));
+        return Failed;
+    }
 }
 
 } // namespace
@@ -82,17 +127,13 @@ int main(int argc, char** argv)
 {
     using namespace veltor::tool;
     terminal::prepareStreams();
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) && !defined(Q_OS_WIN)
+    // Names are bytes, and almost always UTF-8, also where the locale says ASCII.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+#endif
     const QCoreApplication application(argc, argv);
+    prepareInterrupt();
+    prepareLanguage();
     veltor::logging::setLogSink(&showErrors);
-    // The tool itself speaks English; the library's messages follow the user's language.
-    veltor::utils::installTranslation(userLocale());
-    try {
-        return run(QCoreApplication::arguments());
-    } catch (const UsageError& error) {
-        printError(QString::fromUtf8(error.what()).trimmed());
-        return Usage;
-    } catch (const std::exception& error) {
-        printError(QStringLiteral("veltor: ") + QString::fromUtf8(error.what()));
-        return Failed;
-    }
+    return runSafely(QCoreApplication::arguments().mid(1));
 }
