@@ -53,7 +53,7 @@ public:
         InUse,        ///< a living program has the journal
         Damaged,      ///< the journal or the manifest is not whole: somebody must decide; nothing was changed
         Foreign,      ///< the journal or the manifest belongs to another user and is not trusted
-        NamesPending, ///< committed for good, but not all names could be changed: the next begin() goes on
+        NamesPending, ///< committed, or put back, for good, but names or hidden files are left: see begin()
         Canceled,     ///< by the progress; what is left undone stays recoverable
         Failed,       ///< anything else
     };
@@ -175,7 +175,7 @@ public:
     Result rollbackTo(const Savepoint& savepoint);
 
     /// Makes everything final and ends the transaction; its files are closed.
-    /// @return NamesPending: final all the same. Any other failure: nothing is final; while isActive() is
+    /// @return NamesPending: final all the same, and the next begin() goes on with the names. Any other failure: nothing is final; while isActive() is
     ///     true, commit() or rollback() can be tried again
     Result commit();
 

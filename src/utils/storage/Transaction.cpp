@@ -387,7 +387,7 @@ Transaction::Result Transaction::rollback()
     m_p->recovery = Recovery();
     const Result result = m_p->journal.restore(m_p->recovery);
     m_p->recovery.result = result;
-    if (result) {
+    if (result || result.status == Status::NamesPending) {
         m_p->end();
     } else if (result.status == Status::Canceled) {
         m_p->end();

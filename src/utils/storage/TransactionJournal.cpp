@@ -137,6 +137,7 @@ void TransactionJournal::remove(const IOPtr& device)
         m_settled = m_names.settle(m_finishedNames);
         if (!m_settled) {
             reportFailure(m_settled.reason);
+            m_settled.status = Status::NamesPending; // its end is settled all the same
         }
     }
     RollbackFile::remove(device);

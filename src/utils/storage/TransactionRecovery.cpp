@@ -30,7 +30,7 @@ Transaction::Result Transaction::Private::start()
             result = journal.restore(recovery);
         }
         journal.close();
-        if (!result) {
+        if (!result && result.status != Status::NamesPending) {
             return result;
         }
     }
