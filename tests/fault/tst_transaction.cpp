@@ -115,10 +115,10 @@ private:
 };
 
 /// One random transaction, done to the disk and to the model.
-class Run
+class RandomTransaction
 {
 public:
-    Run(const World& world, unsigned seed)
+    RandomTransaction(const World& world, unsigned seed)
         : m_world(world)
         , m_random(seed)
         , m_model(World::originals())
@@ -250,10 +250,10 @@ protected:
         m_world.reset();
         const PlanScope scope(plan);
         const PlannedNames names;
-        Run run(m_world, seed);
-        const Files left = run.finish();
-        m_mayBeCommitted = run.reachedCommit();
-        m_committed = run.model();
+        RandomTransaction transaction(m_world, seed);
+        const Files left = transaction.finish();
+        m_mayBeCommitted = transaction.reachedCommit();
+        m_committed = transaction.model();
         return left;
     }
     bool recover(Plan plan = {})
@@ -282,7 +282,7 @@ TEST_F(TransactionModel, ChangesWhatTheModelSays)
 {
     for (unsigned seed = 0; seed < Seeds * 20; ++seed) {
         m_world.reset();
-        const Files expected = Run(m_world, seed).finish();
+        const Files expected = RandomTransaction(m_world, seed).finish();
         ASSERT_TRUE(m_world.read() == expected) << "seed " << seed;
     }
 }
