@@ -91,7 +91,7 @@ TEST_F(JournalTool, DoesWhatTheTableSays)
     }
 }
 
-const Role dies("dying transaction", [](const QStringList& arguments) {
+const Role dies("dying transaction", [](const QStringList& arguments) -> int {
     const LogCapture log;
     utils::Transaction transaction = utils::Transaction::begin(arguments[0] + u("journal"));
     const QString made = arguments[0] + u("c");
