@@ -2,7 +2,7 @@
 // of it in pieces of 64 KiB, with and without its checksum.
 
 #include "StorageBench.h"
-#include "utils/storage/Crc32c.h"
+#include "utils/storage/journal/Crc32c.h"
 
 #include <veltor/utils/RollbackFile.h>
 

@@ -420,5 +420,81 @@
         <source>Ошибка сброса данных на диск: &apos;%0&apos;</source>
         <translation>Could not flush the data to disk: &apos;%0&apos;</translation>
     </message>
+    <message>
+        <source>Невозможно узнать размер файла отката</source>
+        <translation>Cannot tell the size of the rollback file</translation>
+    </message>
+    <message>
+        <source>Ошибка изменения размера файла отката до %0</source>
+        <translation>Error setting the size of the rollback file to %0</translation>
+    </message>
+    <message>
+        <source>Файл отката &apos;%0&apos; остался в силе: его не удалось ни удалить, ни очистить</source>
+        <translation>The rollback file &apos;%0&apos; stays in force: it could be neither deleted nor emptied</translation>
+    </message>
+    <message>
+        <source>Файл отката &apos;%0&apos; занят другой программой (процесс %1)</source>
+        <translation>The rollback file &apos;%0&apos; is in use by another program (process %1)</translation>
+    </message>
+    <message>
+        <source>Файл отката &apos;%0&apos; занят другой программой</source>
+        <translation>The rollback file &apos;%0&apos; is in use by another program</translation>
+    </message>
+    <message>
+        <source>Невозможно занять файл отката &apos;%0&apos;</source>
+        <translation>Cannot lock the rollback file &apos;%0&apos;</translation>
+    </message>
+    <message>
+        <source>Файл отката &apos;%0&apos; хранит незавершенные изменения</source>
+        <translation>The rollback file &apos;%0&apos; holds unfinished changes</translation>
+    </message>
+    <message>
+        <source>Файл отката &apos;%0&apos; принадлежит другому пользователю или открыт ему для записи</source>
+        <translation>The rollback file &apos;%0&apos; belongs to another user, or another user may write it</translation>
+    </message>
+    <message>
+        <source>Файл &apos;%0&apos; не является файлом отката</source>
+        <translation>The file &apos;%0&apos; is not a rollback file</translation>
+    </message>
+    <message>
+        <source>Файл отката доступен тем, кому недоступен файл &apos;%0&apos;</source>
+        <translation>The rollback file can be read by those who may not read the file &apos;%0&apos;</translation>
+    </message>
+    <message>
+        <source>Файл &apos;%0&apos; заменен другим</source>
+        <translation>The file &apos;%0&apos; was replaced by another one</translation>
+    </message>
+    <message>
+        <source>Невозможно узнать размер файла &apos;%0&apos;</source>
+        <translation>Cannot tell the size of the file &apos;%0&apos;</translation>
+    </message>
+    <message>
+        <source>Прежняя длина файла (%0) не подтверждена сохраненными данными: &apos;%1&apos;</source>
+        <translation>The former length of the file (%0) is not backed by saved data: &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>Файл открыт под защитой уже завершенного отката</source>
+        <translation>The file was opened under the protection of a transaction that has ended</translation>
+    </message>
+    <message>
+        <source>Это не обычный файл</source>
+        <translation>This is not a regular file</translation>
+    </message>
+    <message>
+        <source>Имя является символической ссылкой или ведет через нее</source>
+        <translation>The name is a symbolic link or leads through one</translation>
+    </message>
+    <message>
+        <source>Имя ведет за пределы каталога файла отката</source>
+        <translation>The name leads out of the rollback file&apos;s folder</translation>
+    </message>
+    <message>
+        <source>Файл принадлежит служебной файловой системе</source>
+        <translation>The file belongs to a system interface file system</translation>
+    </message>
+    <message>
+        <source>Файл не разрешен правилом имен</source>
+        <translation>The name rule does not accept the file</translation>
+    </message>
 </context>
 </TS>

@@ -1,16 +1,35 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <utility>
 
 namespace veltor::platform {
 
+/// A path as the system's calls take it.
+#ifdef _WIN32
+using NativePath = std::wstring;
+#else
+using NativePath = std::string;
+#endif
+
 /// What tells one file from another, whatever names lead to it: its volume, and its number there.
 using FileIdentity = std::pair<unsigned long long, unsigned long long>;
 
+/// What the system tells of an open file.
+struct FileStatus
+{
+    FileIdentity identity;
+    std::int64_t size = 0;
+    bool regular = false; ///< no folder, pipe, device...
+    unsigned access = 0;  ///< who may do what: the low nine bits of the mode; 0 on Windows
+    unsigned owner = 0;   ///< user number; 0 on Windows
+};
+
 /// Positioned access to an open file by its C descriptor: one system call an operation, no seek.
 /// Behind an interface so that tests can stop, fail or tear each call. Thread-safe as far as the
-/// operating system's calls are; on Windows the descriptor's own file position moves.
+/// operating system's calls are; on Windows the descriptor's own file position moves. After a failure the
+/// system's error (errno, GetLastError()) tells why.
 class FileIo
 {
 public:
@@ -24,8 +43,10 @@ public:
     virtual std::int64_t writeAt(int fd, std::int64_t position, const char* data, std::int64_t length);
     /// Cuts or extends (with zeros) to @p size bytes.
     virtual bool resize(int fd, std::int64_t size);
-    /// Which file it is; false when the system does not tell.
-    virtual bool identity(int fd, FileIdentity& identity);
+    /// What file it is; false when the system does not tell.
+    virtual bool status(int fd, FileStatus& status);
+    /// Removes a name. @return 0, or the system's error
+    virtual int removeName(const NativePath& path);
 };
 
 /// The implementation in use.

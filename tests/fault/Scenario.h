@@ -87,6 +87,11 @@ private:
         return FileIo::writeAt(fd, position, data, Plan::admit(length));
     }
     bool resize(int fd, std::int64_t size) override { return Plan::admitWhole() && FileIo::resize(fd, size); }
+    std::int64_t size(int fd) override { return Plan::admit(2, true) == 2 ? FileIo::size(fd) : -1; }
+    int removeName(const platform::NativePath& path) override
+    {
+        return Plan::admitWhole() ? FileIo::removeName(path) : EIO;
+    }
 };
 
 /// The same for a device that is reached through QIODevice.
@@ -95,6 +100,7 @@ class PlannedFile : public QFile
 public:
     using QFile::QFile;
     bool resize(qint64 size) override { return Plan::admitWhole() && QFile::resize(size); }
+    qint64 size() const override { return Plan::admit(2, true) == 2 ? QFile::size() : -1; }
 
 protected:
     qint64 readData(char* data, qint64 length) override
@@ -143,14 +149,6 @@ public:
         IOPtr file = makeIOPtr(new PlannedFile(canonical(name)));
         file->open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Unbuffered);
         return file;
-    }
-
-protected:
-    void remove(const IOPtr& device) override
-    {
-        if (Plan::admitWhole()) {
-            RollbackFile::remove(device);
-        }
     }
 
 private:
@@ -255,7 +253,8 @@ public:
     /// What a user does after a crash.
     [[nodiscard]] bool recover(Path way) const
     {
-        if (!QFileInfo::exists(journal)) {
+        if (!utils::RollbackFile::needsRecovery(QFileInfo(journal))) {
+            QFile::remove(journal);
             return true;
         }
         PlannedRollbackFile device(way);

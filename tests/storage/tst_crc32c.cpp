@@ -1,4 +1,4 @@
-#include "utils/storage/Crc32c.h"
+#include "utils/storage/journal/Crc32c.h"
 
 #include <gtest/gtest.h>
 

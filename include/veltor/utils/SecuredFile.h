@@ -12,9 +12,18 @@ namespace veltor::utils {
 /// A file device whose writes can be undone: each one passes through a rollback device, which saves the
 /// bytes that it overwrites first.
 ///
-/// It reads and writes like any file device, always unbuffered and always for reading and writing.
-/// Failures are reported as file devices do; the reasons are in the log. Several objects on one protected
-/// file share its position.
+/// It reads and writes as QFile does, always unbuffered and always for reading and writing, and goes wherever
+/// a QFileDevice or QIODevice goes: text and data streams, writers of XML. What differs, by its nature:
+///
+/// - pos() is the protected file's, which several objects on one file share. After peek() it is behind what
+///   was peeked; the next read gives that all the same.
+/// - handle() is -1, map() gives null and setFileTime() fails: they would pass the rollback device by.
+///   fileTime() is invalid; ask QFileInfo(fileName()).
+/// - A file outlives its transaction only as an object: after commit(), rollback() or a new open() of the
+/// rollback
+///   device every operation fails, until the file is opened again.
+///
+/// Failures are reported as file devices do, by results, error() and errorString(); the log has them too.
 ///
 /// Threads: the rollback device's owner thread only.
 class VELTOR_UTILS_EXPORT SecuredFile : public QFileDevice
@@ -54,24 +63,32 @@ public:
     bool seek(qint64 position) override;
     /// Whether the position is at the end or beyond; true without a rollback device.
     [[nodiscard]] bool atEnd() const override;
-    /// The protected file's present size in bytes; 0 without a rollback device.
+    /// The protected file's present size in bytes; 0 without a rollback device, -1 when it cannot be told.
     [[nodiscard]] qint64 size() const override;
     /// Sets the length, saving first what that destroys; see RollbackDevice::fileResize().
     bool resize(qint64 size) override;
     /// The protected file's path, empty without a rollback device.
     [[nodiscard]] QString fileName() const override;
+    /// The protected file's permissions, none without a rollback device.
+    [[nodiscard]] Permissions permissions() const override;
+    /// Sets them; no rollback puts them back.
+    bool setPermissions(Permissions permissions) override;
 
 protected:
     /// @return the bytes read, 0 at the end, -1 without a rollback device; see
     ///     RollbackDevice::readFromFile()
     qint64 readData(char* data, qint64 length) override;
+    /// As readData(), up to a line's end and no further.
+    qint64 readLineData(char* data, qint64 length) override;
     /// Writes at most 2,147,483,647 bytes in one call. @return the bytes written, 0 without a rollback
     /// device or for a length of 0 or less, -1 on failure
     qint64 writeData(const char* data, qint64 length) override;
 
 private:
-    RollbackDevice::Key m_key = 0; // 0: closed
-    OwnedRollbackDevice m_device;
+    void fail(FileError error, const QString& reason);
+
+    class Private;
+    std::unique_ptr<Private> m_p;
 };
 
 } // namespace veltor::utils

@@ -54,14 +54,23 @@ bool FileIo::resize(int fd, std::int64_t size)
     return result == 0;
 }
 
-bool FileIo::identity(int fd, FileIdentity& identity)
+bool FileIo::status(int fd, FileStatus& status)
 {
-    struct stat status;
-    if (::fstat(fd, &status) != 0) {
+    struct stat found;
+    if (::fstat(fd, &found) != 0) {
         return false;
     }
-    identity = {status.st_dev, status.st_ino};
+    status = {{found.st_dev, found.st_ino},
+              found.st_size,
+              S_ISREG(found.st_mode),
+              static_cast<unsigned>(found.st_mode) & 0777,
+              found.st_uid};
     return true;
+}
+
+int FileIo::removeName(const NativePath& path)
+{
+    return ::unlink(path.c_str()) == 0 ? 0 : errno;
 }
 
 } // namespace veltor::platform

@@ -77,15 +77,24 @@ bool FileIo::resize(int fd, std::int64_t size)
     return SetFilePointerEx(handleOf(fd), end, nullptr, FILE_BEGIN) && SetEndOfFile(handleOf(fd));
 }
 
-bool FileIo::identity(int fd, FileIdentity& identity)
+bool FileIo::status(int fd, FileStatus& status)
 {
-    BY_HANDLE_FILE_INFORMATION information;
-    if (!GetFileInformationByHandle(handleOf(fd), &information)) {
+    BY_HANDLE_FILE_INFORMATION found;
+    if (!GetFileInformationByHandle(handleOf(fd), &found)) {
         return false;
     }
-    const unsigned long long high = information.nFileIndexHigh;
-    identity = {information.dwVolumeSerialNumber, (high << 32) | information.nFileIndexLow};
+    const unsigned long long number = found.nFileIndexHigh;
+    const std::int64_t size = found.nFileSizeHigh;
+    status.identity = {found.dwVolumeSerialNumber, (number << 32) | found.nFileIndexLow};
+    status.size = (size << 32) | found.nFileSizeLow;
+    status.regular = GetFileType(handleOf(fd)) == FILE_TYPE_DISK &&
+                     (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
     return true;
+}
+
+int FileIo::removeName(const NativePath& path)
+{
+    return DeleteFileW(path.c_str()) ? 0 : static_cast<int>(GetLastError());
 }
 
 } // namespace veltor::platform

@@ -2,7 +2,7 @@
 // these names meanwhile could lead elsewhere: the rights of the folder are what protects here.
 
 #include "platform/NameIo.h"
-#include "platform/windows/FileOpen.h"
+#include "platform/FileOpen.h"
 
 #ifndef NOMINMAX
 #define NOMINMAX
@@ -147,8 +147,9 @@ int NameIo::open(const Path& folder, const Path& name, int& fd)
     if (found.kind != NameStatus::Kind::File) {
         return found.error != 0 ? found.error : ERROR_CANT_ACCESS_FILE;
     }
-    fd = openFile(wholePath(folder, name), {true, false});
-    return errorUnless(fd >= 0);
+    const OpenedFile opened = openFile(wholePath(folder, name), {true, false, true});
+    fd = opened.fd;
+    return fd >= 0 ? 0 : opened.error != 0 ? opened.error : ERROR_CANT_ACCESS_FILE;
 }
 
 int NameIo::list(const Path& folder, const Path& name, std::vector<Path>& names)

@@ -1,11 +1,10 @@
-// Opening, closing and looking up; see RollbackWriter.cpp for saving and RollbackRecovery.cpp for putting
-// back.
+// The face of the rollback device.
 
 #include <veltor/utils/RollbackDevice.h>
 
-#include "utils/storage/DeviceIo.h"
-#include "utils/storage/JournalMessages.h"
-#include "utils/storage/JournalWalker.h"
+#include "utils/storage/RollbackDevicePrivate.h"
+#include "utils/storage/StorageMessages.h"
+#include "utils/storage/io/DeviceIo.h"
 
 #include <veltor/err/Exceptions.h>
 #include <veltor/logging/Logger.h>
@@ -26,12 +25,12 @@ const logging::LoggerMessager& openLog()
 } // namespace
 
 RollbackDevice::RollbackDevice()
-    : m_journal(nullIOPtr())
+    : m_p(std::make_unique<Private>(*this))
 {}
 
 RollbackDevice::~RollbackDevice()
 {
-    release();
+    m_p->release();
 }
 
 RollbackDevice::Key RollbackDevice::addFile(const QFileInfo& file)
@@ -49,18 +48,19 @@ void RollbackDevice::resetDevice() {}
 bool RollbackDevice::open(IOPtr journal, QIODevice::OpenMode mode)
 {
     close();
-    m_journal = std::move(journal);
-    if (!isDeviceCorrect(m_journal)) {
-        LogInfo::error(journal::message::journalNotUsable());
+    m_p->journal = std::move(journal);
+    ++m_p->generation;
+    if (!isDeviceCorrect(m_p->journal)) {
+        reportFailure(message::journalNotUsable());
         close();
         return false;
     }
-    if (!(mode == QIODevice::WriteOnly ? createJournal() : loadJournal())) {
+    if (!(mode == QIODevice::WriteOnly ? m_p->create() : m_p->load())) {
         return false;
     }
     QStringList names;
-    for (const auto& [key, file] : m_files) {
-        names << file.name;
+    for (const auto& [key, file] : m_p->files.all()) {
+        names << file.name();
     }
     openLog().write(QStringLiteral("Rollback files: ") + names.join(QStringLiteral(", ")));
     return true;
@@ -68,142 +68,35 @@ bool RollbackDevice::open(IOPtr journal, QIODevice::OpenMode mode)
 
 bool RollbackDevice::isOpen() const noexcept
 {
-    return m_journal != nullptr;
+    return m_p->journal != nullptr;
 }
 
 void RollbackDevice::close() noexcept
 {
-    if (release()) {
+    if (m_p->release()) {
         resetDevice();
     }
 }
 
-/// Forgets everything; true when a journal device was held.
-bool RollbackDevice::release() noexcept
+unsigned long long RollbackDevice::generation() const noexcept
 {
-    forgetFiles();
-    const bool held = isOpen();
-    m_journal = nullIOPtr();
-    m_state = State::Refused;
-    m_version = QUuid();
-    m_repairedWhole = false;
-    return held;
+    return m_p->generation;
 }
 
-bool RollbackDevice::createJournal()
+QString RollbackDevice::errorString() const
 {
-    const DeviceIo io(*m_journal);
-    const journal::Header header = journal::freshHeader();
-    const QByteArray bytes = encodeHeader(header);
-    const qint64 written = io.writeAt(0, bytes.constData(), bytes.size());
-    if (written != bytes.size()) {
-        LogInfo::error(
-            journal::message::journalWriteFailed(0, journal::HeaderSize, static_cast<quint64>(written)));
-        return false;
-    }
-    // A device that is no file cannot be cut: what it held stays behind the header, where nothing leads.
-    const auto* const file = qobject_cast<const QFileDevice*>(m_journal.get());
-    if (file && io.size() > journal::HeaderSize && !io.resize(journal::HeaderSize)) {
-        LogInfo::error(journal::message::fileResizeFailed(file->fileName(), journal::HeaderSize));
-        return false;
-    }
-    m_version = header.version;
-    m_state = State::Appendable;
-    return true;
-}
-
-bool RollbackDevice::loadJournal()
-{
-    journal::JournalWalker walker(*m_journal, journal::JournalWalker::Mode::Validate);
-    const bool whole = walker.walk([this](const journal::WalkedFile& file) { return openWalked(file); });
-    m_version = walker.header().version;
-    m_freeBlockCount = walker.freeBlockCount();
-    if (!whole) {
-        LogInfo::error(walker.fault());
-        forgetFiles();
-        return false;
-    }
-    const bool appendable = walker.layout() == journal::Layout::Checksummed && m_journal->isWritable();
-    m_state = appendable ? State::Appendable : State::RollbackOnly;
-    return true;
-}
-
-bool RollbackDevice::openWalked(const journal::WalkedFile& walked)
-{
-    IOPtr device = openFile(walked.name);
-    return device && device->isOpen() && takeFile(walked, std::move(device));
-}
-
-bool RollbackDevice::takeFile(const journal::WalkedFile& walked, IOPtr device)
-{
-    RollbackFileInfo info;
-    info.nextFile = walked.entry.nextFile;
-    info.firstChange = walked.entry.firstChange;
-    info.lastChange = walked.entry.lastChange;
-    info.fileSize = walked.entry.fileSize;
-    info.name = walked.name;
-    info.device = std::move(device);
-    info.blockCount = walked.blockCount;
-    info.savedBytes = walked.savedBytes;
-    remember(walked.offset, std::move(info));
-    return true;
-}
-
-void RollbackDevice::remember(Key key, RollbackFileInfo info)
-{
-    m_keys.insert(info.name, key);
-    if (info.device) {
-        if (const auto identity = DeviceIo(*info.device).identity()) {
-            m_identities.emplace(*identity, key);
-        }
-    }
-    m_files.insert_or_assign(key, std::move(info));
-}
-
-/// Called only when no more files are added, so that the identities need no care.
-RollbackDevice::FileMap::iterator RollbackDevice::forget(FileMap::iterator file)
-{
-    m_keys.remove(file->second.name);
-    return m_files.erase(file);
-}
-
-void RollbackDevice::forgetFiles() noexcept
-{
-    m_files.clear();
-    m_keys.clear();
-    m_identities.clear();
-    m_freeBlockCount = 0;
-}
-
-RollbackDevice::Key RollbackDevice::sameFile(QIODevice& device) const
-{
-    const auto identity = DeviceIo(device).identity();
-    const auto found = identity ? m_identities.find(*identity) : m_identities.end();
-    return found != m_identities.end() ? found->second : 0;
-}
-
-void RollbackDevice::commit()
-{
-    if (isOpen()) {
-        dispose();
-    }
-}
-
-void RollbackDevice::dispose()
-{
-    remove(m_journal);
-    close();
+    return m_p->lastError;
 }
 
 RollbackDevice::Key RollbackDevice::fileLookup(const QString& name) const
 {
-    return m_keys.value(name, 0);
+    return m_p->files.keyOf(name);
 }
 
 const RollbackFileInfo* RollbackDevice::existingFile(const QString& name) const
 {
-    const FileItem* const found = item(fileLookup(name));
-    return found ? &found->second : nullptr;
+    const StoredFile* const found = m_p->files.find(fileLookup(name));
+    return found ? &found->info : nullptr;
 }
 
 const RollbackFileInfo& RollbackDevice::file(const QString& name) const
@@ -214,47 +107,50 @@ const RollbackFileInfo& RollbackDevice::file(const QString& name) const
     throw err::UnexpectedValue(QStringLiteral("name"), name);
 }
 
-const RollbackDevice::FileItem* RollbackDevice::item(Key key) const
-{
-    const auto found = m_files.find(key);
-    return found != m_files.end() ? &*found : nullptr;
-}
-
-RollbackDevice::FileItem* RollbackDevice::openItem(Key key)
-{
-    const auto found = m_files.find(key);
-    if (found == m_files.end() || !found->second.device || !found->second.device->isOpen()) {
-        return nullptr;
-    }
-    return &*found;
-}
-
 QString RollbackDevice::fileName(Key key) const
 {
-    const FileItem* const found = item(key);
+    const StoredFile* const found = m_p->files.find(key);
     if (!found) {
         return {};
     }
-    const auto* const file = qobject_cast<const QFileDevice*>(found->second.device.get());
-    return file ? file->fileName() : found->second.name;
+    const auto* const file = qobject_cast<const QFileDevice*>(found->device().get());
+    return file ? file->fileName() : found->name();
 }
 
 qint64 RollbackDevice::filePos(Key key) const
 {
-    const FileItem* const found = item(key);
-    return found && found->second.device ? found->second.device->pos() : 0;
+    const StoredFile* const found = m_p->files.find(key);
+    return found && found->device() ? found->device()->pos() : 0;
 }
 
 qint64 RollbackDevice::fileSize(Key key) const
 {
-    const FileItem* const found = item(key);
-    return found && found->second.device ? static_cast<qint64>(DeviceIo(*found->second.device).size()) : 0;
+    if (!m_p->files.find(key)) {
+        return 0;
+    }
+    const StoredFile* const found = m_p->openFile(key);
+    if (!found) {
+        return -1;
+    }
+    const io::DeviceIo io(*found->device());
+    const std::optional<quint64> size = io.size();
+    if (!size) {
+        m_p->lastError = Fault{message::fileSizeUnknown(found->name()), io.reason()}.whole();
+        return -1;
+    }
+    return static_cast<qint64>(*size);
 }
 
 bool RollbackDevice::fileSeek(Key key, qint64 position)
 {
-    const FileItem* const found = openItem(key);
-    return found && position >= 0 && DeviceIo(*found->second.device).seek(position);
+    const StoredFile* const found = position >= 0 ? m_p->openFile(key) : nullptr;
+    return found && io::DeviceIo(*found->device()).seek(position);
+}
+
+bool RollbackDevice::fileResize(Key key, qint64 size)
+{
+    StoredFile* const file = size >= 0 ? m_p->openFile(key) : nullptr;
+    return file && m_p->resize(*file, static_cast<quint64>(size));
 }
 
 qint64 RollbackDevice::readFromFile(Key key, char* buffer, qint64 length)
@@ -262,29 +158,149 @@ qint64 RollbackDevice::readFromFile(Key key, char* buffer, qint64 length)
     if (!buffer || length <= 0) {
         return 0;
     }
-    const FileItem* const found = openItem(key);
+    const StoredFile* const found = m_p->openFile(key);
     if (!found) {
         return -1;
     }
-    const DeviceIo io(*found->second.device);
+    const io::DeviceIo io(*found->device());
     const qint64 position = io.pos();
     const qint64 got = io.readAt(static_cast<quint64>(position), buffer, length);
-    return io.seek(position + qMax<qint64>(got, 0)) ? got : -1;
+    if (got < 0 || (got == 0 && !io.reason().isEmpty())) {
+        m_p->fail({message::fileReadFailed(found->name(), static_cast<quint64>(position),
+                                           static_cast<quint64>(length), 0),
+                   io.reason()});
+        return -1;
+    }
+    return io.seek(position + got) ? got : -1;
+}
+
+bool RollbackDevice::addBlock(Key key, unsigned long long position, unsigned int length)
+{
+    StoredFile* const file = m_p->openFile(key);
+    return file && m_p->save(*file, position, length);
+}
+
+bool RollbackDevice::writeBlock(Key key, const QByteArray& data)
+{
+    StoredFile* const file = m_p->openFile(key);
+    return file && (data.isEmpty() || m_p->write(*file, data));
+}
+
+unsigned long long RollbackDevice::findBlock(unsigned int) const
+{
+    return m_p->end();
+}
+
+bool RollbackDevice::flushList(const std::vector<std::pair<unsigned long long, QByteArray>>& writes)
+{
+    return std::all_of(writes.begin(), writes.end(),
+                       [this](const auto& write) { return m_p->writeJournal(write.first, write.second); });
+}
+
+JournalRemoval RollbackDevice::commit()
+{
+    return isOpen() ? m_p->dispose() : JournalRemoval{false, false, message::journalNotUsable()};
+}
+
+bool RollbackDevice::rollback()
+{
+    m_p->report = {};
+    if (!isOpen() || !isRecognized()) {
+        return reportFailure(isOpen() ? message::journalNotChecked() : message::journalNotUsable());
+    }
+    if (!m_p->rollBack()) {
+        return false;
+    }
+    m_p->report.journal = m_p->dispose();
+    return !m_p->report.journal.effective;
+}
+
+const RollbackReport& RollbackDevice::rollbackReport() const noexcept
+{
+    return m_p->report;
+}
+
+void RollbackDevice::cancelRollback() noexcept
+{
+    m_p->cancel = true;
+}
+
+RollbackDevice::Savepoint RollbackDevice::savepoint() const
+{
+    Savepoint savepoint;
+    savepoint.m_generation = generation();
+    for (const auto& [key, file] : m_p->files.all()) {
+        savepoint.m_lastChanges.emplace_back(key, file.chain.lastChange);
+    }
+    return savepoint;
+}
+
+bool RollbackDevice::rollbackTo(const Savepoint& savepoint)
+{
+    if (!isOpen() || savepoint.m_generation != generation()) {
+        return reportFailure(message::keyOutdated());
+    }
+    return m_p->rollBackTo(savepoint);
+}
+
+void RollbackDevice::repair()
+{
+    m_p->salvage();
+}
+
+bool RollbackDevice::repairedWhole() const noexcept
+{
+    return m_p->repairedWhole;
+}
+
+bool RollbackDevice::isRecognized() const noexcept
+{
+    return m_p->state != Private::State::Refused;
 }
 
 std::vector<RollbackDevice::ProtectedFile> RollbackDevice::protectedFiles() const
 {
     std::vector<ProtectedFile> files;
-    files.reserve(m_files.size());
-    for (const auto& [key, file] : m_files) {
-        files.push_back({file.name, file.fileSize, file.blockCount, file.savedBytes});
+    files.reserve(m_p->files.all().size());
+    for (const auto& [key, file] : m_p->files.all()) {
+        files.push_back({file.name(), file.chain.fileSize, file.chain.blockCount, file.chain.savedBytes});
     }
     return files;
 }
 
+QUuid RollbackDevice::journalVersion() const
+{
+    return m_p->version;
+}
+
+unsigned long long RollbackDevice::freeBlockCount() const noexcept
+{
+    return m_p->freeBlockCount;
+}
+
 void RollbackDevice::setRollbackProgress(RollbackProgress progress)
 {
-    m_progress = std::move(progress);
+    m_p->progress = std::move(progress);
+}
+
+RollbackDevice::Key RollbackDevice::addFileImpl(const QString& name)
+{
+    return m_p->addFile(name);
+}
+
+const IOPtr& RollbackDevice::journalDevice() const noexcept
+{
+    return m_p->journal;
+}
+
+void RollbackDevice::reportRemoval(const JournalRemoval& removal)
+{
+    m_p->removal = removal;
+}
+
+bool RollbackDevice::reportFailure(const QString& text) const
+{
+    return m_p->fail({text, {}});
 }
 
 } // namespace veltor::utils

@@ -2,7 +2,7 @@
 
 #include "utils/storage/TransactionJournal.h"
 
-#include "utils/storage/DeviceIo.h"
+#include "utils/storage/io/DeviceIo.h"
 #include "utils/storage/TransactionMessages.h"
 
 #include <QtCore/QBuffer>
@@ -132,7 +132,7 @@ void TransactionJournal::remove(const IOPtr& device)
         }
     }
     // A journal that cannot be written is removed with its lock; then the next owner sees to the names.
-    if (m_ending != Ending::Settled && m_names.exists() && DeviceIo(*device).resize(0)) {
+    if (m_ending != Ending::Settled && m_names.exists() && io::DeviceIo(*device).resize(0)) {
         closeFiles();
         m_settled = m_names.settle(m_finishedNames);
         if (!m_settled) {

@@ -42,7 +42,7 @@
 
 #include "utils/storage/TransactionNames.h"
 
-#include "utils/storage/DeviceIo.h"
+#include "utils/storage/io/DeviceIo.h"
 #include "utils/storage/TransactionMessages.h"
 
 #include <QtCore/QDir>

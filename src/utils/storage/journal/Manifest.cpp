@@ -2,8 +2,8 @@
 
 #include "utils/storage/journal/Manifest.h"
 
-#include "utils/storage/Crc32c.h"
-#include "utils/storage/JournalFormat.h"
+#include "utils/storage/journal/Crc32c.h"
+#include "utils/storage/journal/JournalFormat.h"
 
 #include <QtCore/QStringList>
 #include <QtCore/QtEndian>

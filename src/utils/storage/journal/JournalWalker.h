@@ -1,7 +1,9 @@
 #pragma once
 
-#include "utils/storage/JournalFormat.h"
-#include "utils/storage/JournalInput.h"
+#include "utils/storage/Fault.h"
+#include "utils/storage/journal/FileChain.h"
+#include "utils/storage/journal/JournalFormat.h"
+#include "utils/storage/journal/JournalInput.h"
 
 #include <functional>
 
@@ -10,11 +12,9 @@ namespace veltor::utils::journal {
 /// One file entry with what its chain of change blocks was found to hold.
 struct WalkedFile
 {
-    quint64 offset = 0;
-    FileEntry entry;
+    FileChain chain;
     QString name;
-    quint64 blockCount = 0;
-    quint64 savedBytes = 0;
+    quint16 nameLength = 0;
 };
 
 /// Takes the space of every visited record out of what the journal holds. Records do not overlap, so a
@@ -65,13 +65,15 @@ public:
     /// True when the journal was walked to its end and is whole, or merely unfinished when salvaging.
     bool walk(const FileVisitor& visitor);
 
-    /// The first fault's text; empty while there is none.
-    [[nodiscard]] const QString& fault() const noexcept { return m_fault; }
+    /// The first fault; without a text while there is none.
+    [[nodiscard]] const Fault& fault() const noexcept { return m_fault; }
     /// What the header says; its version is null when it could not be read.
     [[nodiscard]] const Header& header() const noexcept { return m_header; }
     /// The layout of the header's version, nothing when it is unknown.
     [[nodiscard]] std::optional<Layout> layout() const noexcept { return m_layout; }
     [[nodiscard]] quint64 freeBlockCount() const noexcept { return m_freeBlockCount; }
+    /// The last entry visited, 0 for none.
+    [[nodiscard]] quint64 lastEntry() const noexcept { return m_lastEntry; }
 
 private:
     enum class Outcome
@@ -88,7 +90,8 @@ private:
 
     Outcome walkFile(WalkedFile& file);
     bool checkEntry(const FileEntry& entry);
-    Outcome walkChanges(WalkedFile& file);
+    bool endFiles(quint64 beforeLast);
+    Outcome walkChanges(FileChain& chain);
     bool readChange(quint64 offset, quint64 previous, ChangeHead& head);
     bool checkChangeData(quint64 offset, const ChangeHead& head);
     bool readName(WalkedFile& file);
@@ -104,11 +107,43 @@ private:
     Header m_header;
     std::optional<Layout> m_layout;
     quint64 m_freeBlockCount = 0;
-    QString m_fault;
+    quint64 m_lastEntry = 0;
+    Fault m_fault;
 };
 
-/// True when @p journal is empty or cut off within the header of a journal that protects nothing yet:
-/// what a kill leaves while a journal is being created.
+/// Finds out that a chain goes in a circle, in the memory of two offsets and before it was followed three
+/// times round (Brent's method); a circle back to its first member at once.
+class CircleWatch
+{
+public:
+    explicit CircleWatch(quint64 first) noexcept
+        : m_first(first)
+        , m_remembered(first)
+    {}
+
+    /// True when @p next was visited before, as far as known.
+    [[nodiscard]] bool meets(quint64 next) noexcept
+    {
+        if (next == m_first || next == m_remembered) {
+            return true;
+        }
+        if (++m_steps == m_reach) {
+            m_remembered = next;
+            m_reach *= 2;
+            m_steps = 0;
+        }
+        return false;
+    }
+
+private:
+    quint64 m_first;
+    quint64 m_remembered;
+    quint64 m_steps = 0;
+    quint64 m_reach = 1;
+};
+
+/// True when @p journal can be read, and is empty or cut off within the header of a journal that protects
+/// nothing yet: what a kill leaves while a journal is being created.
 bool isUnfinishedCreation(QIODevice& journal);
 
 } // namespace veltor::utils::journal

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utils/storage/DeviceIo.h"
+#include "utils/storage/io/DeviceIo.h"
 
 #include <vector>
 
@@ -17,7 +17,12 @@ public:
 
     explicit JournalInput(QIODevice& journal);
 
+    /// The journal's size in bytes; 0 when it cannot be told, see isReadable().
     [[nodiscard]] quint64 size() const noexcept { return m_size; }
+    /// False when not even its size can be told: then it is not to be taken for an empty one.
+    [[nodiscard]] bool isReadable() const noexcept { return m_readable; }
+    /// The system's words for the last failed read; empty where nothing failed.
+    [[nodiscard]] const QString& reason() const noexcept { return m_io.reason(); }
 
     struct Piece
     {
@@ -37,8 +42,9 @@ public:
 private:
     void load(quint64 offset, qint64 length);
 
-    DeviceIo m_io;
-    quint64 m_size;
+    io::DeviceIo m_io;
+    quint64 m_size = 0;
+    bool m_readable = false;
     std::vector<char> m_window;
     quint64 m_start = 0; // the window holds [m_start, m_start + m_length)
     qint64 m_length = 0;

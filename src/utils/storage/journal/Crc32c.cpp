@@ -1,7 +1,7 @@
-#include "utils/storage/Crc32c.h"
+#include "utils/storage/journal/Crc32c.h"
 
 #include "platform/CpuFeatures.h"
-#include "utils/storage/crc32c/Variants.h"
+#include "utils/storage/journal/crc32c/Variants.h"
 
 #include <atomic>
 

@@ -1,9 +1,9 @@
-#include "utils/storage/crc32c/Variants.h"
+#include "utils/storage/journal/crc32c/Variants.h"
 
 #ifdef VELTOR_CRC32C_X86
 
 #define VELTOR_CRC32C_ENGINE_TARGET VELTOR_CRC32C_TARGET("sse4.2")
-#include "utils/storage/crc32c/Interleaved.h"
+#include "utils/storage/journal/crc32c/Interleaved.h"
 
 #include <nmmintrin.h>
 

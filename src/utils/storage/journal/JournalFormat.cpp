@@ -1,4 +1,4 @@
-#include "utils/storage/JournalFormat.h"
+#include "utils/storage/journal/JournalFormat.h"
 
 #include <QtCore/QTextCodec>
 #include <QtCore/QtEndian>

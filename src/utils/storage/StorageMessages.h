@@ -3,9 +3,9 @@
 #include <QtCore/QString>
 #include <QtCore/QUuid>
 
-/// What the storage says when something is wrong: each text once, translated in the context of
-/// veltor::utils::SecuredFile. Offsets and sizes print unsigned, in decimal.
-namespace veltor::utils::journal::message {
+/// What the storage says when something is wrong: each text once, translated in one context. Offsets and
+/// sizes print unsigned, in decimal.
+namespace veltor::utils::message {
 
 // Reading any record.
 QString seekFailed(quint64 offset, quint64 journalSize, bool journalOpen);
@@ -54,24 +54,47 @@ QString journalNotUsable();
 QString journalNotAppendable();
 QString journalNotChecked();
 QString journalWriteFailed(quint64 offset, quint64 expected, quint64 written);
+QString journalSizeUnknown();
+QString journalResizeFailed(quint64 size);
 QString journalNotRemoved(const QString& name);
+QString journalStillEffective(const QString& name);
+QString journalInUse(const QString& name, qint64 ownerPid); // 0: unknown
+QString journalNotLocked(const QString& name);
+QString journalNeedsRecovery(const QString& name);
+QString journalIsForeign(const QString& name);
+QString journalIsNone(const QString& name);
+QString journalShowsSecrets(const QString& name);
 QString nameTooLong(const QString& name);
 QString fileIsJournal(const QString& name);
 QString fileClosed(const QString& name);
+QString fileReplaced(const QString& name);
+QString fileSizeUnknown(const QString& name);
 QString fileReadFailed(const QString& name, quint64 offset, quint64 expected, quint64 got);
 QString fileWriteFailed(const QString& name, quint64 offset);
 QString fileResizeFailed(const QString& name, quint64 size);
 QString fileFlushFailed(const QString& name);
+QString fileLengthUnexplained(const QString& name, quint64 size);
+QString keyOutdated();
 
-} // namespace veltor::utils::journal::message
+// Why a file may not be opened.
+QString notRegular();
+QString isLink();
+QString leadsOutside();
+QString isInterface();
+QString isNotAccepted();
+
+} // namespace veltor::utils::message
 
 namespace veltor::utils {
 
-/// The storage's error log: one line at level 4, always from the same call site.
+/// The storage's log: one line, always from the same call site.
 class LogInfo
 {
 public:
+    /// At level 4.
     static void error(const QString& text);
+    /// At level 2: more about the error before it, whose own words are fixed.
+    static void detail(const QString& text);
 };
 
 } // namespace veltor::utils

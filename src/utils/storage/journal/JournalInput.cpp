@@ -1,6 +1,8 @@
-#include "utils/storage/JournalInput.h"
+// Reading a journal through one window.
 
-#include "utils/storage/Crc32c.h"
+#include "utils/storage/journal/JournalInput.h"
+
+#include "utils/storage/journal/Crc32c.h"
 
 #include <algorithm>
 
@@ -14,9 +16,12 @@ constexpr qint64 MaxReach = 256 * 1024;
 
 JournalInput::JournalInput(QIODevice& journal)
     : m_io(journal)
-    , m_size(m_io.size())
     , m_reach(MinReach)
-{}
+{
+    const std::optional<quint64> size = m_io.size();
+    m_readable = size.has_value();
+    m_size = size.value_or(0);
+}
 
 JournalInput::Piece JournalInput::fetch(quint64 offset, qint64 length, quint64 endHint)
 {

@@ -1,11 +1,12 @@
-#include "utils/storage/JournalWalker.h"
+// The one reader of a journal.
 
-#include "utils/storage/JournalMessages.h"
+#include "utils/storage/journal/JournalWalker.h"
+
+#include "utils/storage/StorageMessages.h"
 
 #include <QtCore/QIODevice>
 
 #include <limits>
-#include <unordered_set>
 #include <utility>
 
 namespace veltor::utils::journal {
@@ -21,9 +22,9 @@ quint64 lastByte(quint64 offset, quint64 size)
 
 /// A first link that a kill tore may lead anywhere, zeros included, which would pass as a block of an
 /// empty file. The first block saved has the size that the file had when it was added.
-bool isStrayFirstChange(const FileEntry& entry, quint64 previous, const ChangeHead& head)
+bool isStrayFirstChange(const FileChain& chain, quint64 previous, const ChangeHead& head)
 {
-    return previous == 0 && entry.lastChange == 0 && head.sizeBound != entry.fileSize;
+    return previous == 0 && chain.lastChange == 0 && head.sizeBound != chain.fileSize;
 }
 
 } // namespace
@@ -80,19 +81,18 @@ bool JournalWalker::checkHeader()
 bool JournalWalker::walkFiles(const FileVisitor& visitor)
 {
     quint64 beforeLast = 0;
-    quint64 last = 0;
     quint64 lastSize = 0;
-    std::unordered_set<quint64> visited;
+    CircleWatch circle(m_header.firstFile);
     for (quint64 offset = m_header.firstFile; offset != 0;) {
-        WalkedFile file;
-        file.offset = offset;
-        if (!visited.insert(offset).second || !m_budget.take(EntryHeadSize)) {
-            return fail(last != 0 ? message::badNextFile(offset, lastSize) : message::badFirstFile(offset));
+        if (m_lastEntry != 0 && circle.meets(offset)) {
+            return fail(message::badNextFile(offset, lastSize));
         }
+        WalkedFile file;
+        file.chain.entry = offset;
         const Outcome outcome = walkFile(file);
         if (outcome == Outcome::Unreadable) {
             // A link beyond the header's last file belongs to an append that was never finished.
-            return m_mode == Mode::Salvage && last != 0 && m_header.lastFile == last;
+            return m_mode == Mode::Salvage && m_lastEntry != 0 && m_header.lastFile == m_lastEntry;
         }
         if (!visitor(file)) {
             return fail(message::openFailed(file.name));
@@ -100,31 +100,44 @@ bool JournalWalker::walkFiles(const FileVisitor& visitor)
         if (outcome == Outcome::Broken) {
             return false;
         }
-        beforeLast = last;
-        last = offset;
-        lastSize = file.entry.fileSize;
-        offset = file.entry.nextFile;
+        beforeLast = std::exchange(m_lastEntry, offset);
+        lastSize = file.chain.fileSize;
+        offset = file.chain.nextFile;
     }
-    if (last == m_header.lastFile) {
+    return endFiles(beforeLast);
+}
+
+bool JournalWalker::endFiles(quint64 beforeLast)
+{
+    if (m_lastEntry == m_header.lastFile) {
         return true;
     }
     if (m_mode == Mode::Salvage) {
-        return isUnfinishedLink(beforeLast, last, m_header.lastFile);
+        return isUnfinishedLink(beforeLast, m_lastEntry, m_header.lastFile);
     }
-    return fail(message::lastFileMismatch(last, m_header.lastFile));
+    return fail(message::lastFileMismatch(m_lastEntry, m_header.lastFile));
 }
 
 JournalWalker::Outcome JournalWalker::walkFile(WalkedFile& file)
 {
-    const char* const bytes = readRecord(file.offset, EntryHeadSize);
+    const char* const bytes = readRecord(file.chain.entry, EntryHeadSize);
     if (!bytes) {
         return Outcome::Unreadable;
     }
-    file.entry = decodeEntryHead(bytes);
-    if (!checkEntry(file.entry)) {
+    const FileEntry entry = decodeEntryHead(bytes);
+    if (!checkEntry(entry)) {
         return Outcome::Unreadable;
     }
-    const Outcome outcome = walkChanges(file);
+    if (!m_budget.take(EntryHeadSize)) {
+        fail(message::badNextFile(entry.nextFile, entry.fileSize));
+        return Outcome::Unreadable;
+    }
+    file.chain.nextFile = entry.nextFile;
+    file.chain.firstChange = entry.firstChange;
+    file.chain.lastChange = entry.lastChange;
+    file.chain.fileSize = entry.fileSize;
+    file.nameLength = entry.nameLength;
+    const Outcome outcome = walkChanges(file.chain);
     return outcome != Outcome::Unreadable && readName(file) ? outcome : Outcome::Unreadable;
 }
 
@@ -147,28 +160,27 @@ bool JournalWalker::checkEntry(const FileEntry& entry)
     return !pointsIntoHeader(nextFile) || fail(message::badNextFile(nextFile, fileSize));
 }
 
-JournalWalker::Outcome JournalWalker::walkChanges(WalkedFile& file)
+JournalWalker::Outcome JournalWalker::walkChanges(FileChain& chain)
 {
     quint64 before = 0;
     quint64 last = 0;
-    for (quint64 offset = file.entry.firstChange; offset != 0;) {
+    for (quint64 offset = chain.firstChange; offset != 0;) {
         ChangeHead head;
-        if (!readChange(offset, last, head) || isStrayFirstChange(file.entry, last, head)) {
+        if (!readChange(offset, last, head) || isStrayFirstChange(chain, last, head)) {
             // The last change is linked before any byte of the file is overwritten: what lies beyond it
             // was never needed.
-            const bool unfinished = file.entry.lastChange == last;
-            file.entry.lastChange = last;
+            const bool unfinished = chain.lastChange == last;
+            chain.lastChange = last;
             return m_mode == Mode::Validate ? Outcome::Unreadable
                    : unfinished             ? Outcome::Whole
                                             : Outcome::Broken;
         }
-        ++file.blockCount;
-        file.savedBytes += head.length;
+        chain.take(offset, head.sizeBound, head.length);
         before = last;
         last = offset;
         offset = head.next;
     }
-    const quint64 stored = std::exchange(file.entry.lastChange, last);
+    const quint64 stored = std::exchange(chain.lastChange, last);
     if (stored == last) {
         return Outcome::Whole;
     }
@@ -230,11 +242,11 @@ bool JournalWalker::checkChangeData(quint64 offset, const ChangeHead& head)
 
 bool JournalWalker::readName(WalkedFile& file)
 {
-    const quint64 offset = file.offset + EntryHeadSize;
-    const quint64 length = file.entry.nameLength;
+    const quint64 offset = file.chain.entry + EntryHeadSize;
+    const quint64 length = file.nameLength;
     const JournalInput::Piece piece = m_input.fetch(offset, static_cast<qint64>(length));
     if (piece.length < 0) {
-        return fail(message::nameSeekFailed(offset, file.offset));
+        return fail(message::nameSeekFailed(offset, file.chain.entry));
     }
     if (static_cast<quint64>(piece.length) < length) {
         return fail(message::nameReadFailed(offset, static_cast<quint64>(piece.length), length));
@@ -244,7 +256,7 @@ bool JournalWalker::readName(WalkedFile& file)
         return fail(message::badName());
     }
     file.name = *name;
-    return m_budget.take(length) || fail(message::badNextFile(file.offset, file.entry.fileSize));
+    return m_budget.take(length) || fail(message::badNextFile(file.chain.entry, file.chain.fileSize));
 }
 
 bool JournalWalker::walkFree()
@@ -305,14 +317,14 @@ const char* JournalWalker::readRecord(quint64 offset, quint64 size)
 
 bool JournalWalker::fail(const QString& message)
 {
-    m_fault = message;
+    m_fault = {message, m_input.reason()};
     return false;
 }
 
 bool isUnfinishedCreation(QIODevice& journal)
 {
     JournalInput input(journal);
-    if (input.size() >= HeaderSize) {
+    if (!input.isReadable() || input.size() >= HeaderSize) {
         return false;
     }
     const auto size = static_cast<qint64>(input.size());

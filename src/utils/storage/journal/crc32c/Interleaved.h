@@ -3,8 +3,8 @@
 // The method of processors with a CRC-32C instruction. The including source defines
 // VELTOR_CRC32C_ENGINE_TARGET, the instructions it may use, before it includes this.
 
-#include "utils/storage/crc32c/Polynomial.h"
-#include "utils/storage/crc32c/Variants.h"
+#include "utils/storage/journal/crc32c/Polynomial.h"
+#include "utils/storage/journal/crc32c/Variants.h"
 
 #include <array>
 #include <cstring>

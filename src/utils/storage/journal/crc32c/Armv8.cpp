@@ -1,4 +1,4 @@
-#include "utils/storage/crc32c/Variants.h"
+#include "utils/storage/journal/crc32c/Variants.h"
 
 #ifdef VELTOR_CRC32C_ARM64
 
@@ -7,7 +7,7 @@
 #else
 #define VELTOR_CRC32C_ENGINE_TARGET VELTOR_CRC32C_TARGET("+crc")
 #endif
-#include "utils/storage/crc32c/Interleaved.h"
+#include "utils/storage/journal/crc32c/Interleaved.h"
 
 #ifdef _MSC_VER
 #include <intrin.h>

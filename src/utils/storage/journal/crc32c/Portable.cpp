@@ -1,5 +1,5 @@
-#include "utils/storage/crc32c/Polynomial.h"
-#include "utils/storage/crc32c/Variants.h"
+#include "utils/storage/journal/crc32c/Polynomial.h"
+#include "utils/storage/journal/crc32c/Variants.h"
 
 #include <array>
 

@@ -1,8 +1,8 @@
-#include "utils/storage/crc32c/Variants.h"
+#include "utils/storage/journal/crc32c/Variants.h"
 
 #ifdef VELTOR_CRC32C_AVX512
 
-#include "utils/storage/crc32c/Polynomial.h"
+#include "utils/storage/journal/crc32c/Polynomial.h"
 
 #if defined(__GNUC__) && !defined(__clang__)
 // GCC 12 warns of its own "undefined" registers inside the intrinsics (GCC bug 105593).

@@ -1,0 +1,462 @@
+// The steps behind a rollback device: taking a journal, saving, putting back.
+
+#include "utils/storage/RollbackDevicePrivate.h"
+
+#include "utils/storage/StorageMessages.h"
+#include "utils/storage/io/JournalFile.h"
+#include "utils/storage/journal/FileRestorer.h"
+
+#include <veltor/logging/Logger.h>
+
+#include <algorithm>
+
+namespace veltor::utils {
+namespace {
+
+/// The longest range that one change block saves: what bounds the memory of a save.
+constexpr quint64 MaxSavedLength = 8 * 1024 * 1024;
+
+const logging::LoggerMessager& repairLog(int line)
+{
+    static constexpr const char* function = "void veltor::utils::RollbackDevice::repair()";
+    static const logging::LoggerMessager file(logging::LogLevel::Info, "SecuredFile.cpp", 972, function);
+    static const logging::LoggerMessager count(logging::LogLevel::Info, "SecuredFile.cpp", 980, function);
+    return line == 972 ? file : count;
+}
+
+bool isUsable(const IOPtr& device)
+{
+    return device && device->isOpen();
+}
+
+/// Why a subclass could not open a file, where it says so.
+QString openReason(const IOPtr& device)
+{
+    const auto* const file = dynamic_cast<const QFileDevice*>(device.get());
+    return file ? file->errorString() : QString();
+}
+
+} // namespace
+
+bool RollbackDevice::Private::fail(const Fault& fault) const
+{
+    lastError = fault.whole();
+    LogInfo::error(lastError);
+    return false;
+}
+
+/// What the check of a journal says is fixed word for word; name and reason go to errorString() alone.
+bool RollbackDevice::Private::failJournal(const Fault& fault) const
+{
+    const auto* const file = qobject_cast<const QFileDevice*>(journal.get());
+    LogInfo::error(fault.text);
+    lastError = file ? QStringLiteral("'%0': %1").arg(file->fileName(), fault.whole()) : fault.whole();
+    if (!fault.reason.isEmpty()) {
+        LogInfo::detail(lastError);
+    }
+    return false;
+}
+
+/// Forgets everything; true when a journal device was held.
+bool RollbackDevice::Private::release() noexcept
+{
+    files.clear();
+    writer.reset();
+    const bool held = journal != nullptr;
+    if (held) {
+        ++generation;
+    }
+    journal = nullIOPtr();
+    state = State::Refused;
+    version = QUuid();
+    freeBlockCount = 0;
+    repairedWhole = false;
+    return held;
+}
+
+bool RollbackDevice::Private::create()
+{
+    writer.emplace(*journal);
+    if (!writer->create()) {
+        return failJournal(writer->fault());
+    }
+    version = journal::freshHeader().version;
+    state = State::Appendable;
+    return true;
+}
+
+bool RollbackDevice::Private::load()
+{
+    journal::JournalWalker walker(*journal, journal::JournalWalker::Mode::Validate);
+    QString reason;
+    const bool whole = walker.walk([&](const journal::WalkedFile& file) {
+        IOPtr device = m_device.openFile(file.name);
+        if (!isUsable(device)) {
+            reason = openReason(device);
+            return false;
+        }
+        return take(file, std::move(device), false);
+    });
+    version = walker.header().version;
+    freeBlockCount = walker.freeBlockCount();
+    if (!whole) {
+        const Fault& fault = walker.fault();
+        files.clear();
+        return failJournal({fault.text, fault.reason.isEmpty() ? reason : fault.reason});
+    }
+    state = State::RollbackOnly;
+    if (walker.layout() == journal::Layout::Checksummed && journal->isWritable()) {
+        writer.emplace(*journal);
+        if (!writer->resume(walker.lastEntry())) {
+            files.clear();
+            return failJournal(writer->fault());
+        }
+        state = State::Appendable;
+    }
+    return true;
+}
+
+/// @param once  leave a file out that is there already under another name
+bool RollbackDevice::Private::take(const journal::WalkedFile& walked, IOPtr device, bool once)
+{
+    if (once) {
+        const auto status = io::DeviceIo(*device).status();
+        if (files.keyOf(walked.name) != 0 || (status && files.keyOf(std::make_optional(status->identity)))) {
+            return false;
+        }
+    }
+    files.add(StoredFile(walked.chain, walked.name, std::move(device)), true);
+    return true;
+}
+
+void RollbackDevice::Private::salvage()
+{
+    files.clear();
+    writer.reset();
+    repairedWhole = false;
+    if (isUsable(journal)) {
+        readSalvageable();
+    }
+    for (const auto& [key, file] : files.all()) {
+        repairLog(972).write(QStringLiteral("File ") + file.name() + QStringLiteral(" has been repaired"));
+    }
+    repairLog(980).write(QStringLiteral("Repaired file count ") + QString::number(files.all().size()));
+}
+
+/// Fills the map with the files that can be restored.
+void RollbackDevice::Private::readSalvageable()
+{
+    state = State::Refused;
+    bool all = true;
+    journal::JournalWalker walker(*journal, journal::JournalWalker::Mode::Salvage);
+    const bool whole = walker.walk([&](const journal::WalkedFile& file) {
+        // Opened at once, so that names which lead nowhere take no memory.
+        IOPtr device = m_device.openFile(file.name);
+        all = isUsable(device) && take(file, std::move(device), true) && all;
+        return true;
+    });
+    repairedWhole = whole && all;
+    version = walker.header().version;
+    if (walker.layout()) {
+        state = State::RollbackOnly;
+    } else if (journal::isUnfinishedCreation(*journal)) {
+        state = State::RollbackOnly;
+        repairedWhole = true;
+    }
+}
+
+bool RollbackDevice::Private::canAppend() const
+{
+    return state == State::Appendable || fail({message::journalNotAppendable(), {}});
+}
+
+RollbackDevice::Key RollbackDevice::Private::addFile(const QString& name)
+{
+    if (const Key key = files.keyOf(name)) {
+        return key;
+    }
+    if (!canAppend()) {
+        return 0;
+    }
+    const std::optional<QByteArray> storedName = journal::encodeName(name);
+    if (!storedName) {
+        const bool tooLong = static_cast<quint64>(name.toUtf8().size()) > journal::MaxNameLength;
+        fail({tooLong ? message::nameTooLong(name) : message::badName(), {}});
+        return 0;
+    }
+    IOPtr device = m_device.openFile(name);
+    if (!isUsable(device)) {
+        fail({message::openFailed(name), openReason(device)});
+        return 0;
+    }
+    if (const auto status = io::DeviceIo(*device).status()) {
+        const auto own = io::DeviceIo(*journal).status();
+        if (own && own->identity == status->identity) {
+            fail({message::fileIsJournal(name), {}});
+            return 0;
+        }
+        // Saved under two names (hard links, a file system that ignores case), a file would be put back to
+        // what the other name had made of it.
+        if (const Key key = files.keyOf(std::make_optional(status->identity))) {
+            return key;
+        }
+    }
+    if (!io::hideFromOthers(*journal, *device)) {
+        fail({message::journalShowsSecrets(name), {}});
+        return 0;
+    }
+    return append(name, *storedName, std::move(device));
+}
+
+RollbackDevice::Key RollbackDevice::Private::append(const QString& name, const QByteArray& storedName,
+                                                    IOPtr device)
+{
+    const io::DeviceIo io(*device);
+    const std::optional<quint64> size = io.size();
+    if (!size) {
+        fail({message::fileSizeUnknown(name), io.reason()});
+        return 0;
+    }
+    StoredFile* const last = files.find(writer->lastEntry());
+    auto chain = writer->appendEntry(*size, storedName, last ? &last->chain : nullptr);
+    if (!chain) {
+        failJournal(writer->fault());
+        return 0;
+    }
+    if (last) {
+        last->mirror();
+    }
+    const Key key = chain->entry;
+    files.add(StoredFile(std::move(*chain), name, std::move(device)), false);
+    return key;
+}
+
+/// The file behind a key, open; null with a reason when it is not.
+StoredFile* RollbackDevice::Private::openFile(Key key)
+{
+    StoredFile* const file = files.find(key);
+    if (!file) {
+        lastError = message::keyOutdated();
+        return nullptr;
+    }
+    if (file->device()) {
+        if (file->device()->isOpen()) {
+            return file;
+        }
+        lastError = message::fileClosed(file->name());
+        return nullptr;
+    }
+    return reopen(*file) ? file : nullptr;
+}
+
+/// Opens a file again that was closed to spare its descriptor.
+bool RollbackDevice::Private::reopen(StoredFile& file)
+{
+    IOPtr device = m_device.openFile(file.name());
+    if (!isUsable(device)) {
+        return fail({message::openFailed(file.name()), openReason(device)});
+    }
+    const auto status = io::DeviceIo(*device).status();
+    if (!file.isSameAs(status ? std::make_optional(status->identity) : std::nullopt)) {
+        return fail({message::fileReplaced(file.name()), {}});
+    }
+    file.device() = std::move(device);
+    return true;
+}
+
+/// Saves a range of any length as blocks of bounded size, one at least. @param size  the file's, at present
+bool RollbackDevice::Private::saveRange(StoredFile& file, quint64 size, quint64 position, quint64 length)
+{
+    if (!canAppend()) {
+        return false;
+    }
+    // Beyond the end there is nothing to save but the length itself, which a block records at the end.
+    const quint64 begin = std::min(position, size);
+    const quint64 end = begin + std::min(length, size - begin);
+    const io::DeviceIo io(*file.device());
+    quint64 from = begin;
+    bool saved = true;
+    do {
+        const auto piece = static_cast<quint32>(std::min(end - from, MaxSavedLength));
+        saved = writer->appendBlock(file.chain, io, {size, from, piece});
+        if (!saved) {
+            const Fault& fault = writer->fault();
+            fault.text.isEmpty()
+                ? fail({message::fileReadFailed(file.name(), from, piece, writer->readable()), fault.reason})
+                : failJournal(fault);
+        }
+        from += piece;
+    } while (saved && from < end);
+    file.mirror();
+    return saved;
+}
+
+std::optional<quint64> RollbackDevice::Private::sizeOf(const StoredFile& file, const io::DeviceIo& io) const
+{
+    const std::optional<quint64> size = io.size();
+    if (!size) {
+        fail({message::fileSizeUnknown(file.name()), io.reason()});
+    }
+    return size;
+}
+
+bool RollbackDevice::Private::save(StoredFile& file, quint64 position, quint64 length)
+{
+    const auto size = sizeOf(file, io::DeviceIo(*file.device()));
+    return size && saveRange(file, *size, position, length);
+}
+
+bool RollbackDevice::Private::write(StoredFile& file, const QByteArray& data)
+{
+    const io::DeviceIo io(*file.device());
+    const auto position = static_cast<quint64>(io.pos());
+    const auto size = sizeOf(file, io);
+    if (!size || !saveRange(file, *size, position, static_cast<quint64>(data.size()))) {
+        static_cast<void>(io.seek(static_cast<qint64>(position)));
+        return false;
+    }
+    const qint64 written = io.writeAt(position, data.constData(), data.size());
+    const bool moved = io.seek(static_cast<qint64>(position) + written);
+    if (written != data.size()) {
+        return fail({message::fileWriteFailed(file.name(), position), io.reason()});
+    }
+    return moved;
+}
+
+bool RollbackDevice::Private::resize(StoredFile& file, quint64 size)
+{
+    const io::DeviceIo io(*file.device());
+    const auto oldSize = sizeOf(file, io);
+    if (!oldSize || *oldSize == size) {
+        return oldSize.has_value();
+    }
+    const qint64 position = io.pos();
+    const quint64 from = std::min(size, *oldSize);
+    if (!saveRange(file, *oldSize, from, *oldSize - from)) {
+        static_cast<void>(io.seek(position));
+        return false;
+    }
+    if (!io.resize(size)) {
+        fail({message::fileResizeFailed(file.name(), size), io.reason()});
+        static_cast<void>(io.seek(position));
+        return false;
+    }
+    return io.seek(size < *oldSize ? std::min(position, static_cast<qint64>(size)) : position);
+}
+
+quint64 RollbackDevice::Private::end() const
+{
+    if (writer) {
+        return writer->end();
+    }
+    return journal ? io::DeviceIo(*journal).size().value_or(0) : 0;
+}
+
+bool RollbackDevice::Private::writeJournal(quint64 offset, const QByteArray& bytes)
+{
+    if (!journal) {
+        return false;
+    }
+    if (!writer) { // a journal that takes no records of ours
+        return io::DeviceIo(*journal).writeAt(offset, bytes.constData(), bytes.size()) == bytes.size();
+    }
+    return writer->write(offset, bytes.constData(), bytes.size()) || failJournal(writer->fault());
+}
+
+JournalRemoval RollbackDevice::Private::dispose()
+{
+    removal = {};
+    m_device.remove(journal);
+    m_device.close();
+    return removal;
+}
+
+bool RollbackDevice::Private::rollBack()
+{
+    // Whatever happens now, the map no longer mirrors the journal.
+    state = State::RollbackOnly;
+    cancel = false;
+    report = {};
+    quint64 done = 0;
+    quint64 total = 0;
+    for (const auto& [key, file] : files.all()) {
+        total += file.chain.blockCount;
+    }
+    const auto observer = [&] {
+        ++done;
+        if (progress) {
+            progress(done, total);
+        }
+        return !cancel;
+    };
+    journal::JournalInput input(*journal);
+    for (auto file = files.all().begin(); file != files.all().end() && !cancel;) {
+        if (restore(file->second, input, observer)) {
+            ++report.restored;
+            file = files.forget(file);
+        } else {
+            ++file;
+        }
+    }
+    report.canceled = cancel;
+    return files.isEmpty();
+}
+
+bool RollbackDevice::Private::restore(StoredFile& file, journal::JournalInput& input,
+                                      const std::function<bool()>& observer)
+{
+    const bool closed = !file.device();
+    const auto refuse = [&](const Fault& fault) {
+        report.failures.push_back({file.name(), fault.whole()});
+        return fail(fault);
+    };
+    if (closed && !reopen(file)) {
+        report.failures.push_back({file.name(), lastError});
+        return false;
+    }
+    if (!file.device()->isOpen()) {
+        return refuse({message::fileClosed(file.name()), {}});
+    }
+    journal::FileRestorer restorer(input, file.chain, *file.device(), file.name());
+    const auto outcome = restorer.restore(observer);
+    if (closed) {
+        file.device() = nullIOPtr();
+    }
+    if (outcome == journal::FileRestorer::Outcome::Failed) {
+        return refuse(restorer.fault());
+    }
+    return outcome == journal::FileRestorer::Outcome::Restored;
+}
+
+bool RollbackDevice::Private::rollBackTo(const Savepoint& savepoint)
+{
+    journal::JournalInput input(*journal);
+    bool all = true;
+    for (auto& [key, file] : files.all()) {
+        const auto& then = savepoint.m_lastChanges;
+        const auto found = std::find_if(then.begin(), then.end(),
+                                        [key = key](const auto& change) { return change.first == key; });
+        const quint64 lastChange = found != then.end() ? found->second : 0;
+        if (lastChange == file.chain.lastChange) {
+            continue;
+        }
+        if (!openFile(key)) {
+            all = fail({lastError, {}});
+            continue;
+        }
+        journal::FileRestorer restorer(input, file.chain, *file.device(), file.name());
+        if (restorer.restoreTo(lastChange) != journal::FileRestorer::Outcome::Restored) {
+            all = fail(restorer.fault());
+            continue;
+        }
+        // As after a cut: no position beyond the end.
+        const io::DeviceIo io(*file.device());
+        const auto size = io.size();
+        if (size && static_cast<quint64>(io.pos()) > *size) {
+            static_cast<void>(io.seek(static_cast<qint64>(*size)));
+        }
+    }
+    return all;
+}
+
+} // namespace veltor::utils

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "utils/storage/Fault.h"
+#include "utils/storage/ProtectedFiles.h"
+#include "utils/storage/journal/JournalWalker.h"
+#include "utils/storage/journal/JournalWriter.h"
+
+#include <veltor/utils/RollbackDevice.h>
+
+#include <atomic>
+#include <optional>
+
+namespace veltor::utils {
+
+/// What a rollback device holds, and the steps that its operations share.
+class RollbackDevice::Private
+{
+public:
+    /// What the journal held may be used for.
+    enum class State
+    {
+        Appendable,   ///< checked or new, with checksums, writable
+        RollbackOnly, ///< any other that was checked or salvaged; or partly rolled back
+        Refused,      ///< not a journal, or failed the check and was not repaired
+    };
+
+    explicit Private(RollbackDevice& device)
+        : m_device(device)
+    {}
+
+    bool release() noexcept;
+    bool create();
+    bool load();
+    void salvage();
+
+    Key addFile(const QString& name);
+    [[nodiscard]] StoredFile* openFile(Key key);
+    bool save(StoredFile& file, quint64 position, quint64 length);
+    bool write(StoredFile& file, const QByteArray& data);
+    bool resize(StoredFile& file, quint64 size);
+    [[nodiscard]] quint64 end() const;
+    bool writeJournal(quint64 offset, const QByteArray& bytes);
+    JournalRemoval dispose();
+    bool rollBack();
+    bool rollBackTo(const Savepoint& savepoint);
+
+    /// Logs a failure and keeps it as the last one. @return false
+    bool fail(const Fault& fault) const;
+    /// The same for what went wrong with the journal itself, whose name is added.
+    bool failJournal(const Fault& fault) const;
+
+    IOPtr journal = nullIOPtr();
+    std::optional<journal::JournalWriter> writer;
+    ProtectedFiles files;
+    State state = State::Refused;
+    bool repairedWhole = false;
+    QUuid version;
+    quint64 freeBlockCount = 0;
+    quint64 generation = 0;
+    RollbackProgress progress;
+    RollbackReport report;
+    JournalRemoval removal;
+    std::atomic<bool> cancel{false};
+    mutable QString lastError;
+
+private:
+    bool reopen(StoredFile& file);
+    [[nodiscard]] bool canAppend() const;
+    Key append(const QString& name, const QByteArray& storedName, IOPtr device);
+    bool saveRange(StoredFile& file, quint64 size, quint64 position, quint64 length);
+    [[nodiscard]] std::optional<quint64> sizeOf(const StoredFile& file, const io::DeviceIo& io) const;
+    void readSalvageable();
+    bool take(const journal::WalkedFile& walked, IOPtr device, bool once);
+    bool restore(StoredFile& file, journal::JournalInput& input, const std::function<bool()>& observer);
+
+    RollbackDevice& m_device;
+};
+
+} // namespace veltor::utils

@@ -1,0 +1,128 @@
+// Opening a journal as its one owner.
+
+#include "utils/storage/io/JournalFile.h"
+
+#include "platform/FileLock.h"
+#include "utils/storage/Fault.h"
+#include "utils/storage/StorageMessages.h"
+#include "utils/storage/io/DeviceIo.h"
+
+#include <QtCore/QThread>
+
+namespace veltor::utils::io {
+namespace {
+
+using Answer = OpenedJournal::Answer;
+
+OpenedJournal refused(Answer answer, const QString& reason)
+{
+    OpenedJournal opened;
+    opened.answer = answer;
+    opened.reason = reason;
+    return opened;
+}
+
+/// Whoever merely looks at a journal has its lock for an instant, and no name in the system's list.
+platform::LockAnswer lock(int descriptor)
+{
+    constexpr int patience = 20;
+    platform::LockAnswer answer = platform::lockFile(descriptor);
+    for (int again = 0; again < patience && answer.state == platform::LockState::Busy && answer.owner == 0;
+         ++again) {
+        QThread::msleep(1);
+        answer = platform::lockFile(descriptor);
+    }
+    return answer;
+}
+
+std::unique_ptr<StorageFile> makeFile(const QString& path, platform::FileOpening opening,
+                                      platform::OpenedFile& opened)
+{
+    opening.refuseLink = true;
+    opened = platform::openFile(nativePath(path), opening);
+    return opened.fd >= 0 ? std::make_unique<StorageFile>(path, opened, opening.write) : nullptr;
+}
+
+/// Opens without a lock; the answer is Opened, Absent or Refused.
+OpenedJournal openUnlocked(const QString& path, const JournalOpening& opening)
+{
+    OpenedJournal journal;
+    platform::OpenedFile opened;
+    journal.file = makeFile(path, {opening.write || opening.create, false, true}, opened);
+    const bool system = opened.fault == platform::OpenFault::System;
+    const bool absent = system && platform::presenceOf(nativePath(path)) == platform::Presence::Absent;
+    if (!journal.file && absent && opening.create) {
+        journal.file = makeFile(path, {true, true, true}, opened);
+        journal.created = journal.file != nullptr;
+    } else if (!journal.file && system && !absent && !opening.create && opening.write) {
+        const platform::OpenedFile first = opened;
+        journal.file = makeFile(path, {false, false, true}, opened);
+        opened = journal.file ? opened : first;
+    }
+    journal.answer = journal.file ? Answer::Opened : absent ? Answer::Absent : Answer::Refused;
+    if (!journal.file) {
+        journal.reason = Fault{message::openFailed(path), reasonOf(opened)}.whole();
+    }
+    return journal;
+}
+
+} // namespace
+
+OpenedJournal openJournal(const QString& path, JournalOpening opening)
+{
+    constexpr int attempts = 100; // at names that others keep changing
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        OpenedJournal journal = openUnlocked(path, opening);
+        if (!journal.file) {
+            // Made by somebody else in between: then it is there now.
+            if (opening.create && journal.answer == Answer::Absent &&
+                platform::presenceOf(nativePath(path)) == platform::Presence::Present) {
+                continue;
+            }
+            return journal;
+        }
+        const int descriptor = journal.file->descriptor();
+        const platform::LockAnswer answer = lock(descriptor);
+        if (answer.state == platform::LockState::Failed) {
+            return refused(Answer::Refused,
+                           Fault{message::journalNotLocked(path), qt_error_string()}.whole());
+        }
+        if (answer.state == platform::LockState::Busy) {
+            OpenedJournal busy = refused(Answer::InUse, message::journalInUse(path, answer.owner));
+            busy.ownerPid = answer.owner;
+            return busy;
+        }
+        // Its owner may have removed the name before the lock came to us.
+        if (!platform::names(nativePath(path), journal.file->status().identity)) {
+            continue;
+        }
+        if (opening.ownOnly && !journal.created && !platform::belongsToUser(descriptor)) {
+            return refused(Answer::Refused, message::journalIsForeign(path));
+        }
+        return journal;
+    }
+    return refused(Answer::Refused, message::fileReplaced(path));
+}
+
+bool hideFromOthers(QIODevice& journal, QIODevice& file)
+{
+    const auto grants = DeviceIo(journal).status();
+    const auto allows = DeviceIo(file).status();
+    if (!grants || !allows) {
+        return true;
+    }
+    // Whoever owns the journal may always read it.
+    const bool strangeOwner = grants->owner != allows->owner && grants->owner != platform::currentUser();
+    constexpr unsigned others = 0077;
+    constexpr unsigned othersRead = 0004;
+    if (strangeOwner && (allows->access & othersRead) == 0) {
+        return false;
+    }
+    if ((grants->access & ~allows->access & others) == 0) {
+        return true;
+    }
+    auto* const journalFile = dynamic_cast<StorageFile*>(&journal);
+    return journalFile && journalFile->restrictAccess(grants->access & (allows->access | ~others));
+}
+
+} // namespace veltor::utils::io

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "utils/storage/io/StorageFile.h"
+
+#include <QtCore/QString>
+
+#include <memory>
+
+namespace veltor::utils::io {
+
+/// How a journal is to be opened for work.
+struct JournalOpening
+{
+    bool create = false;  ///< where there is none
+    bool write = true;    ///< else it may be opened for reading alone
+    bool ownOnly = false; ///< only if it belongs to the user who runs
+};
+
+/// A journal opened for work and locked, or why not.
+struct OpenedJournal
+{
+    enum class Answer
+    {
+        Opened,
+        Absent,
+        InUse,
+        Refused, ///< it cannot be opened, is a link or no file, or somebody else's
+    };
+
+    std::unique_ptr<StorageFile> file; ///< null unless opened
+    Answer answer = Answer::Refused;
+    bool created = false;
+    qint64 ownerPid = 0; ///< of the program that has it; 0 when unknown
+    QString reason;      ///< in words; empty when opened
+};
+
+/// Opens the journal at @p path and takes its lock, such that the name still leads to it when it has the
+/// lock.
+[[nodiscard]] OpenedJournal openJournal(const QString& path, JournalOpening opening);
+
+/// Takes from others what they may do with the journal and not with a file that it protects. False when they
+/// could still read the file's bytes in the journal.
+[[nodiscard]] bool hideFromOthers(QIODevice& journal, QIODevice& file);
+
+} // namespace veltor::utils::io

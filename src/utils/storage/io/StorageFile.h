@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/FileOpen.h"
+
+#include <QtCore/QFile>
+
+#include <memory>
+
+namespace veltor::utils::io {
+
+/// A regular file with one descriptor from its opening to its end, unbuffered, which knows what file it is.
+/// One that could not be opened is closed, and its errorString() says why.
+class StorageFile : public QFile
+{
+public:
+    /// Takes over what the platform opened. @p path is what fileName() gives.
+    StorageFile(const QString& path, const platform::OpenedFile& opened, bool writable);
+
+    /// Opens by path, links followed.
+    [[nodiscard]] static std::unique_ptr<StorageFile> open(const QString& path,
+                                                           platform::FileOpening opening);
+
+    /// QFile forgets the name of what is opened by descriptor.
+    [[nodiscard]] QString fileName() const override { return m_path; }
+
+    /// What it was when it was opened: its size may have changed since.
+    [[nodiscard]] const platform::FileStatus& status() const noexcept { return m_status; }
+    /// Its descriptor; on Windows QFile::handle() would take a new one at each call.
+    [[nodiscard]] int descriptor() const noexcept { return m_descriptor; }
+
+    /// Closes it after all; @p reason becomes its errorString().
+    void refuse(const QString& reason);
+    /// Sets who may do what with it, as platform::FileStatus::access. False when that is not allowed.
+    bool restrictAccess(unsigned access);
+
+private:
+    const QString m_path;
+    platform::FileStatus m_status;
+    int m_descriptor;
+};
+
+/// A path for the platform's calls; on Windows in the form that has no limit of 260 characters.
+[[nodiscard]] platform::NativePath nativePath(const QString& path);
+
+/// Why the platform did not open a file, in words.
+[[nodiscard]] QString reasonOf(const platform::OpenedFile& opened);
+
+/// The descriptor of a device that may be reached behind Qt's back, else -1; it stays the device's own.
+[[nodiscard]] int nativeDescriptor(QIODevice& device);
+
+} // namespace veltor::utils::io
