@@ -226,6 +226,128 @@
         <source>смотрите %1 --help</source>
         <translation>see %1 --help</translation>
     </message>
+    <message>
+        <source>восстановлено блоков: %1 из %2</source>
+        <translation>blocks restored: %1 of %2</translation>
+    </message>
+    <message>
+        <source>Имена, которые изменит фиксация транзакции:</source>
+        <translation>Names that the transaction&apos;s commit would change:</translation>
+    </message>
+    <message>
+        <source>новый файл %1</source>
+        <translation>new file %1</translation>
+    </message>
+    <message>
+        <source>удаление %1</source>
+        <translation>removal of %1</translation>
+    </message>
+    <message>
+        <source>переименование %1 в %2</source>
+        <translation>%1 renamed to %2</translation>
+    </message>
+    <message>
+        <source>Журнал исправен, версия %1, свободных блоков: %2</source>
+        <translation>Journal valid, version %1, free blocks: %2</translation>
+    </message>
+    <message>
+        <source>Журнал отвергнут, версия %1, свободных блоков: %2</source>
+        <translation>Journal refused, version %1, free blocks: %2</translation>
+    </message>
+    <message>
+        <source>Он не защищает ни одного файла.</source>
+        <translation>It protects no files.</translation>
+    </message>
+    <message>
+        <source>Исправление не восстановило бы ничего.</source>
+        <translation>A repair would restore nothing.</translation>
+    </message>
+    <message>
+        <source>Откат восстановит:</source>
+        <translation>A rollback restores:</translation>
+    </message>
+    <message>
+        <source>Исправление восстановило бы:</source>
+        <translation>A repair would restore:</translation>
+    </message>
+    <message>
+        <source>прежний размер</source>
+        <translation>old size</translation>
+    </message>
+    <message>
+        <source>блоков</source>
+        <translation>blocks</translation>
+    </message>
+    <message>
+        <source>сохранено</source>
+        <translation>saved</translation>
+    </message>
+    <message>
+        <source>файл</source>
+        <translation>file</translation>
+    </message>
+    <message>
+        <source>%1: такого файла нет</source>
+        <translation>%1: there is no such file</translation>
+    </message>
+    <message>
+        <source>Восстановлено файлов: %1</source>
+        <translation>Files restored: %1</translation>
+    </message>
+    <message>
+        <source>Имена завершённой транзакции приведены в порядок.</source>
+        <translation>The names of a committed transaction were finished.</translation>
+    </message>
+    <message>
+        <source>не восстановлен: %1: %2</source>
+        <translation>not restored: %1: %2</translation>
+    </message>
+    <message>
+        <source>восстановлено не всё; повреждённый журнал сохранён как %1</source>
+        <translation>not everything was restored; the damaged journal is kept as %1</translation>
+    </message>
+    <message>
+        <source>прервано; журнал сохранён</source>
+        <translation>interrupted; the journal is kept</translation>
+    </message>
+    <message>
+        <source>журнал называет файлы вне своей папки; их восстановит только --anywhere</source>
+        <translation>the journal names files outside its folder; only --anywhere restores them</translation>
+    </message>
+    <message>
+        <source>Журнал удалён; файлы сохраняют новое содержимое.</source>
+        <translation>Journal removed; the files keep their new contents.</translation>
+    </message>
+    <message>
+        <source>show проверяет журнал отката и перечисляет файлы, которые он защищает, ничего не меняя;
+от отвергнутого журнала — то, что восстановило бы исправление.
+rollback возвращает файлам прежнее содержимое и удаляет журнал.
+repair восстанавливает из отвергнутого журнала всё, что цело; если восстановлено не всё, журнал
+сохраняется как JOURNAL.damaged.
+discard сохраняет новое содержимое и удаляет журнал.</source>
+        <translation>show checks a rollback journal and lists the files that it protects, changing nothing;
+of a refused journal, what a repair would restore.
+rollback puts every file back to its old contents and removes the journal.
+repair restores what is whole of a refused journal; when not everything was restored, the journal
+is kept as JOURNAL.damaged.
+discard keeps the new contents and removes the journal.</translation>
+    </message>
+    <message>
+        <source>show: JSON вместо таблицы</source>
+        <translation>show: JSON instead of a table</translation>
+    </message>
+    <message>
+        <source>rollback, repair: восстанавливать и файлы вне папки журнала</source>
+        <translation>rollback, repair: restore files outside the journal&apos;s folder too</translation>
+    </message>
+    <message>
+        <source>нет такого действия: &apos;%1&apos;</source>
+        <translation>there is no action &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>действие &apos;%1&apos; не знает этого ключа</source>
+        <translation>the action &apos;%1&apos; does not know this option</translation>
+    </message>
 </context>
 <context>
     <name>veltor::concurrent::ProgressHandler</name>
@@ -495,6 +617,93 @@
     <message>
         <source>Файл не разрешен правилом имен</source>
         <translation>The name rule does not accept the file</translation>
+    </message>
+</context>
+<context>
+    <name>veltor::utils::Transaction</name>
+    <message>
+        <source>Транзакция не начата или уже завершена</source>
+        <translation>The transaction has not begun or has ended</translation>
+    </message>
+    <message>
+        <source>Откат прерван, файл отката &apos;%0&apos; сохранён</source>
+        <translation>The rollback was cancelled; the rollback file &apos;%0&apos; is kept</translation>
+    </message>
+    <message>
+        <source>Из файла отката &apos;%0&apos; восстановить можно не всё, файлы не изменены: %1</source>
+        <translation>The rollback file &apos;%0&apos; cannot restore everything; no file was changed: %1</translation>
+    </message>
+    <message>
+        <source>Не восстановлено файлов: %0, файл отката &apos;%1&apos; сохранён: %2</source>
+        <translation>Files not restored: %0; the rollback file &apos;%1&apos; is kept: %2</translation>
+    </message>
+    <message>
+        <source>Точка сохранения не принадлежит транзакции или уже недействительна</source>
+        <translation>The savepoint does not belong to the transaction or is no longer valid</translation>
+    </message>
+    <message>
+        <source>&apos;%0&apos; не может быть именем файла в папке файла отката</source>
+        <translation>&apos;%0&apos; cannot be the name of a file in the rollback file&apos;s folder</translation>
+    </message>
+    <message>
+        <source>Имя &apos;%0&apos; занято самой транзакцией</source>
+        <translation>The name &apos;%0&apos; is used by the transaction itself</translation>
+    </message>
+    <message>
+        <source>Имя &apos;%0&apos; уже занято</source>
+        <translation>The name &apos;%0&apos; is already taken</translation>
+    </message>
+    <message>
+        <source>Файла &apos;%0&apos; нет</source>
+        <translation>There is no file &apos;%0&apos;</translation>
+    </message>
+    <message>
+        <source>&apos;%0&apos; не является обычным файлом</source>
+        <translation>&apos;%0&apos; is not a regular file</translation>
+    </message>
+    <message>
+        <source>&apos;%0&apos; и &apos;%1&apos; — один и тот же файл</source>
+        <translation>&apos;%0&apos; and &apos;%1&apos; are one and the same file</translation>
+    </message>
+    <message>
+        <source>Нет доступа к &apos;%0&apos;: %1</source>
+        <translation>No access to &apos;%0&apos;: %1</translation>
+    </message>
+    <message>
+        <source>Ошибка создания &apos;%0&apos;: %1</source>
+        <translation>Could not create &apos;%0&apos;: %1</translation>
+    </message>
+    <message>
+        <source>Ошибка переименования &apos;%0&apos; в &apos;%1&apos;: %2</source>
+        <translation>Could not rename &apos;%0&apos; to &apos;%1&apos;: %2</translation>
+    </message>
+    <message>
+        <source>Ошибка удаления &apos;%0&apos;: %1</source>
+        <translation>Could not remove &apos;%0&apos;: %1</translation>
+    </message>
+    <message>
+        <source>Нет права создавать и удалять файлы рядом с &apos;%0&apos;</source>
+        <translation>No right to create and remove files beside &apos;%0&apos;</translation>
+    </message>
+    <message>
+        <source>Слишком много изменений имён в одной транзакции</source>
+        <translation>Too many changes of names in one transaction</translation>
+    </message>
+    <message>
+        <source>Список имён транзакции &apos;%0&apos; повреждён, имена не изменены</source>
+        <translation>The transaction&apos;s list of names &apos;%0&apos; is damaged; no name was changed</translation>
+    </message>
+    <message>
+        <source>Ошибка чтения или записи списка имён транзакции &apos;%0&apos;: %1</source>
+        <translation>Could not read or write the transaction&apos;s list of names &apos;%0&apos;: %1</translation>
+    </message>
+    <message>
+        <source>Папка транзакции &apos;%0&apos; принадлежит другому пользователю</source>
+        <translation>The transaction&apos;s folder &apos;%0&apos; belongs to another user, or others may change it</translation>
+    </message>
+    <message>
+        <source>&apos;%0&apos; не является папкой транзакции</source>
+        <translation>&apos;%0&apos; is not a transaction&apos;s folder</translation>
     </message>
 </context>
 </TS>

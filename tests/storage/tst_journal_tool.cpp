@@ -93,10 +93,10 @@ TEST_F(JournalTool, DoesWhatTheTableSays)
 
 const Role dies("dying transaction", [](const QStringList& arguments) -> int {
     const LogCapture log;
-    utils::Transaction transaction = utils::Transaction::begin(arguments[0] + u("journal"));
-    const QString made = arguments[0] + u("c");
+    utils::Transaction transaction = utils::Transaction::begin(arguments[0] + u("/journal"));
+    const QString made = arguments[0] + u("/c");
     const bool done = transaction.create(made) && transaction.open(made)->write("made") == 4 &&
-                      transaction.remove(arguments[0] + u("a"));
+                      transaction.remove(arguments[0] + u("/a"));
     std::_Exit(done ? 0 : 1);
 });
 

@@ -173,10 +173,16 @@ void showAsTable(const JournalView& view, const std::vector<NameChange>& names)
     showNames(names);
 }
 
-QString inUse(const QString& path, qint64 pid)
+/// Whether there is anything to settle.
+bool isThere(const QString& path)
 {
-    return pid != 0 ? Text::tr("%1: занят процессом %2").arg(shownName(path)).arg(pid)
-                    : Text::tr("%1: занят другим процессом").arg(shownName(path));
+    const QFileInfo file(path);
+    return file.exists() || file.isSymLink() || !Transaction::nameChanges(path).empty();
+}
+
+QString notThere(const QString& path)
+{
+    return Text::tr("%1: такого файла нет").arg(shownName(path));
 }
 
 int show(const QString& path, const Arguments& arguments)
@@ -187,10 +193,12 @@ int show(const QString& path, const Arguments& arguments)
         showAsJson(view, names);
     }
     const bool used = view.state == JournalState::InUse;
-    if (used) {
-        printError(inUse(path, view.ownerPid));
-    } else if (!view.valid) {
+    if (!isThere(path)) {
+        printError(notThere(path));
+    } else if (used) {
         printError(shownLine(view.reason));
+    } else if (!view.valid) {
+        printError(shownName(path) + QStringLiteral(": ") + shownLine(view.reason));
     }
     if (!arguments.isSet("json") && (view.valid || !view.version.isNull())) {
         showAsTable(view, names);
@@ -208,18 +216,11 @@ bool leadsOutside(const QString& path)
     });
 }
 
-/// Whether there is anything to settle.
-bool isThere(const QString& path)
-{
-    const QFileInfo file(path);
-    return file.exists() || file.isSymLink() || !Transaction::nameChanges(path).empty();
-}
-
 int restore(const QString& path, const Arguments& arguments, Transaction::DamagedJournal damaged)
 {
     Faults faults;
     if (!isThere(path)) {
-        faults.tell(Text::tr("%1: такого файла нет").arg(shownName(path)));
+        printError(notThere(path));
         return Failed;
     }
     const InterruptWatch watch;
@@ -246,9 +247,7 @@ int restore(const QString& path, const Arguments& arguments, Transaction::Damage
                        .arg(shownName(done.keptAs)));
         return Failed;
     }
-    if (done.result.status == Transaction::Status::InUse) {
-        printError(inUse(path, done.result.ownerPid));
-    } else if (done.result.status == Transaction::Status::Canceled) {
+    if (done.result.status == Transaction::Status::Canceled) {
         printError(Text::tr("прервано; журнал сохранён"));
         return Interrupted;
     } else if (!done.result) {
@@ -272,16 +271,14 @@ int repair(const QString& path, const Arguments& arguments)
 
 int discard(const QString& path, const Arguments&)
 {
-    Faults faults;
+    // What is wrong with the journal's contents does not matter now.
+    const logging::LogSink former = logging::setLogSink([](const logging::LogRecord&) {});
     Transaction::Options options;
     options.trustForeign = true;
     const Transaction::Result result = Transaction::discard(path, options);
-    if (result.status == Transaction::Status::InUse) {
-        printError(inUse(path, result.ownerPid));
-    } else {
-        faults.tell(result.reason);
-    }
+    logging::setLogSink(former);
     if (!result) {
+        printError(shownLine(result.reason));
         return Failed;
     }
     print(Text::tr("Журнал удалён; файлы сохраняют новое содержимое.") + QLatin1Char('\n'));

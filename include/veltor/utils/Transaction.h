@@ -153,7 +153,8 @@ public:
     [[nodiscard]] QString errorString() const;
 
     /// Opens a file, under the name that it has by now in this transaction, for reading and writing. It is
-    /// closed with the transaction at the latest. Several of one file share its position.
+    /// closed with the transaction at the latest. Several of one file share its position, which the first begins
+    /// at 0.
     /// @return null, with errorString(), when there is none, or it cannot be protected
     [[nodiscard]] std::unique_ptr<SecuredFile> open(const QString& name);
 

@@ -81,8 +81,12 @@ std::unique_ptr<SecuredFile> Transaction::open(const QString& name)
         return nullptr;
     }
     auto& files = m_p->files;
-    files.erase(std::remove_if(files.begin(), files.end(), [](const auto& opened) { return !opened.file; }),
-                files.end());
+    const auto isClosed = [](const auto& opened) { return !opened.file || !opened.file->isOpen(); };
+    files.erase(std::remove_if(files.begin(), files.end(), isClosed), files.end());
+    const auto isSame = [&](const auto& opened) { return opened.file->fileName() == file->fileName(); };
+    if (std::none_of(files.begin(), files.end(), isSame) && !file->seek(0)) {
+        return nullptr;
+    }
     files.push_back({file.get(), found.place.hidden});
     return file;
 }

@@ -2,8 +2,8 @@
 
 #include "utils/storage/TransactionJournal.h"
 
-#include "utils/storage/io/DeviceIo.h"
 #include "utils/storage/TransactionMessages.h"
+#include "utils/storage/io/DeviceIo.h"
 
 #include <QtCore/QBuffer>
 #include <QtCore/QFile>
@@ -84,6 +84,7 @@ Result TransactionJournal::restore(Transaction::Recovery& recovery)
     recovery.failures = report.failures;
     recovery.keptAs = m_keptAs;
     recovery.finishedNames = m_finishedNames;
+    m_salvaged = m_salvaged && !restored; // another journal follows
     if (restored) {
         return m_settled;
     }

@@ -42,8 +42,8 @@
 
 #include "utils/storage/TransactionNames.h"
 
-#include "utils/storage/io/DeviceIo.h"
 #include "utils/storage/TransactionMessages.h"
+#include "utils/storage/io/DeviceIo.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>

@@ -21,9 +21,15 @@ Transaction Transaction::begin(const QString& journal, const Options& options)
 /// Takes the journal: settles what is left and starts anew, until nobody comes between the two.
 Transaction::Result Transaction::Private::start()
 {
-    while (!journal.startNew(journal.path())) {
-        if (journal.state() != JournalState::NeedsRecovery) {
-            return journal.refusal();
+    // Asked first without the lock: a journal to be recovered is no failure that the log should tell of.
+    for (;;) {
+        if (!RollbackFile::needsRecovery(journal.path())) {
+            if (journal.startNew(journal.path())) {
+                break;
+            }
+            if (journal.state() != JournalState::NeedsRecovery) {
+                return journal.refusal();
+            }
         }
         Result result = journal.openLeft(options.damaged);
         if (result) {
@@ -48,16 +54,12 @@ Transaction::Result Transaction::Private::start()
 
 Transaction::Recovery Transaction::recover(const QString& journal, const Options& options)
 {
-    Recovery recovery;
-    {
-        const TransactionJournal look(journal, options);
-        const JournalState state = RollbackFile::inspect(look.path()).state;
-        if (state == JournalState::Nothing && !TransactionNames(look.path(), true).exists()) {
-            return recovery;
-        }
+    const QFileInfo file(journal);
+    if (!file.exists() && !file.isSymLink() && !TransactionNames(file, true).exists()) {
+        return {};
     }
     Transaction started = begin(journal, options);
-    recovery = started.recovery();
+    Recovery recovery = started.recovery();
     if (started.isActive()) {
         recovery.result = started.rollback();
     }
@@ -67,6 +69,9 @@ Transaction::Recovery Transaction::recover(const QString& journal, const Options
 Transaction::Result Transaction::discard(const QString& journal, const Options& options)
 {
     TransactionJournal left(journal, options);
+    if (QFileInfo::exists(journal) && !RollbackFile::needsRecovery(left.path())) {
+        return recover(journal, options).result; // it protects nothing: names may still wait
+    }
     left.setEnding(TransactionJournal::Ending::Keep);
     if (!left.openByName(left.path(), QIODevice::ReadWrite)) {
         if (!left.isOpen()) {
