@@ -24,6 +24,7 @@ struct FileStatus
     bool regular = false; ///< no folder, pipe, device...
     unsigned access = 0;  ///< who may do what: the low nine bits of the mode; 0 on Windows
     unsigned owner = 0;   ///< user number; 0 on Windows
+    unsigned names = 1;   ///< hard links
 };
 
 /// Positioned access to an open file by its C descriptor: one system call an operation, no seek.

@@ -31,18 +31,18 @@ QString thrown(Function function)
     return QStringLiteral("nothing was thrown");
 }
 
-/// Windows puts the current drive before the path.
-QString withoutDrive(QString text)
+/// The library's own words: Windows puts the current drive before the path, and each system its reason behind.
+QString ownWords(QString text)
 {
     const QString path = QStringLiteral("/missing/journal");
-    return text.replace(QFileInfo(path).absoluteFilePath(), path);
+    return text.replace(QFileInfo(path).absoluteFilePath(), path).section(QStringLiteral(": "), 0, 0);
 }
 
 QString logged()
 {
     test::LogCapture log;
     RollbackFile().openByName(QFileInfo(QStringLiteral("/missing/journal")), QIODevice::ReadOnly);
-    return withoutDrive(log.takeTexts(logging::LogLevel::Error).join(QLatin1Char('\n')));
+    return ownWords(log.takeTexts(logging::LogLevel::Error).join(QLatin1Char('\n')));
 }
 
 QString canceled()
@@ -64,7 +64,7 @@ QString toolSays(const char* all, const char* languages)
     tool.start(QStringLiteral(VELTOR_TOOL),
                {QStringLiteral("journal"), QStringLiteral("show"), QStringLiteral("/missing/journal")});
     EXPECT_TRUE(tool.waitForFinished(30000));
-    return withoutDrive(QString::fromUtf8(tool.readAllStandardError()).trimmed());
+    return ownWords(QString::fromUtf8(tool.readAllStandardError()).trimmed());
 }
 
 TEST(Translation, SwitchesTheMessagesOfEveryFamilyAndBack)

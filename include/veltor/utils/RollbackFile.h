@@ -139,6 +139,8 @@ protected:
     void setJournalInfo(const QFileInfo& journal);
 
 private:
+    bool discardStillborn();
+
     class Private;
     std::unique_ptr<Private> m_p;
 };

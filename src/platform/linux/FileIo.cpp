@@ -64,7 +64,8 @@ bool FileIo::status(int fd, FileStatus& status)
               found.st_size,
               S_ISREG(found.st_mode),
               static_cast<unsigned>(found.st_mode) & 0777,
-              found.st_uid};
+              found.st_uid,
+              static_cast<unsigned>(found.st_nlink)};
     return true;
 }
 

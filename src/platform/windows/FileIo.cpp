@@ -87,6 +87,7 @@ bool FileIo::status(int fd, FileStatus& status)
     const std::int64_t size = found.nFileSizeHigh;
     status.identity = {found.dwVolumeSerialNumber, (number << 32) | found.nFileIndexLow};
     status.size = (size << 32) | found.nFileSizeLow;
+    status.names = found.nNumberOfLinks;
     status.regular = GetFileType(handleOf(fd)) == FILE_TYPE_DISK &&
                      (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
     return true;

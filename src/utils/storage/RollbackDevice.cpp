@@ -55,8 +55,13 @@ bool RollbackDevice::open(IOPtr journal, QIODevice::OpenMode mode)
         close();
         return false;
     }
-    if (!(mode == QIODevice::WriteOnly ? m_p->create() : m_p->load())) {
-        return false;
+    try {
+        if (!(mode == QIODevice::WriteOnly ? m_p->create() : m_p->load())) {
+            return false;
+        }
+    } catch (...) { // out of a subclass
+        close();
+        throw;
     }
     QStringList names;
     for (const auto& [key, file] : m_p->files.all()) {

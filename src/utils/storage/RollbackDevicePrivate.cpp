@@ -45,16 +45,26 @@ bool RollbackDevice::Private::fail(const Fault& fault) const
     return false;
 }
 
-/// What the check of a journal says is fixed word for word; name and reason go to errorString() alone.
 bool RollbackDevice::Private::failJournal(const Fault& fault) const
 {
-    const auto* const file = qobject_cast<const QFileDevice*>(journal.get());
+    return fail({aboutJournal(fault), {}});
+}
+
+/// What the check of a journal says is fixed word for word; name and reason follow in a line of their own.
+bool RollbackDevice::Private::failCheck(const Fault& fault) const
+{
     LogInfo::error(fault.text);
-    lastError = file ? QStringLiteral("'%0': %1").arg(file->fileName(), fault.whole()) : fault.whole();
+    lastError = aboutJournal(fault);
     if (!fault.reason.isEmpty()) {
         LogInfo::detail(lastError);
     }
     return false;
+}
+
+QString RollbackDevice::Private::aboutJournal(const Fault& fault) const
+{
+    const auto* const file = qobject_cast<const QFileDevice*>(journal.get());
+    return file ? QStringLiteral("'%0': %1").arg(file->fileName(), fault.whole()) : fault.whole();
 }
 
 /// Forgets everything; true when a journal device was held.
@@ -102,7 +112,7 @@ bool RollbackDevice::Private::load()
     if (!whole) {
         const Fault& fault = walker.fault();
         files.clear();
-        return failJournal({fault.text, fault.reason.isEmpty() ? reason : fault.reason});
+        return failCheck({fault.text, fault.reason.isEmpty() ? reason : fault.reason});
     }
     state = State::RollbackOnly;
     if (walker.layout() == journal::Layout::Checksummed && journal->isWritable()) {
@@ -121,7 +131,7 @@ bool RollbackDevice::Private::take(const journal::WalkedFile& walked, IOPtr devi
 {
     if (once) {
         const auto status = io::DeviceIo(*device).status();
-        if (files.keyOf(walked.name) != 0 || (status && files.keyOf(std::make_optional(status->identity)))) {
+        if (status && files.keyOf(std::make_optional(status->identity)) != 0) {
             return false;
         }
     }
@@ -151,7 +161,7 @@ void RollbackDevice::Private::readSalvageable()
     journal::JournalWalker walker(*journal, journal::JournalWalker::Mode::Salvage);
     const bool whole = walker.walk([&](const journal::WalkedFile& file) {
         // Opened at once, so that names which lead nowhere take no memory.
-        IOPtr device = m_device.openFile(file.name);
+        IOPtr device = files.keyOf(file.name) == 0 ? m_device.openFile(file.name) : nullIOPtr();
         all = isUsable(device) && take(file, std::move(device), true) && all;
         return true;
     });

@@ -48,6 +48,8 @@ public:
     bool fail(const Fault& fault) const;
     /// The same for what went wrong with the journal itself, whose name is added.
     bool failJournal(const Fault& fault) const;
+    /// The same for what the check of a journal found.
+    bool failCheck(const Fault& fault) const;
 
     IOPtr journal = nullIOPtr();
     std::optional<journal::JournalWriter> writer;
@@ -64,6 +66,7 @@ public:
     mutable QString lastError;
 
 private:
+    [[nodiscard]] QString aboutJournal(const Fault& fault) const;
     bool reopen(StoredFile& file);
     [[nodiscard]] bool canAppend() const;
     Key append(const QString& name, const QByteArray& storedName, IOPtr device);

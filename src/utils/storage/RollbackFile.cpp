@@ -108,18 +108,17 @@ public:
         return std::make_unique<io::StorageFile>(path, folder->open(native), true);
     }
 
-    /// Takes the journal that the name leads to, with its lock; null with a reason otherwise.
-    std::unique_ptr<io::StorageFile> take(const QString& path, io::JournalOpening opening, QString& reason)
+    /// Takes the journal that the name leads to, with its lock.
+    io::OpenedJournal take(io::JournalOpening opening)
     {
         using Answer = io::OpenedJournal::Answer;
         opening.ownOnly = ownOnly;
-        io::OpenedJournal opened = io::openJournal(path, opening);
+        io::OpenedJournal opened = io::openJournal(journal.absoluteFilePath(), opening);
         state = opened.answer == Answer::InUse     ? JournalState::InUse
                 : opened.answer == Answer::Refused ? JournalState::Unreadable
                                                    : JournalState::Nothing;
         ownerPid = opened.ownerPid;
-        reason = opened.reason;
-        return std::move(opened.file);
+        return opened;
     }
 
     /// Notes what a journal that was refused is.
@@ -171,15 +170,12 @@ JournalRemoval RollbackFile::discard(const QFileInfo& journal)
     RollbackFile owner;
     owner.setJournalInfo(journal);
     const QString path = owner.journalInfo().absoluteFilePath();
-    QString reason;
-    IOPtr file = makeIOPtr(owner.m_p->take(path, {}, reason).release());
-    const bool isJournal = file && contentsOf(*file).journal;
-    if (!isJournal) {
-        if (file) {
-            reason = message::journalIsNone(path);
-        }
+    io::OpenedJournal opened = owner.m_p->take({});
+    IOPtr file = makeIOPtr(opened.file.release());
+    if (!file || !contentsOf(*file).journal) {
+        const QString reason = file ? message::journalIsNone(path) : opened.reason;
         LogInfo::error(reason);
-        return {false, owner.state() != JournalState::Nothing || file, reason};
+        return {false, opened.answer != io::OpenedJournal::Answer::Absent, reason};
     }
     owner.remove(file);
     return owner.RollbackDevice::m_p->removal;
@@ -206,38 +202,47 @@ bool RollbackFile::openByName(const QFileInfo& journal, QIODevice::OpenMode mode
 {
     close();
     setJournalInfo(journal);
-    const bool create = mode == QIODevice::WriteOnly;
-    QString reason;
     // For reading too: this run may have to roll back. Never truncated here: what an old journal holds goes
     // only after the new header stands.
-    auto file =
-        m_p->take(journalInfo().absoluteFilePath(), {create, mode.testFlag(QIODevice::WriteOnly)}, reason);
-    if (!file) {
-        return reportFailure(reason);
+    io::OpenedJournal opened = m_p->take({mode == QIODevice::WriteOnly, mode.testFlag(QIODevice::WriteOnly)});
+    if (!opened.file) {
+        return reportFailure(opened.reason);
     }
-    const bool opened = open(makeIOPtr(file.release()), mode);
-    if (!opened && isOpen()) {
+    const bool created = opened.created;
+    const bool done = open(makeIOPtr(opened.file.release()), mode);
+    if (!done && created) {
+        static_cast<void>(discardStillborn());
+    } else if (!done && isOpen()) {
         m_p->judge(*journalDevice());
     }
-    return opened;
+    return done;
 }
 
 bool RollbackFile::startNew(const QFileInfo& journal)
 {
     close();
     setJournalInfo(journal);
-    const QString path = journalInfo().absoluteFilePath();
-    QString reason;
-    auto file = m_p->take(path, {true}, reason);
-    if (!file) {
-        return reportFailure(reason);
+    io::OpenedJournal opened = m_p->take({true});
+    if (!opened.file) {
+        return reportFailure(opened.reason);
     }
-    if (!contentsOf(*file).idle) {
-        m_p->judge(*file);
+    if (!contentsOf(*opened.file).idle) {
+        m_p->judge(*opened.file);
+        const QString path = journalInfo().absoluteFilePath();
         return reportFailure(m_p->state == JournalState::NeedsRecovery ? message::journalNeedsRecovery(path)
                                                                        : message::journalIsNone(path));
     }
-    return open(makeIOPtr(file.release()), QIODevice::WriteOnly);
+    const bool created = opened.created;
+    return open(makeIOPtr(opened.file.release()), QIODevice::WriteOnly) || (created && discardStillborn());
+}
+
+/// A disk without room for a journal's header shall not keep an empty file. @return false
+bool RollbackFile::discardStillborn()
+{
+    m_p->state = JournalState::Unreadable;
+    io::removeJournal(journalInfo().absoluteFilePath(), journalDevice().get(), {});
+    close();
+    return false;
 }
 
 JournalState RollbackFile::state() const noexcept
@@ -317,39 +322,10 @@ RollbackDevice::Key RollbackFile::addFile(const QFileInfo& file)
 
 void RollbackFile::remove(const IOPtr& device)
 {
-    const QString path = m_p->journal.absoluteFilePath();
-    const platform::NativePath native = io::nativePath(path);
-    JournalRemoval removal;
-    bool emptied = false;
-    bool ours = true;
-    if (device && device->isOpen()) {
-        const io::DeviceIo io(*device);
-        emptied = device->isWritable() && io.resize(0);
-        removal.reason = emptied ? QString() : io.reason();
-        const auto status = io.status();
-        ours = !status || platform::names(native, status->identity);
-        if (!platform::RemovesOpenFiles) {
-            device->close();
-        }
-    }
-    const int error = ours ? platform::fileIo().removeName(native) : 0;
-    if (error != 0 && platform::presenceOf(native) != platform::Presence::Absent) {
-        removal.removed = false;
-        removal.reason = Fault{message::journalNotRemoved(path), qt_error_string(error)}.whole();
-        LogInfo::error(removal.reason);
-        // An empty header opens like any other journal.
-        const auto left = io::StorageFile::open(path, {true, false, true});
-        const QByteArray header = encodeHeader(journal::freshHeader());
-        const io::DeviceIo io(*left);
-        emptied = emptied || (left->isOpen() && io.resize(0));
-        if (left->isOpen() && emptied) {
-            static_cast<void>(io.writeAt(0, header.constData(), header.size()));
-        }
-        removal.effective = !emptied;
-        if (removal.effective) {
-            removal.reason = Fault{message::journalStillEffective(path), removal.reason}.whole();
-            LogInfo::error(removal.reason);
-        }
+    const JournalRemoval removal = io::removeJournal(m_p->journal.absoluteFilePath(), device.get(),
+                                                     encodeHeader(journal::freshHeader()));
+    if (!removal.reason.isEmpty()) {
+        reportFailure(removal.reason);
     }
     reportRemoval(removal);
 }

@@ -104,6 +104,46 @@ OpenedJournal openJournal(const QString& path, JournalOpening opening)
     return refused(Answer::Refused, message::fileReplaced(path));
 }
 
+JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByteArray& empty)
+{
+    const platform::NativePath native = nativePath(path);
+    bool emptied = false;
+    bool ours = true;
+    bool otherNames = false;
+    QString reason;
+    if (device && device->isOpen()) {
+        const DeviceIo io(*device);
+        emptied = device->isWritable() && io.resize(0);
+        reason = io.reason();
+        if (const auto status = io.status()) {
+            ours = platform::names(native, status->identity);
+            otherNames = status->names > 1;
+        }
+        if (!platform::RemovesOpenFiles) {
+            device->close();
+        }
+    }
+    const int error = ours ? platform::fileIo().removeName(native) : 0;
+    const bool removed = error == 0 || platform::presenceOf(native) == platform::Presence::Absent;
+    if (!removed) {
+        const auto left = StorageFile::open(path, {true, false, true});
+        emptied = (left->isOpen() && DeviceIo(*left).resize(0)) || emptied;
+        if (emptied && left->isOpen()) {
+            static_cast<void>(DeviceIo(*left).writeAt(0, empty.constData(), empty.size()));
+        }
+        reason = qt_error_string(error);
+    }
+    JournalRemoval removal;
+    removal.removed = removed;
+    removal.effective = !emptied && (!removed || otherNames);
+    if (removal.effective) {
+        removal.reason = Fault{message::journalStillEffective(path), reason}.whole();
+    } else if (!removed) {
+        removal.reason = Fault{message::journalNotRemoved(path), reason}.whole();
+    }
+    return removal;
+}
+
 bool hideFromOthers(QIODevice& journal, QIODevice& file)
 {
     const auto grants = DeviceIo(journal).status();

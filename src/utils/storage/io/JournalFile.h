@@ -2,6 +2,8 @@
 
 #include "utils/storage/io/StorageFile.h"
 
+#include <veltor/utils/RollbackDevice.h>
+
 #include <QtCore/QString>
 
 #include <memory>
@@ -37,6 +39,10 @@ struct OpenedJournal
 /// Opens the journal at @p path and takes its lock, such that the name still leads to it when it has the
 /// lock.
 [[nodiscard]] OpenedJournal openJournal(const QString& path, JournalOpening opening);
+
+/// Empties a journal through its open device, which gets closed where the system asks for that, then removes
+/// its name if that still leads to it. One whose name cannot be removed is left with the bytes @p empty.
+JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByteArray& empty);
 
 /// Takes from others what they may do with the journal and not with a file that it protects. False when they
 /// could still read the file's bytes in the journal.
