@@ -38,3 +38,17 @@ else()
   pkg_check_modules(LIBDW REQUIRED IMPORTED_TARGET libdw)
   set(VELTOR_SYMBOL_LIBRARY PkgConfig::LIBDW)
 endif()
+
+# The parser of maps, headers only. When cross-compiling, the building machine's are as good, in a folder of
+# their own: beside them lie the headers of that machine's system.
+if(VELTOR_TOOLS)
+  find_path(VELTOR_RAPIDJSON rapidjson/reader.h NO_CMAKE_FIND_ROOT_PATH DOC "The folder that holds rapidjson/")
+  if(NOT VELTOR_RAPIDJSON)
+    message(FATAL_ERROR "RapidJSON is needed for the tool (Debian: rapidjson-dev); -DVELTOR_TOOLS=OFF leaves it out")
+  endif()
+  set(VELTOR_RAPIDJSON_INCLUDE "${VELTOR_RAPIDJSON}")
+  if(CMAKE_CROSSCOMPILING)
+    set(VELTOR_RAPIDJSON_INCLUDE "${PROJECT_BINARY_DIR}/rapidjson")
+    file(COPY "${VELTOR_RAPIDJSON}/rapidjson" DESTINATION "${VELTOR_RAPIDJSON_INCLUDE}")
+  endif()
+endif()

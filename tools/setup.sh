@@ -11,6 +11,7 @@ packages=(
   qtbase5-dev qttools5-dev qttools5-dev-tools
   libproj-dev
   libdw-dev
+  rapidjson-dev
   libgtest-dev libgmock-dev
   python3-dev
 )
@@ -18,7 +19,7 @@ for group in "$@"; do
   case $group in
     bench)
       packages+=(libbenchmark-dev geographiclib-tools libboost-dev libgeographiclib-dev libisal-dev
-        libkf5threadweaver-dev libsqlite3-dev rapidjson-dev)
+        libkf5threadweaver-dev libsqlite3-dev)
       ;;
     ci)
       packages+=(clang-format clang-tidy doxygen graphviz)

@@ -348,6 +348,406 @@ discard keeps the new contents and removes the journal.</translation>
         <source>действие &apos;%1&apos; не знает этого ключа</source>
         <translation>the action &apos;%1&apos; does not know this option</translation>
     </message>
+    <message>
+        <source>стандартный ввод: %1</source>
+        <translation>standard input: %1</translation>
+    </message>
+    <message>
+        <source>--formula: ожидаются через запятую cartesian, spherical, ellipsoid, vincenty, lambert, azimuth, а не &apos;%1&apos;</source>
+        <translation>--formula takes cartesian, spherical, ellipsoid, vincenty, lambert, azimuth, separated by commas, not &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>veltor: строка %1: ожидаются LON1 LAT1 LON2 LAT2 в градусах: %2</source>
+        <translation>veltor: line %1 is not LON1 LAT1 LON2 LAT2 in degrees: %2</translation>
+    </message>
+    <message>
+        <source>veltor: строка %1: рядом с антиподом vincenty и lambert расходятся с ellipsoid больше чем на 100 м (всего таких строк: %2)</source>
+        <translation>veltor: line %1: near the antipode, vincenty and lambert are more than 100 m off the ellipsoid (such lines in all: %2)</translation>
+    </message>
+    <message>
+        <source>большая полуось и обратное сжатие (0 — сфера); без ключа WGS 84</source>
+        <translation>semi-major axis and inverse flattening (0: a sphere); WGS 84 unless given</translation>
+    </message>
+    <message>
+        <source>СПИСОК</source>
+        <translation>LIST</translation>
+    </message>
+    <message>
+        <source>через запятую: cartesian, spherical, ellipsoid, vincenty, lambert, azimuth; без ключа все</source>
+        <translation>separated by commas: cartesian, spherical, ellipsoid, vincenty, lambert, azimuth; all unless given</translation>
+    </message>
+    <message>
+        <source>СЛОВО</source>
+        <translation>WORD</translation>
+    </message>
+    <message>
+        <source>вид вывода: text (так и без ключа), csv, json</source>
+        <translation>the output: text (unless given), csv, json</translation>
+    </message>
+    <message>
+        <source>то же, что --format json: объект в строке, числа со всеми знаками</source>
+        <translation>the same as --format json: an object a line, numbers with all their digits</translation>
+    </message>
+    <message>
+        <source>перед строками — строка с названиями столбцов</source>
+        <translation>a line with the names of the columns before the others</translation>
+    </message>
+    <message>
+        <source>о неверной строке сообщить и читать дальше; код завершения 1</source>
+        <translation>report a line that is none and go on; the exit status is 1</translation>
+    </message>
+    <message>
+        <source>[LON1 LAT1 LON2 LAT2] [КЛЮЧИ...]</source>
+        <translation>[LON1 LAT1 LON2 LAT2] [OPTIONS...]</translation>
+    </message>
+    <message>
+        <source>Расстояния между двумя точками в градусах по всем формулам, в метрах (cartesian — в градусах), и азимут в первой точке. Без координат читает со стандартного ввода по паре в строке, через пробелы или запятые, и печатает по строке на пару. Годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;</source>
+        <translation>Distances between two positions in degrees by every formula, in metres (cartesian: in degrees), and the azimuth at the first one. Without coordinates it reads a pair a line from standard input, separated by blanks or commas, and prints a line for each. Degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;</translation>
+    </message>
+    <message>
+        <source>ожидаются LON1 LAT1 LON2 LAT2 в градусах, а не &apos;%1&apos;</source>
+        <translation>LON1 LAT1 LON2 LAT2 in degrees expected, not &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>--points бывает только у line</source>
+        <translation>only line has --points</translation>
+    </message>
+    <message>
+        <source>veltor: строка %1: ожидаются %2: %3</source>
+        <translation>veltor: line %1 is not %2: %3</translation>
+    </message>
+    <message>
+        <source>direct [LON LAT AZIMUTH DISTANCE] [КЛЮЧИ...]</source>
+        <translation>direct [LON LAT AZIMUTH DISTANCE] [OPTIONS...]</translation>
+    </message>
+    <message>
+        <source>inverse [LON1 LAT1 LON2 LAT2] [КЛЮЧИ...]</source>
+        <translation>inverse [LON1 LAT1 LON2 LAT2] [OPTIONS...]</translation>
+    </message>
+    <message>
+        <source>line [LON1 LAT1 LON2 LAT2] [--points N] [КЛЮЧИ...]</source>
+        <translation>line [LON1 LAT1 LON2 LAT2] [--points N] [OPTIONS...]</translation>
+    </message>
+    <message>
+        <source>Кратчайшие линии на эллипсоиде: куда приведут азимут и расстояние (direct), расстояние и азимуты в обеих точках (inverse), N точек вдоль линии вместе с её концами (line). Градусы и метры; годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;. Без чисел читает их со стандартного ввода, по задаче в строке.</source>
+        <translation>Shortest lines on the ellipsoid: where an azimuth and a distance lead (direct), the distance and the azimuths at both positions (inverse), N points along the line, its ends among them (line). Degrees and metres; degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;. Without numbers it reads them from standard input, a problem a line.</translation>
+    </message>
+    <message>
+        <source>число точек у line; без ключа 11</source>
+        <translation>number of points of line; 11 unless given</translation>
+    </message>
+    <message>
+        <source>долготы вдоль линии без скачка на ±180°</source>
+        <translation>longitudes that follow the line without the jump at ±180°</translation>
+    </message>
+    <message>
+        <source>ожидается direct, inverse или line, а не &apos;%1&apos;</source>
+        <translation>direct, inverse or line expected, not &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>ожидаются %1, а не &apos;%2&apos;</source>
+        <translation>%1 expected, not &apos;%2&apos;</translation>
+    </message>
+    <message>
+        <source>после карты ожидается конец строки или файла</source>
+        <translation>the end of the line or of the file expected</translation>
+    </message>
+    <message>
+        <source>файл пуст</source>
+        <translation>the file is empty</translation>
+    </message>
+    <message>
+        <source>точке нужны два числа</source>
+        <translation>a position needs two numbers</translation>
+    </message>
+    <message>
+        <source>не та вложенность координат для %1</source>
+        <translation>the coordinates are not nested as those of a %1</translation>
+    </message>
+    <message>
+        <source>координаты вложены глубже, чем у MultiPolygon</source>
+        <translation>the coordinates are nested deeper than those of a MultiPolygon</translation>
+    </message>
+    <message>
+        <source>число вне точки</source>
+        <translation>a number outside a position</translation>
+    </message>
+    <message>
+        <source>число %1 слишком велико</source>
+        <translation>the number %1 is too large</translation>
+    </message>
+    <message>
+        <source>широта %1 вне пределов ±90 градусов</source>
+        <translation>latitude %1 is not within ±90 degrees</translation>
+    </message>
+    <message>
+        <source>; координаты на плоскости измеряет --mode cartesian</source>
+        <translation>; --mode cartesian measures coordinates on a plane</translation>
+    </message>
+    <message>
+        <source>точка %1: %2</source>
+        <translation>position %1: %2</translation>
+    </message>
+    <message>
+        <source>ожидается геометрия с type</source>
+        <translation>a geometry with a type expected</translation>
+    </message>
+    <message>
+        <source>неизвестный вид геометрии &apos;%1&apos;</source>
+        <translation>unknown kind of geometry &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>у GeometryCollection нет списка geometries</source>
+        <translation>a GeometryCollection without a list of geometries</translation>
+    </message>
+    <message>
+        <source>у %1 нет списка coordinates</source>
+        <translation>a %1 without a list of coordinates</translation>
+    </message>
+    <message>
+        <source>строка %1, смещение %2: </source>
+        <translation>line %1, offset %2: </translation>
+    </message>
+    <message>
+        <source>текст JSON обрывается</source>
+        <translation>the JSON text ends too early</translation>
+    </message>
+    <message>
+        <source>ожидается имя члена объекта в кавычках</source>
+        <translation>the name of a member expected, between quotes</translation>
+    </message>
+    <message>
+        <source>ожидается двоеточие</source>
+        <translation>a colon expected</translation>
+    </message>
+    <message>
+        <source>ожидается запятая или }</source>
+        <translation>a comma or } expected</translation>
+    </message>
+    <message>
+        <source>ожидается запятая или ]</source>
+        <translation>a comma or ] expected</translation>
+    </message>
+    <message>
+        <source>недопустимый символ или \ в строке</source>
+        <translation>an illegal character or \ in a string</translation>
+    </message>
+    <message>
+        <source>половина суррогатной пары в строке</source>
+        <translation>half of a surrogate pair in a string</translation>
+    </message>
+    <message>
+        <source>строка не закрыта</source>
+        <translation>a string is not closed</translation>
+    </message>
+    <message>
+        <source>строка не в UTF-8</source>
+        <translation>a string is not in UTF-8</translation>
+    </message>
+    <message>
+        <source>число слишком велико</source>
+        <translation>the number is too large</translation>
+    </message>
+    <message>
+        <source>в числе не хватает цифр</source>
+        <translation>digits are missing in a number</translation>
+    </message>
+    <message>
+        <source>недопустимое значение</source>
+        <translation>an illegal value</translation>
+    </message>
+    <message>
+        <source>не читается: %1</source>
+        <translation>cannot be read: %1</translation>
+    </message>
+    <message>
+        <source>прямая и обратная геодезические задачи, точки вдоль линии</source>
+        <translation>direct and inverse geodesic problem, points along a line</translation>
+    </message>
+    <message>
+        <source>ожидается Feature, а не &apos;%1&apos;</source>
+        <translation>a Feature expected, not &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>неизвестный вид &apos;%1&apos;</source>
+        <translation>unknown type &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>это не карта: ожидается объект</source>
+        <translation>this is no map: an object expected</translation>
+    </message>
+    <message>
+        <source>ожидается объект</source>
+        <translation>an object expected</translation>
+    </message>
+    <message>
+        <source>type должен быть строкой</source>
+        <translation>the type must be a string</translation>
+    </message>
+    <message>
+        <source>ожидается список</source>
+        <translation>a list expected</translation>
+    </message>
+    <message>
+        <source>вложенность больше %1</source>
+        <translation>nested deeper than %1</translation>
+    </message>
+    <message>
+        <source>ожидается Feature, а не объект без type</source>
+        <translation>a Feature expected, not an object without a type</translation>
+    </message>
+    <message>
+        <source>это не карта: ожидается объект с type</source>
+        <translation>this is no map: an object with a type expected</translation>
+    </message>
+    <message>
+        <source>features бывает только у FeatureCollection</source>
+        <translation>only a FeatureCollection has features</translation>
+    </message>
+    <message>
+        <source>у FeatureCollection нет списка features</source>
+        <translation>a list of features expected in a FeatureCollection</translation>
+    </message>
+    <message>
+        <source>широта чуть дальше полюса взята за полюс</source>
+        <translation>a latitude a hair beyond the pole is taken for it</translation>
+    </message>
+    <message>
+        <source>объект %1 (%2): </source>
+        <translation>feature %1 (%2): </translation>
+    </message>
+    <message>
+        <source>объект без геометрии</source>
+        <translation>a feature without geometry</translation>
+    </message>
+    <message>
+        <source>%1 не измеряется</source>
+        <translation>%1 is not measured</translation>
+    </message>
+    <message>
+        <source>прочитано %1 МБ</source>
+        <translation>%1 MB read</translation>
+    </message>
+    <message>
+        <source>[%1] %2 из %3 МБ</source>
+        <translation>[%1] %2 of %3 MB</translation>
+    </message>
+    <message>
+        <source>ФАЙЛ.geojson [КЛЮЧИ...]</source>
+        <translation>FILE.geojson [OPTIONS...]</translation>
+    </message>
+    <message>
+        <source>Площади и периметры многоугольников и длины линий карты GeoJSON, и их суммы. Файл любой величины читается потоком; - — стандартный ввод; годятся и объекты по одному в строке, и последовательность RFC 8142.</source>
+        <translation>Areas and perimeters of the polygons and lengths of the lines of a GeoJSON map, and the totals. A file of any size is read as a stream; - is standard input; one feature a line and sequences of RFC 8142 will do as well.</translation>
+    </message>
+    <message>
+        <source>Метры и квадратные метры, если не задано иное; с --mode cartesian единица файла.</source>
+        <translation>Metres and square metres unless told otherwise; with --mode cartesian the unit of the file.</translation>
+    </message>
+    <message>
+        <source>стандартный ввод</source>
+        <translation>standard input</translation>
+    </message>
+    <message>
+        <source>--mode: ожидается одно из %1, а не &apos;%2&apos;</source>
+        <translation>--mode takes one of %1, not &apos;%2&apos;</translation>
+    </message>
+    <message>
+        <source>--%1 не имеет смысла на плоскости</source>
+        <translation>--%1 has no meaning on the plane</translation>
+    </message>
+    <message>
+        <source>поверхность: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default и &apos;&apos; — эллипсоид</source>
+        <translation>the surface: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default and &apos;&apos; are the ellipsoid</translation>
+    </message>
+    <message>
+        <source>что соединяет точки: geodesic — кратчайшие линии (так и без ключа), straight — прямые по долготе и широте, как в RFC 7946</source>
+        <translation>what joins positions: geodesic, the shortest lines (unless given); straight, lines straight in longitude and latitude, as in RFC 7946</translation>
+    </message>
+    <message>
+        <source>большая полуось и обратное сжатие (0 — сфера); без ключа WGS 84, для сферы радиус 6370997</source>
+        <translation>semi-major axis and inverse flattening (0: a sphere); WGS 84 unless given, for a sphere the radius 6370997</translation>
+    </message>
+    <message>
+        <source>СВОЙСТВО</source>
+        <translation>PROPERTY</translation>
+    </message>
+    <message>
+        <source>свойство с именем объекта; без ключа name или NAME; иначе id или номер</source>
+        <translation>the property with a feature&apos;s name; name or NAME unless given; else the id or the number</translation>
+    </message>
+    <message>
+        <source>N объектов наибольшей площади, затем длины, в этом порядке</source>
+        <translation>the N features of the largest area, then length, in this order</translation>
+    </message>
+    <message>
+        <source>порядок: name, area, perimeter, length; числа по убыванию</source>
+        <translation>the order: name, area, perimeter, length; numbers from the largest</translation>
+    </message>
+    <message>
+        <source>вид вывода: table (так и без ключа), csv, json, geojson</source>
+        <translation>the output: table (unless given), csv, json, geojson</translation>
+    </message>
+    <message>
+        <source>единица: m, km, ha (длины в m), mi, nmi, ft; без ключа m, в таблице больших объектов km</source>
+        <translation>the unit: m, km, ha (lengths in m), mi, nmi, ft; m unless given, km in a table of large features</translation>
+    </message>
+    <message>
+        <source>знаков после точки; без ключа в таблице 3, иначе все</source>
+        <translation>digits behind the point; unless given 3 in a table, else all</translation>
+    </message>
+    <message>
+        <source>то же, что --format json</source>
+        <translation>the same as --format json</translation>
+    </message>
+    <message>
+        <source>вид текста JSON: compact, squeeze, indented (так и без ключа), unindented, brackets-indented, comma-first, delimited; включает --json</source>
+        <translation>layout of the JSON text: compact, squeeze, indented (unless given), unindented, brackets-indented, comma-first, delimited; implies --json</translation>
+    </message>
+    <message>
+        <source>концы строк JSON и CSV: lf, crlf, cr; без ключа lf, в CSV crlf; включает --json, если нет --format</source>
+        <translation>line ends of JSON and CSV: lf, crlf, cr; unless given lf, in CSV crlf; implies --json without --format</translation>
+    </message>
+    <message>
+        <source>--json и --layout не сочетаются с --format %1</source>
+        <translation>--json and --layout do not go with --format %1</translation>
+    </message>
+    <message>
+        <source>имя</source>
+        <translation>name</translation>
+    </message>
+    <message>
+        <source>площадь</source>
+        <translation>area</translation>
+    </message>
+    <message>
+        <source>периметр</source>
+        <translation>perimeter</translation>
+    </message>
+    <message>
+        <source>длина</source>
+        <translation>length</translation>
+    </message>
+    <message>
+        <source>всего объектов: %1</source>
+        <translation>total of %1</translation>
+    </message>
+    <message>
+        <source>объект %1 (%2)</source>
+        <translation>feature %1 (%2)</translation>
+    </message>
+    <message>
+        <source> (всего таких объектов: %1)</source>
+        <translation> (such features in all: %1)</translation>
+    </message>
+    <message>
+        <source>ненадёжно: рядом с антиподом</source>
+        <translation>unreliable: near the antipode</translation>
+    </message>
+    <message>
+        <source>дыры больше многоугольника; его площадь взята за 0</source>
+        <translation>the holes are larger than the polygon, whose area is taken for 0</translation>
+    </message>
 </context>
 <context>
     <name>veltor::concurrent::ProgressHandler</name>

@@ -85,7 +85,7 @@ TEST(MeasureTool, BadFilesAreRefusedWithThePlace)
         {R"({"type": "FeatureCollection", "features": [{"type": "Feature", "properties": {"name": "A"},
              "geometry": {"type": "MultiPolygon", "coordinates": [[[[0, "x"]]]]}}]})",
          "feature 1 (A): position 1: a position needs two numbers"},
-        {"[]", "feature 1"},
+        {"[]", "line 1, offset 0: this is no map"},
     };
     for (const auto& [text, error] : rows) {
         const Outcome outcome = measureText("measure", text);

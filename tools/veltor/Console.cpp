@@ -6,6 +6,7 @@
 #include "JsonText.h"
 #include "Language.h"
 #include "Terminal.h"
+#include "TerminalText.h"
 #include "Text.h"
 
 #include <veltor/json/JsonFormatter.h>
@@ -57,6 +58,22 @@ void print(const QString& text)
 {
     const QByteArray bytes = text.toUtf8();
     print(std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+}
+
+void printData(std::string_view utf8)
+{
+    static const bool isTerminal = terminal::isTerminal(stdout);
+    if (isTerminal) {
+        print(shownJson(QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()))));
+    } else {
+        print(utf8);
+    }
+}
+
+bool hasColours()
+{
+    return terminal::isTerminal(stdout) && terminal::takesColours() &&
+           qEnvironmentVariableIsEmpty("NO_COLOR");
 }
 
 void finishOutput()

@@ -32,6 +32,10 @@ void print(const QString& text);
 void print(std::string_view utf8);
 /// @}
 
+/// Data with texts from outside to standard output, unchanged but on a terminal, which would obey some of it.
+/// @throws OutputError
+void printData(std::string_view utf8);
+
 /// Writes what was collected, and closes standard output: called once, by main().
 /// @throws OutputError
 void finishOutput();
@@ -47,6 +51,9 @@ void printProgress(const QString& line);
 
 /// True when standard error is a terminal, where a progress line makes sense.
 [[nodiscard]] bool hasTerminal();
+
+/// True when standard output is a terminal that takes the sequences for colours, and NO_COLOR is not set.
+[[nodiscard]] bool hasColours();
 
 /// From now on an interrupt from the keyboard ends the process with Interrupted, unless it was started with
 /// interrupts ignored.

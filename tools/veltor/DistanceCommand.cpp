@@ -1,190 +1,236 @@
+// veltor distance: pairs of positions measured by every formula.
+
+#include "Arguments.h"
 #include "Command.h"
-#include "MeasureOptions.h"
+#include "Coordinates.h"
+#include "Ellipsoid.h"
+#include "Records.h"
+#include "TerminalText.h"
+#include "Text.h"
 
 #include <veltor/utils/Distance.h>
 
 #include <array>
-#include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <optional>
-#include <string>
-#include <string_view>
 
 namespace veltor::tool {
 namespace {
 
-constexpr auto usage =
-    "Usage: veltor distance [LON1 LAT1 LON2 LAT2] [--ellipsoid A,RF] [--json]\n\n"
-    "Distances between two positions in degrees by every formula, in metres (cartesian: in degrees), and\n"
-    "the azimuth at the first one. Without coordinates it reads a pair a line from standard input,\n"
-    "separated by blanks or commas, and prints a line for each, the values in the order\n"
-    "  cartesian spherical ellipsoid vincenty lambert azimuth\n"
-    "--json prints an object for each pair, with 17 significant digits. The ellipsoid is WGS 84 unless\n"
-    "its semi-major axis and inverse flattening are given (an inverse flattening of 0 is a sphere).\n";
-
-constexpr size_t formulas = 6;
-constexpr std::array<std::string_view, formulas> names{"cartesian", "spherical", "ellipsoid",
-                                                       "vincenty",  "lambert",   "azimuth"};
-
-using Pair = std::array<double, 4>;
-
-std::array<double, formulas> measure(const Pair& pair, const Ellipsoid& e)
+enum Formula : unsigned
 {
-    const QPointF p1(pair[0], pair[1]);
-    const QPointF p2(pair[2], pair[3]);
-    const auto [distance, azimuth] = utils::backGeodesicProblem(p1, p2, e.a, e.rf);
-    return {utils::cartesianDistance(p1, p2),           utils::sphericalDistance(p1, p2),          distance,
-            utils::vincentyDistance(p1, p2, e.a, e.rf), utils::lambertDistance(p1, p2, e.a, e.rf), azimuth};
-}
+    Cartesian,
+    Spherical,
+    Geodesic,
+    Vincenty,
+    Lambert,
+    Azimuth,
+    FormulaCount
+};
 
-template <typename... Format>
-void append(std::string& text, double value, Format... format)
-{
-    std::array<char, 400> digits; // the longest fixed double has 309 before the point
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value, format...);
-    text.append(digits.data(), result.ptr);
-}
+constexpr std::array<std::string_view, FormulaCount> names{"cartesian", "spherical", "ellipsoid",
+                                                           "vincenty",  "lambert",   "azimuth"};
 
-void appendValue(std::string& text, size_t formula, double value)
+struct Pair
 {
-    const bool isAngle = formula == 0 || formula == formulas - 1;
-    append(text, value, std::chars_format::fixed, isAngle ? 9 : 4);
-}
+    QPointF from, to;
+};
 
-/// By hand: the numbers of the library's JSON writer have 15 significant digits, these take 17.
-void appendJson(std::string& text, const std::array<double, formulas>& values)
+class Measurer
 {
-    for (size_t i = 0; i < formulas; ++i) {
-        text += i == 0 ? "{\"" : ",\"";
-        text += names[i];
-        text += "\":";
-        if (std::isfinite(values[i])) {
-            append(text, values[i], std::chars_format::general, 17);
-        } else {
-            text += "null";
+public:
+    Measurer(std::vector<Formula> formulas, const Ellipsoid& ellipsoid)
+        : m_formulas(std::move(formulas))
+        , m_ellipsoid(ellipsoid)
+    {}
+
+    void measure(const Pair& pair)
+    {
+        fields.clear();
+        doubtful.clear();
+        double distance = NAN;
+        double azimuth = NAN;
+        for (const Formula formula : m_formulas) {
+            if ((formula == Geodesic || formula == Azimuth) && std::isnan(distance)) {
+                std::tie(distance, azimuth) =
+                    utils::backGeodesicProblem(pair.from, pair.to, m_ellipsoid.a, m_ellipsoid.rf);
+            }
+            const bool isAngle = formula == Cartesian || formula == Azimuth;
+            const double value = formula == Geodesic  ? distance
+                                 : formula == Azimuth ? azimuth
+                                                      : by(formula, pair);
+            fields.push_back({names[formula], value, isAngle ? 9 : 4});
+        }
+        findDoubtful(pair, distance);
+    }
+
+    std::vector<Field> fields;
+    std::vector<std::string_view> doubtful;
+
+private:
+    [[nodiscard]] double by(Formula formula, const Pair& pair) const
+    {
+        const auto& [from, to] = pair;
+        switch (formula) {
+        case Cartesian:
+            return utils::cartesianDistance(from, to);
+        case Spherical:
+            return utils::sphericalDistance(from, to);
+        case Vincenty:
+            return utils::vincentyDistance(from, to, m_ellipsoid.a, m_ellipsoid.rf);
+        default:
+            return utils::lambertDistance(from, to, m_ellipsoid.a, m_ellipsoid.rf);
         }
     }
-    text += "}\n";
-}
 
-void appendLine(std::string& text, const std::array<double, formulas>& values)
-{
-    for (size_t i = 0; i < formulas; ++i) {
-        appendValue(text, i, values[i]);
-        text += i + 1 < formulas ? ' ' : '\n';
-    }
-}
-
-void appendList(std::string& text, const std::array<double, formulas>& values)
-{
-    for (size_t i = 0; i < formulas; ++i) {
-        std::string value;
-        appendValue(value, i, values[i]);
-        text += names[i];
-        text.append(11 - names[i].size(), ' ');
-        // Points stand below each other: angles have five digits more behind theirs.
-        const size_t width = i == 0 || i == formulas - 1 ? 22 : 17;
-        text.append(value.size() < width ? width - value.size() : 0, ' ');
-        text += value;
-        text += '\n';
-    }
-}
-
-bool isSeparator(char c)
-{
-    return c == ' ' || c == '\t' || c == ',' || c == '\r' || c == '\n';
-}
-
-/// Four numbers with two latitudes among them, or nothing.
-std::optional<Pair> parsePair(std::string_view line)
-{
-    Pair pair{};
-    const char* at = line.data();
-    const char* const end = at + line.size();
-    for (double& number : pair) {
-        while (at != end && isSeparator(*at)) {
-            ++at;
+    /// Near the antipode some formulas are tens of kilometres off, which only the geodesic tells.
+    void findDoubtful(const Pair& pair, double distance)
+    {
+        constexpr double farAway = 15e6; // metres on the library's sphere
+        constexpr double far = 100;      // metres between a formula and the geodesic
+        if (!(utils::sphericalDistance(pair.from, pair.to) > farAway)) {
+            return;
         }
-        if (at != end && *at == '+') {
-            ++at;
+        if (std::isnan(distance)) {
+            distance = utils::ellipsoidDistance(pair.from, pair.to, m_ellipsoid.a, m_ellipsoid.rf);
         }
-        const auto [next, error] = std::from_chars(at, end, number);
-        if (error != std::errc() || !std::isfinite(number) || (next != end && !isSeparator(*next))) {
-            return std::nullopt;
+        for (const Field& field : fields) {
+            const bool isMarked = field.name == names[Vincenty] || field.name == names[Lambert];
+            if (isMarked && !(std::fabs(field.value - distance) <= far)) {
+                doubtful.push_back(field.name);
+            }
         }
-        at = next;
     }
-    while (at != end && isSeparator(*at)) {
-        ++at;
+
+    std::vector<Formula> m_formulas;
+    Ellipsoid m_ellipsoid;
+};
+
+std::vector<Formula> parseFormulas(const QString& text)
+{
+    std::vector<Formula> formulas;
+    const QStringList words = text.split(QLatin1Char(','));
+    for (const QString& word : words) {
+        const auto name = std::find(names.begin(), names.end(), word.toStdString());
+        if (name == names.end()) {
+            throw UsageError(Text::tr("--formula: ожидаются через запятую cartesian, spherical, ellipsoid, "
+                                      "vincenty, lambert, azimuth, а не '%1'")
+                                 .arg(shownLine(word)));
+        }
+        formulas.push_back(static_cast<Formula>(name - names.begin()));
     }
-    const bool complete = at == end && std::fabs(pair[1]) <= 90 && std::fabs(pair[3]) <= 90;
-    return complete ? std::optional(pair) : std::nullopt;
+    return formulas;
 }
 
-bool isBlank(std::string_view line)
+std::optional<Pair> parsePair(const std::vector<std::string_view>& words)
 {
-    return line.find_first_not_of(" \t\r\n") == std::string_view::npos;
+    if (words.size() != 4) {
+        return std::nullopt;
+    }
+    const std::optional<QPointF> from = parsePosition(words[0], words[1]);
+    const std::optional<QPointF> to = parsePosition(words[2], words[3]);
+    return from && to ? std::optional(Pair{*from, *to}) : std::nullopt;
 }
 
-/// fgets() and not a stream: this loop is to keep up with millions of lines, and standard output is still
-/// flushed line by line when both ends are a terminal.
-int measureLines(const MeasureOptions& options)
+int measureLines(Measurer& measurer, Records& records, bool goesOn)
 {
-    std::array<char, 4096> line;
-    std::string text;
-    for (qint64 number = 1; std::fgets(line.data(), static_cast<int>(line.size()), stdin) != nullptr;
-         ++number) {
-        const std::string_view words(line.data());
-        if (isBlank(words)) {
+    std::string line;
+    std::vector<std::string_view> words;
+    qint64 doubtfulLines = 0;
+    qint64 firstDoubtful = 0;
+    int code = Done;
+    for (qint64 number = 1; readLine(line); ++number) {
+        splitWords(line, words);
+        if (words.empty()) {
             continue;
         }
         const std::optional<Pair> pair = parsePair(words);
         if (!pair) {
-            std::fflush(stdout);
-            printError(QStringLiteral("veltor: line %1 is not LON1 LAT1 LON2 LAT2 in degrees: %2")
+            constexpr std::size_t shownBytes = 200;
+            const QString shown = shownLine(QString::fromStdString(line.substr(0, shownBytes)).trimmed());
+            printError(Text::tr("veltor: строка %1: ожидаются LON1 LAT1 LON2 LAT2 в градусах: %2")
                            .arg(number)
-                           .arg(QString::fromUtf8(line.data()).trimmed()));
-            return Failed;
+                           .arg(shown));
+            code = Failed;
+            if (!goesOn) {
+                return code;
+            }
+            continue;
         }
-        text.clear();
-        (options.json ? appendJson : appendLine)(text, measure(*pair, options.ellipsoid));
-        if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
-            throw std::runtime_error("standard output cannot be written");
+        measurer.measure(*pair);
+        records.add(measurer.fields, measurer.doubtful);
+        if (!measurer.doubtful.empty() && ++doubtfulLines == 1) {
+            firstDoubtful = number;
         }
     }
-    if (std::ferror(stdin) != 0) {
-        throw std::runtime_error("standard input cannot be read");
+    if (doubtfulLines > 0) {
+        printError(Text::tr("veltor: строка %1: рядом с антиподом vincenty и lambert расходятся с ellipsoid "
+                            "больше чем на 100 м (всего таких строк: %2)")
+                       .arg(firstDoubtful)
+                       .arg(doubtfulLines));
     }
-    return std::fflush(stdout) == 0 ? Done : Failed;
+    return code;
+}
+
+void declareOptions(Arguments& arguments)
+{
+    arguments.addOption("ellipsoid", QStringLiteral("A,RF"),
+                        Text::tr("большая полуось и обратное сжатие (0 — сфера); без ключа WGS 84"));
+    arguments.addOption(
+        "formula", Text::tr("СПИСОК"),
+        Text::tr("через запятую: cartesian, spherical, ellipsoid, vincenty, lambert, azimuth; "
+                 "без ключа все"));
+    arguments.addOption("format", Text::tr("СЛОВО"),
+                        Text::tr("вид вывода: text (так и без ключа), csv, json"));
+    arguments.addFlag("json", Text::tr("то же, что --format json: объект в строке, числа со всеми знаками"));
+    arguments.addFlag("header", Text::tr("перед строками — строка с названиями столбцов"));
+    arguments.addFlag("continue", Text::tr("о неверной строке сообщить и читать дальше; код завершения 1"));
 }
 
 } // namespace
 
 int runDistance(const QStringList& words)
 {
-    Arguments arguments(QStringLiteral("distance"), {QString()}, QString::fromUtf8(usage));
-    arguments.addOption("ellipsoid", QStringLiteral("A,RF"), QString());
-    arguments.addFlag("json", QString());
+    Arguments arguments(QStringLiteral("distance"), {Text::tr("[LON1 LAT1 LON2 LAT2] [КЛЮЧИ...]")},
+                        Text::tr("Расстояния между двумя точками в градусах по всем формулам, в метрах "
+                                 "(cartesian — в градусах), и азимут в первой точке. Без координат читает со "
+                                 "стандартного ввода по паре в строке, через пробелы или запятые, и печатает "
+                                 "по строке на пару. Годятся и градусы, минуты и секунды: 37°37'4.8\""));
+    declareOptions(arguments);
     if (!arguments.parse(words)) {
         return Done;
     }
-    MeasureOptions options;
-    options.json = arguments.isSet("json");
-    if (arguments.isSet("ellipsoid")) {
-        options.ellipsoid = parseEllipsoid(arguments.value("ellipsoid"));
+    constexpr std::array formats{Named<RecordFormat>{"text", RecordFormat::Text},
+                                 Named<RecordFormat>{"csv", RecordFormat::Csv},
+                                 Named<RecordFormat>{"json", RecordFormat::Json}};
+    const RecordFormat format = arguments.choice(
+        "format", formats, arguments.isSet("json") ? RecordFormat::Json : RecordFormat::Text);
+    const std::vector<Formula> formulas =
+        parseFormulas(arguments.isSet("formula")
+                          ? arguments.value("formula")
+                          : QStringLiteral("cartesian,spherical,ellipsoid,vincenty,lambert,azimuth"));
+    const Ellipsoid ellipsoid =
+        arguments.isSet("ellipsoid") ? parseEllipsoid(arguments.value("ellipsoid")) : Ellipsoid();
+    std::vector<std::string_view> columns;
+    for (const Formula formula : formulas) {
+        columns.push_back(names[formula]);
     }
+    columns.emplace_back("doubtful");
+    Measurer measurer(formulas, ellipsoid);
+    Records records(format, columns, arguments.isSet("header"));
     if (arguments.words().isEmpty()) {
-        return measureLines(options);
+        return measureLines(measurer, records, arguments.isSet("continue"));
     }
     arguments.expectWords(4, 4);
-    const std::optional<Pair> pair = parsePair(arguments.words().join(QLatin1Char(' ')).toStdString());
+    const std::string line = arguments.words().join(QLatin1Char(' ')).toStdString();
+    std::vector<std::string_view> parts;
+    splitWords(line, parts);
+    const std::optional<Pair> pair = parsePair(parts);
     if (!pair) {
-        throw UsageError(QStringLiteral("no"));
+        throw UsageError(Text::tr("ожидаются LON1 LAT1 LON2 LAT2 в градусах, а не '%1'")
+                             .arg(shownLine(QString::fromStdString(line))));
     }
-    std::string text;
-    (options.json ? appendJson : appendList)(text, measure(*pair, options.ellipsoid));
-    print(QString::fromStdString(text));
+    measurer.measure(*pair);
+    records.addList(measurer.fields, measurer.doubtful);
     return Done;
 }
 

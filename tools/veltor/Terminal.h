@@ -13,6 +13,9 @@ void prepareStreams();
 /// True when @p stream leads to a person's terminal.
 [[nodiscard]] bool isTerminal(std::FILE* stream);
 
+/// True when the terminals of this system show the sequences for colours.
+[[nodiscard]] bool takesColours();
+
 /// Writes UTF-8 text to a stream, on a Windows console in its own characters whatever the code page is.
 /// @return 0, or the number of the system's error
 int put(std::FILE* stream, const std::string& text);

@@ -6,6 +6,7 @@
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -38,6 +39,12 @@ void prepareStreams()
 bool isTerminal(std::FILE* stream)
 {
     return ::isatty(::fileno(stream)) != 0;
+}
+
+bool takesColours()
+{
+    const char* const kind = std::getenv("TERM");
+    return kind != nullptr && std::strcmp(kind, "dumb") != 0;
 }
 
 int put(std::FILE* stream, const std::string& text)

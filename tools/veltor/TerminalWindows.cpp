@@ -50,6 +50,11 @@ bool isTerminal(std::FILE* stream)
     return GetConsoleMode(handleOf(stream), &mode) != 0;
 }
 
+bool takesColours()
+{
+    return false; // older consoles show the sequences themselves
+}
+
 int put(std::FILE* stream, const std::string& text)
 {
     errno = 0;

@@ -22,6 +22,8 @@ namespace {
 constexpr Command commands[] = {
     {"distance", QT_TRANSLATE_NOOP("veltor", "расстояния между двумя точками по всем формулам"),
      &runDistance},
+    {"geodesic", QT_TRANSLATE_NOOP("veltor", "прямая и обратная геодезические задачи, точки вдоль линии"),
+     &runGeodesic},
     {"journal", QT_TRANSLATE_NOOP("veltor", "показать журнал отката, откатить, исправить, убрать"),
      &runJournal},
     {"measure", QT_TRANSLATE_NOOP("veltor", "площади, периметры и длины объектов карты GeoJSON"),

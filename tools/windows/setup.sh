@@ -47,7 +47,7 @@ fetched() {
 
 tools() {
   local package missing=()
-  for package in g++-mingw-w64-i686-posix mmdebstrap arch-test cmake ninja-build googletest \
+  for package in g++-mingw-w64-i686-posix mmdebstrap arch-test cmake ninja-build googletest rapidjson-dev \
     make g++ perl python3 xz-utils dpkg-dev ca-certificates debian-archive-keyring; do
     dpkg-query -W -f '${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
   done

@@ -5,6 +5,7 @@
 #include "utils/text/LocaleText.h"
 #include "utils/text/NeutralText.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -163,10 +164,23 @@ QString separateThousands(QString text, QChar point, QChar separator, int first)
 {
     const int pointIndex = point.isNull() ? -1 : text.indexOf(point);
     const int end = pointIndex < 0 ? text.size() : pointIndex;
-    for (int position = end - 3; position > first; position -= 3) {
-        text.insert(position, separator);
+    // From the left and into a new text: inserting from the right moves the digits again and again.
+    const int lowest = std::max(first, 0);
+    const int groups = std::max(end - lowest - 1, 0) / 3;
+    const int leading = end - groups * 3;
+    QString grouped;
+    grouped.reserve(text.size() + groups);
+    grouped.append(text.constData(), leading);
+    for (int position = leading; position < end; position += 3) {
+        grouped += separator;
+        grouped.append(text.constData() + position, 3);
     }
-    return text;
+    grouped.append(text.constData() + end, text.size() - end);
+    // Places at and before the beginning, which insert() counts from the end.
+    for (int position = leading - 3; position > first; position -= 3) {
+        grouped.insert(position, separator);
+    }
+    return grouped;
 }
 
 QString separateDouble(double x, QLocale locale)

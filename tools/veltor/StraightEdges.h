@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Ellipsoid.h"
+#include "MapFeature.h"
+
+#include <utility>
+
+namespace veltor::tool {
+
+/// Lines that are straight in longitude and latitude, as RFC 7946 has them between two positions, on the
+/// sphere or the ellipsoid. Nothing is unrolled: from 179 to -179 the line goes the long way.
+///
+/// Along an edge the latitude is a linear function of the longitude; the area between it and the equator is
+/// the integral of the authalic function over the longitude, its length that of the line element, both by
+/// Gauss's rule of five points on pieces of at most two degrees of latitude (of two points to a tenth).
+/// Source of the integrands: C. F. F. Karney, Geodesics on an ellipsoid of revolution (2011), section 15; J.
+/// P. Snyder, Map Projections (1987), equations 3-12 and 4-24.
+class StraightEdges
+{
+public:
+    explicit StraightEdges(const Ellipsoid& ellipsoid);
+
+    /// Of the whole surface.
+    [[nodiscard]] double area() const;
+    /// (area, perimeter) of the region that the ring encloses as drawn.
+    [[nodiscard]] std::pair<double, double> ring(const Ring& ring) const;
+    [[nodiscard]] double length(const Ring& line) const;
+
+private:
+    struct Edge
+    {
+        double area;
+        double length;
+    };
+    template <typename Nodes>
+    [[nodiscard]] Edge integral(const Nodes& nodes, double from, double dLatitude, double dLongitude) const;
+    [[nodiscard]] Edge edge(QPointF from, QPointF to) const;
+    [[nodiscard]] double zone(double sinLatitude) const;
+    [[nodiscard]] double element(double sinLatitude, double cosLatitude, double dLatitude,
+                                 double dLongitude) const;
+
+    double m_a;
+    double m_e2;        // first eccentricity squared, negative for a prolate ellipsoid
+    double m_halfPolar; // half of the polar semi-axis squared
+};
+
+} // namespace veltor::tool
