@@ -31,7 +31,10 @@ _veltor()
             journal,*)
                 if [[ $cur == -* ]]; then
                     words="--help"
-                    [[ ${COMP_WORDS[2]} == show ]] && words+=" --json"
+                    case ${COMP_WORDS[2]} in
+                        show) words+=" --json" ;;
+                        rollback | repair) words+=" --anywhere" ;;
+                    esac
                 fi
                 ;;
         esac

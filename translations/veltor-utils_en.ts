@@ -40,7 +40,7 @@
     </message>
     <message>
         <source>Задача &apos;%1&apos; не может быть частью группы: у неё есть владелец, она живёт в другом потоке или уже запущена</source>
-        <translation>The task &apos;%1&apos; cannot be a part of the group: it has an owner, lives in another thread or was started before</translation>
+        <translation>The task '%1' cannot be a part of the group: it has an owner, lives in another thread or was started before</translation>
     </message>
     <message>
         <source>Группа задач уже запущена</source>
@@ -379,19 +379,19 @@
     </message>
     <message>
         <source>после &apos;%1&apos; не хватает аргументов</source>
-        <translation>arguments are missing after '%1'</translation>
+        <translation>arguments are missing after &apos;%1&apos;</translation>
     </message>
     <message>
         <source>лишний аргумент &apos;%1&apos;</source>
-        <translation>unexpected argument '%1'</translation>
+        <translation>unexpected argument &apos;%1&apos;</translation>
     </message>
     <message>
         <source>--%1: ожидается целое число от %2 до %3, а не &apos;%4&apos;</source>
-        <translation>--%1 takes a whole number from %2 to %3, not '%4'</translation>
+        <translation>--%1 takes a whole number from %2 to %3, not &apos;%4&apos;</translation>
     </message>
     <message>
         <source>--%1: ожидается одно из %2, а не &apos;%3&apos;</source>
-        <translation>--%1 takes one of %2, not '%3'</translation>
+        <translation>--%1 takes one of %2, not &apos;%3&apos;</translation>
     </message>
     <message>
         <source>Вызов: </source>
@@ -410,60 +410,238 @@
         <translation>veltor: interrupted</translation>
     </message>
     <message>
+        <source>--ellipsoid: ожидаются большая полуось в метрах и обратное сжатие, например 6378137,298.257223563 (0 — сфера), а не &apos;%1&apos;</source>
+        <translation>--ellipsoid takes the semi-major axis in metres and the inverse flattening, as in 6378137,298.257223563 (0: a sphere), not &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>нет такого ключа: &apos;%1&apos;</source>
+        <translation>there is no option &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>нет таких ключей: %1</source>
+        <translation>there are no options %1</translation>
+    </message>
+    <message>
+        <source>не задано значение ключа &apos;%1&apos;</source>
+        <translation>a value is missing after &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>у ключа &apos;%1&apos; не бывает значения</source>
+        <translation>&apos;%1&apos; takes no value</translation>
+    </message>
+    <message>
+        <source>нет прав доступа</source>
+        <translation>permission denied</translation>
+    </message>
+    <message>
+        <source>открыто слишком много файлов</source>
+        <translation>too many open files</translation>
+    </message>
+    <message>
+        <source>нет такого файла или папки</source>
+        <translation>no such file or directory</translation>
+    </message>
+    <message>
+        <source>на устройстве не осталось места</source>
+        <translation>no space left on device</translation>
+    </message>
+    <message>
+        <source>это папка</source>
+        <translation>is a directory</translation>
+    </message>
+    <message>
+        <source>закрыт</source>
+        <translation>is closed</translation>
+    </message>
+    <message>
+        <source>файл слишком велик</source>
+        <translation>file too large</translation>
+    </message>
+    <message>
+        <source>ошибка ввода-вывода</source>
+        <translation>input/output error</translation>
+    </message>
+    <message>
+        <source>действие не разрешено</source>
+        <translation>operation not permitted</translation>
+    </message>
+    <message>
+        <source>канал никто не читает</source>
+        <translation>nobody reads the pipe</translation>
+    </message>
+    <message>
+        <source>ошибка системы %1</source>
+        <translation>system error %1</translation>
+    </message>
+    <message>
+        <source>расстояния между двумя точками по всем формулам</source>
+        <translation>distances between positions by every formula</translation>
+    </message>
+    <message>
+        <source>показать журнал отката, откатить, исправить, убрать</source>
+        <translation>show, roll back, repair or discard a rollback journal</translation>
+    </message>
+    <message>
+        <source>площади, периметры и длины объектов карты GeoJSON</source>
+        <translation>areas, perimeters and lengths of a GeoJSON map</translation>
+    </message>
+    <message>
+        <source>Вызов: veltor КОМАНДА [АРГУМЕНТЫ...]</source>
+        <translation>Usage: veltor COMMAND [ARGUMENTS...]</translation>
+    </message>
+    <message>
+        <source>Команды:</source>
+        <translation>Commands:</translation>
+    </message>
+    <message>
+        <source>Подробно: veltor help КОМАНДА или veltor КОМАНДА --help; версия: veltor --version</source>
+        <translation>More: veltor help COMMAND or veltor COMMAND --help; the version: veltor --version</translation>
+    </message>
+    <message>
+        <source>Код завершения: 0 — сделано, 1 — отказ или ошибка, 2 — неверная командная строка, 130 — прервано</source>
+        <translation>Exit status: 0 done, 1 refused or failed, 2 the command line does not fit, 130 interrupted</translation>
+    </message>
+    <message>
+        <source>нет такой команды: &apos;%1&apos;</source>
+        <translation>there is no command &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>не названа команда</source>
+        <translation>which command?</translation>
+    </message>
+    <message>
+        <source>смотрите %1 --help</source>
+        <translation>see %1 --help</translation>
+    </message>
+    <message>
+        <source>восстановлено блоков: %1 из %2</source>
+        <translation>blocks restored: %1 of %2</translation>
+    </message>
+    <message>
+        <source>Имена, которые изменит фиксация транзакции:</source>
+        <translation>Names that the transaction&apos;s commit would change:</translation>
+    </message>
+    <message>
+        <source>новый файл %1</source>
+        <translation>new file %1</translation>
+    </message>
+    <message>
+        <source>удаление %1</source>
+        <translation>removal of %1</translation>
+    </message>
+    <message>
+        <source>переименование %1 в %2</source>
+        <translation>%1 renamed to %2</translation>
+    </message>
+    <message>
+        <source>Журнал исправен, версия %1, свободных блоков: %2</source>
+        <translation>Journal valid, version %1, free blocks: %2</translation>
+    </message>
+    <message>
+        <source>Журнал отвергнут, версия %1, свободных блоков: %2</source>
+        <translation>Journal refused, version %1, free blocks: %2</translation>
+    </message>
+    <message>
+        <source>Он не защищает ни одного файла.</source>
+        <translation>It protects no files.</translation>
+    </message>
+    <message>
+        <source>Исправление не восстановило бы ничего.</source>
+        <translation>A repair would restore nothing.</translation>
+    </message>
+    <message>
+        <source>Откат восстановит:</source>
+        <translation>A rollback restores:</translation>
+    </message>
+    <message>
+        <source>Исправление восстановило бы:</source>
+        <translation>A repair would restore:</translation>
+    </message>
+    <message>
+        <source>прежний размер</source>
+        <translation>old size</translation>
+    </message>
+    <message>
+        <source>блоков</source>
+        <translation>blocks</translation>
+    </message>
+    <message>
+        <source>сохранено</source>
+        <translation>saved</translation>
+    </message>
+    <message>
+        <source>файл</source>
+        <translation>file</translation>
+    </message>
+    <message>
+        <source>%1: такого файла нет</source>
+        <translation>%1: there is no such file</translation>
+    </message>
+    <message>
+        <source>Восстановлено файлов: %1</source>
+        <translation>Files restored: %1</translation>
+    </message>
+    <message>
+        <source>Имена завершённой транзакции приведены в порядок.</source>
+        <translation>The names of a committed transaction were finished.</translation>
+    </message>
+    <message>
+        <source>не восстановлен: %1: %2</source>
+        <translation>not restored: %1: %2</translation>
+    </message>
+    <message>
+        <source>восстановлено не всё; повреждённый журнал сохранён как %1</source>
+        <translation>not everything was restored; the damaged journal is kept as %1</translation>
+    </message>
+    <message>
+        <source>прервано; журнал сохранён</source>
+        <translation>interrupted; the journal is kept</translation>
+    </message>
+    <message>
+        <source>журнал называет файлы вне своей папки; их восстановит только --anywhere</source>
+        <translation>the journal names files outside its folder; only --anywhere restores them</translation>
+    </message>
+    <message>
+        <source>Журнал удалён; файлы сохраняют новое содержимое.</source>
+        <translation>Journal removed; the files keep their new contents.</translation>
+    </message>
+    <message>
+        <source>show проверяет журнал отката и перечисляет файлы, которые он защищает, ничего не меняя;
+от отвергнутого журнала — то, что восстановило бы исправление.
+rollback возвращает файлам прежнее содержимое и удаляет журнал.
+repair восстанавливает из отвергнутого журнала всё, что цело; если восстановлено не всё, журнал
+сохраняется как JOURNAL.damaged.
+discard сохраняет новое содержимое и удаляет журнал.</source>
+        <translation>show checks a rollback journal and lists the files that it protects, changing nothing;
+of a refused journal, what a repair would restore.
+rollback puts every file back to its old contents and removes the journal.
+repair restores what is whole of a refused journal; when not everything was restored, the journal
+is kept as JOURNAL.damaged.
+discard keeps the new contents and removes the journal.</translation>
+    </message>
+    <message>
+        <source>show: JSON вместо таблицы</source>
+        <translation>show: JSON instead of a table</translation>
+    </message>
+    <message>
+        <source>rollback, repair: восстанавливать и файлы вне папки журнала</source>
+        <translation>rollback, repair: restore files outside the journal&apos;s folder too</translation>
+    </message>
+    <message>
+        <source>нет такого действия: &apos;%1&apos;</source>
+        <translation>there is no action &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>действие &apos;%1&apos; не знает этого ключа</source>
+        <translation>the action &apos;%1&apos; does not know this option</translation>
+    </message>
+    <message>
         <source>стандартный ввод: %1</source>
         <translation>standard input: %1</translation>
     </message>
     <message>
-        <source>Программа</source>
-        <translation>Program</translation>
-    </message>
-    <message>
-        <source>Библиотека</source>
-        <translation>Library</translation>
-    </message>
-    <message>
-        <source>Время</source>
-        <translation>Time</translation>
-    </message>
-    <message>
-        <source>Сигнал</source>
-        <translation>Signal</translation>
-    </message>
-    <message>
-        <source>код %1, адрес %2</source>
-        <translation>code %1, address %2</translation>
-    </message>
-    <message>
-        <source>Процесс</source>
-        <translation>Process</translation>
-    </message>
-    <message>
-        <source>Поток</source>
-        <translation>Thread</translation>
-    </message>
-    <message>
-        <source>show ФАЙЛ [--debug-dir КАТАЛОГ]</source>
-        <translation>show FILE [--debug-dir DIR]</translation>
-    </message>
-    <message>
-        <source>Показывает файл отчёта о сбое: для каждого кадра стека функцию, исходный файл и строку, если файлы его модуля ещё доступны.</source>
-        <translation>Shows a crash file: for each frame of the stack its function, source file and line, where the files of its module are still to be had.</translation>
-    </message>
-    <message>
-        <source>КАТАЛОГ</source>
-        <translation>DIR</translation>
-    </message>
-    <message>
-        <source>сначала искать здесь прежние файлы программы и её библиотек или отдельную отладочную информацию, по идентификатору сборки или по имени</source>
-        <translation>look here first for the former files of the program and its libraries, or for separate debug information, by build id or by name</translation>
-    </message>
-    <message>
-        <source>неизвестное действие: %1</source>
-        <translation>unknown action: %1</translation>
-    </message>
-    <message>
         <source>--formula: ожидаются через запятую cartesian, spherical, ellipsoid, vincenty, lambert, azimuth, а не &apos;%1&apos;</source>
-        <translation>--formula takes cartesian, spherical, ellipsoid, vincenty, lambert, azimuth, separated by commas, not '%1'</translation>
+        <translation>--formula takes cartesian, spherical, ellipsoid, vincenty, lambert, azimuth, separated by commas, not &apos;%1&apos;</translation>
     </message>
     <message>
         <source>veltor: строка %1: ожидаются LON1 LAT1 LON2 LAT2 в градусах: %2</source>
@@ -511,15 +689,11 @@
     </message>
     <message>
         <source>Расстояния между двумя точками в градусах по всем формулам, в метрах (cartesian — в градусах), и азимут в первой точке. Без координат читает со стандартного ввода по паре в строке, через пробелы или запятые, и печатает по строке на пару. Годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;</source>
-        <translation>Distances between two positions in degrees by every formula, in metres (cartesian: in degrees), and the azimuth at the first one. Without coordinates it reads a pair a line from standard input, separated by blanks or commas, and prints a line for each. Degrees, minutes and seconds will do as well: 37°37'4.8"</translation>
+        <translation>Distances between two positions in degrees by every formula, in metres (cartesian: in degrees), and the azimuth at the first one. Without coordinates it reads a pair a line from standard input, separated by blanks or commas, and prints a line for each. Degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;</translation>
     </message>
     <message>
         <source>ожидаются LON1 LAT1 LON2 LAT2 в градусах, а не &apos;%1&apos;</source>
-        <translation>LON1 LAT1 LON2 LAT2 in degrees expected, not '%1'</translation>
-    </message>
-    <message>
-        <source>--ellipsoid: ожидаются большая полуось в метрах и обратное сжатие, например 6378137,298.257223563 (0 — сфера), а не &apos;%1&apos;</source>
-        <translation>--ellipsoid takes the semi-major axis in metres and the inverse flattening, as in 6378137,298.257223563 (0: a sphere), not '%1'</translation>
+        <translation>LON1 LAT1 LON2 LAT2 in degrees expected, not &apos;%1&apos;</translation>
     </message>
     <message>
         <source>--points бывает только у line</source>
@@ -543,7 +717,7 @@
     </message>
     <message>
         <source>Кратчайшие линии на эллипсоиде: куда приведут азимут и расстояние (direct), расстояние и азимуты в обеих точках (inverse), N точек вдоль линии вместе с её концами (line). Градусы и метры; годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;. Без чисел читает их со стандартного ввода, по задаче в строке.</source>
-        <translation>Shortest lines on the ellipsoid: where an azimuth and a distance lead (direct), the distance and the azimuths at both positions (inverse), N points along the line, its ends among them (line). Degrees and metres; degrees, minutes and seconds will do as well: 37°37'4.8". Without numbers it reads them from standard input, a problem a line.</translation>
+        <translation>Shortest lines on the ellipsoid: where an azimuth and a distance lead (direct), the distance and the azimuths at both positions (inverse), N points along the line, its ends among them (line). Degrees and metres; degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;. Without numbers it reads them from standard input, a problem a line.</translation>
     </message>
     <message>
         <source>число точек у line; без ключа 11</source>
@@ -555,11 +729,11 @@
     </message>
     <message>
         <source>ожидается direct, inverse или line, а не &apos;%1&apos;</source>
-        <translation>direct, inverse or line expected, not '%1'</translation>
+        <translation>direct, inverse or line expected, not &apos;%1&apos;</translation>
     </message>
     <message>
         <source>ожидаются %1, а не &apos;%2&apos;</source>
-        <translation>%1 expected, not '%2'</translation>
+        <translation>%1 expected, not &apos;%2&apos;</translation>
     </message>
     <message>
         <source>после карты ожидается конец строки или файла</source>
@@ -607,7 +781,7 @@
     </message>
     <message>
         <source>неизвестный вид геометрии &apos;%1&apos;</source>
-        <translation>unknown kind of geometry '%1'</translation>
+        <translation>unknown kind of geometry &apos;%1&apos;</translation>
     </message>
     <message>
         <source>у GeometryCollection нет списка geometries</source>
@@ -674,174 +848,16 @@
         <translation>cannot be read: %1</translation>
     </message>
     <message>
-        <source>нет такого ключа: &apos;%1&apos;</source>
-        <translation>there is no option '%1'</translation>
-    </message>
-    <message>
-        <source>нет таких ключей: %1</source>
-        <translation>there are no options %1</translation>
-    </message>
-    <message>
-        <source>не задано значение ключа &apos;%1&apos;</source>
-        <translation>a value is missing after '%1'</translation>
-    </message>
-    <message>
-        <source>у ключа &apos;%1&apos; не бывает значения</source>
-        <translation>'%1' takes no value</translation>
-    </message>
-    <message>
-        <source>нет прав доступа</source>
-        <translation>permission denied</translation>
-    </message>
-    <message>
-        <source>открыто слишком много файлов</source>
-        <translation>too many open files</translation>
-    </message>
-    <message>
-        <source>нет такого файла или папки</source>
-        <translation>no such file or directory</translation>
-    </message>
-    <message>
-        <source>на устройстве не осталось места</source>
-        <translation>no space left on device</translation>
-    </message>
-    <message>
-        <source>это папка</source>
-        <translation>is a directory</translation>
-    </message>
-    <message>
-        <source>закрыт</source>
-        <translation>is closed</translation>
-    </message>
-    <message>
-        <source>файл слишком велик</source>
-        <translation>file too large</translation>
-    </message>
-    <message>
-        <source>ошибка ввода-вывода</source>
-        <translation>input/output error</translation>
-    </message>
-    <message>
-        <source>действие не разрешено</source>
-        <translation>operation not permitted</translation>
-    </message>
-    <message>
-        <source>канал никто не читает</source>
-        <translation>nobody reads the pipe</translation>
-    </message>
-    <message>
-        <source>ошибка системы %1</source>
-        <translation>system error %1</translation>
-    </message>
-    <message>
-        <source>на запись</source>
-        <translation>for writing</translation>
-    </message>
-    <message>
-        <source>на чтение</source>
-        <translation>for reading</translation>
-    </message>
-    <message>
-        <source>(ожидает)</source>
-        <translation>(waiting)</translation>
-    </message>
-    <message>
-        <source>%1:
-</source>
-        <translation>%1:
-</translation>
-    </message>
-    <message>
-        <source>с %1</source>
-        <translation>since %1</translation>
-    </message>
-    <message>
-        <source>процесс %1</source>
-        <translation>process %1</translation>
-    </message>
-    <message>
-        <source>неизвестный процесс</source>
-        <translation>unknown process</translation>
-    </message>
-    <message>
-        <source>никто не использует</source>
-        <translation>nobody uses it</translation>
-    </message>
-    <message>
-        <source>нельзя записать: %1</source>
-        <translation>cannot be written: %1</translation>
-    </message>
-    <message>
-        <source>Показывает, какие процессы открыли файл или папку, отобразили в память, выполняют или
-находятся в ней, какие блокировки держат, и почему файл нельзя записать. Ничего не
-меняет и не открывает. Код завершения: 0 — ничто не мешает записи, 1 — что-то мешает.</source>
-        <translation>Shows which processes have a file or folder open, map it, run it or are in it, by which locks,
-and why the file cannot be written. Changes and opens nothing. Exit status: 0 nothing stands
-against writing, 1 something does.</translation>
-    </message>
-    <message>
-        <source>в виде JSON</source>
-        <translation>as JSON</translation>
-    </message>
-    <message>
-        <source>показать отчёт о сбое, оставшийся от программы</source>
-        <translation>show the report that a crashed program left</translation>
-    </message>
-    <message>
-        <source>расстояния между двумя точками по всем формулам</source>
-        <translation>distances between positions by every formula</translation>
-    </message>
-    <message>
         <source>прямая и обратная геодезические задачи, точки вдоль линии</source>
         <translation>direct and inverse geodesic problem, points along a line</translation>
     </message>
     <message>
-        <source>показать журнал отката, откатить, исправить, убрать</source>
-        <translation>show, roll back, repair or discard a rollback journal</translation>
-    </message>
-    <message>
-        <source>кто использует файлы и почему их нельзя записать</source>
-        <translation>who uses files, and why they cannot be written</translation>
-    </message>
-    <message>
-        <source>площади, периметры и длины объектов карты GeoJSON</source>
-        <translation>areas, perimeters and lengths of a GeoJSON map</translation>
-    </message>
-    <message>
-        <source>Вызов: veltor КОМАНДА [АРГУМЕНТЫ...]</source>
-        <translation>Usage: veltor COMMAND [ARGUMENTS...]</translation>
-    </message>
-    <message>
-        <source>Команды:</source>
-        <translation>Commands:</translation>
-    </message>
-    <message>
-        <source>Подробно: veltor help КОМАНДА или veltor КОМАНДА --help; версия: veltor --version</source>
-        <translation>More: veltor help COMMAND or veltor COMMAND --help; the version: veltor --version</translation>
-    </message>
-    <message>
-        <source>Код завершения: 0 — сделано, 1 — отказ или ошибка, 2 — неверная командная строка, 130 — прервано</source>
-        <translation>Exit status: 0 done, 1 refused or failed, 2 the command line does not fit, 130 interrupted</translation>
-    </message>
-    <message>
-        <source>нет такой команды: &apos;%1&apos;</source>
-        <translation>there is no command '%1'</translation>
-    </message>
-    <message>
-        <source>не названа команда</source>
-        <translation>which command?</translation>
-    </message>
-    <message>
-        <source>смотрите %1 --help</source>
-        <translation>see %1 --help</translation>
-    </message>
-    <message>
         <source>ожидается Feature, а не &apos;%1&apos;</source>
-        <translation>a Feature expected, not '%1'</translation>
+        <translation>a Feature expected, not &apos;%1&apos;</translation>
     </message>
     <message>
         <source>неизвестный вид &apos;%1&apos;</source>
-        <translation>unknown type '%1'</translation>
+        <translation>unknown type &apos;%1&apos;</translation>
     </message>
     <message>
         <source>это не карта: ожидается объект</source>
@@ -921,7 +937,7 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>--mode: ожидается одно из %1, а не &apos;%2&apos;</source>
-        <translation>--mode takes one of %1, not '%2'</translation>
+        <translation>--mode takes one of %1, not &apos;%2&apos;</translation>
     </message>
     <message>
         <source>--%1 не имеет смысла на плоскости</source>
@@ -929,7 +945,7 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>поверхность: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default и &apos;&apos; — эллипсоид</source>
-        <translation>the surface: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default and '' are the ellipsoid</translation>
+        <translation>the surface: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default and &apos;&apos; are the ellipsoid</translation>
     </message>
     <message>
         <source>что соединяет точки: geodesic — кратчайшие линии (так и без ключа), straight — прямые по долготе и широте, как в RFC 7946</source>
@@ -945,7 +961,7 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>свойство с именем объекта; без ключа name или NAME; иначе id или номер</source>
-        <translation>the property with a feature's name; name or NAME unless given; else the id or the number</translation>
+        <translation>the property with a feature&apos;s name; name or NAME unless given; else the id or the number</translation>
     </message>
     <message>
         <source>N объектов наибольшей площади, затем длины, в этом порядке</source>
@@ -1018,6 +1034,112 @@ against writing, 1 something does.</translation>
     <message>
         <source>дыры больше многоугольника; его площадь взята за 0</source>
         <translation>the holes are larger than the polygon, whose area is taken for 0</translation>
+    </message>
+    <message>
+        <source>Программа</source>
+        <translation>Program</translation>
+    </message>
+    <message>
+        <source>Библиотека</source>
+        <translation>Library</translation>
+    </message>
+    <message>
+        <source>Время</source>
+        <translation>Time</translation>
+    </message>
+    <message>
+        <source>Сигнал</source>
+        <translation>Signal</translation>
+    </message>
+    <message>
+        <source>код %1, адрес %2</source>
+        <translation>code %1, address %2</translation>
+    </message>
+    <message>
+        <source>Процесс</source>
+        <translation>Process</translation>
+    </message>
+    <message>
+        <source>Поток</source>
+        <translation>Thread</translation>
+    </message>
+    <message>
+        <source>show ФАЙЛ [--debug-dir КАТАЛОГ]</source>
+        <translation>show FILE [--debug-dir DIR]</translation>
+    </message>
+    <message>
+        <source>Показывает файл отчёта о сбое: для каждого кадра стека функцию, исходный файл и строку, если файлы его модуля ещё доступны.</source>
+        <translation>Shows a crash file: for each frame of the stack its function, source file and line, where the files of its module are still to be had.</translation>
+    </message>
+    <message>
+        <source>КАТАЛОГ</source>
+        <translation>DIR</translation>
+    </message>
+    <message>
+        <source>сначала искать здесь прежние файлы программы и её библиотек или отдельную отладочную информацию, по идентификатору сборки или по имени</source>
+        <translation>look here first for the former files of the program and its libraries, or for separate debug information, by build id or by name</translation>
+    </message>
+    <message>
+        <source>неизвестное действие: %1</source>
+        <translation>unknown action: %1</translation>
+    </message>
+    <message>
+        <source>на запись</source>
+        <translation>for writing</translation>
+    </message>
+    <message>
+        <source>на чтение</source>
+        <translation>for reading</translation>
+    </message>
+    <message>
+        <source>(ожидает)</source>
+        <translation>(waiting)</translation>
+    </message>
+    <message>
+        <source>%1:
+</source>
+        <translation>%1:
+</translation>
+    </message>
+    <message>
+        <source>с %1</source>
+        <translation>since %1</translation>
+    </message>
+    <message>
+        <source>процесс %1</source>
+        <translation>process %1</translation>
+    </message>
+    <message>
+        <source>неизвестный процесс</source>
+        <translation>unknown process</translation>
+    </message>
+    <message>
+        <source>никто не использует</source>
+        <translation>nobody uses it</translation>
+    </message>
+    <message>
+        <source>нельзя записать: %1</source>
+        <translation>cannot be written: %1</translation>
+    </message>
+    <message>
+        <source>Показывает, какие процессы открыли файл или папку, отобразили в память, выполняют или
+находятся в ней, какие блокировки держат, и почему файл нельзя записать. Ничего не
+меняет и не открывает. Код завершения: 0 — ничто не мешает записи, 1 — что-то мешает.</source>
+        <translation>Shows which processes have a file or folder open, map it, run it or are in it, by which locks,
+and why the file cannot be written. Changes and opens nothing. Exit status: 0 nothing stands
+against writing, 1 something does.</translation>
+    </message>
+    <message>
+        <source>в виде JSON</source>
+        <translation>as JSON</translation>
+    </message>
+    <message>
+        <source>показать отчёт о сбое, оставшийся от программы</source>
+        <translation>show the report that a crashed program left</translation>
+    </message>
+    <message>
+        <source>кто использует файлы и почему их нельзя записать</source>
+        <translation>who uses files, and why they cannot be written</translation>
     </message>
 </context>
 <context>
@@ -1303,6 +1425,93 @@ against writing, 1 something does.</translation>
     <message>
         <source>Файл не разрешен правилом имен</source>
         <translation>The name rule does not accept the file</translation>
+    </message>
+</context>
+<context>
+    <name>veltor::utils::Transaction</name>
+    <message>
+        <source>Транзакция не начата или уже завершена</source>
+        <translation>The transaction has not begun or has ended</translation>
+    </message>
+    <message>
+        <source>Откат прерван, файл отката &apos;%0&apos; сохранён</source>
+        <translation>The rollback was cancelled; the rollback file &apos;%0&apos; is kept</translation>
+    </message>
+    <message>
+        <source>Из файла отката &apos;%0&apos; восстановить можно не всё, файлы не изменены: %1</source>
+        <translation>The rollback file &apos;%0&apos; cannot restore everything; no file was changed: %1</translation>
+    </message>
+    <message>
+        <source>Не восстановлено файлов: %0, файл отката &apos;%1&apos; сохранён: %2</source>
+        <translation>Files not restored: %0; the rollback file &apos;%1&apos; is kept: %2</translation>
+    </message>
+    <message>
+        <source>Точка сохранения не принадлежит транзакции или уже недействительна</source>
+        <translation>The savepoint does not belong to the transaction or is no longer valid</translation>
+    </message>
+    <message>
+        <source>&apos;%0&apos; не может быть именем файла в папке файла отката</source>
+        <translation>&apos;%0&apos; cannot be the name of a file in the rollback file&apos;s folder</translation>
+    </message>
+    <message>
+        <source>Имя &apos;%0&apos; занято самой транзакцией</source>
+        <translation>The name &apos;%0&apos; is used by the transaction itself</translation>
+    </message>
+    <message>
+        <source>Имя &apos;%0&apos; уже занято</source>
+        <translation>The name &apos;%0&apos; is already taken</translation>
+    </message>
+    <message>
+        <source>Файла &apos;%0&apos; нет</source>
+        <translation>There is no file &apos;%0&apos;</translation>
+    </message>
+    <message>
+        <source>&apos;%0&apos; не является обычным файлом</source>
+        <translation>&apos;%0&apos; is not a regular file</translation>
+    </message>
+    <message>
+        <source>&apos;%0&apos; и &apos;%1&apos; — один и тот же файл</source>
+        <translation>&apos;%0&apos; and &apos;%1&apos; are one and the same file</translation>
+    </message>
+    <message>
+        <source>Нет доступа к &apos;%0&apos;: %1</source>
+        <translation>No access to &apos;%0&apos;: %1</translation>
+    </message>
+    <message>
+        <source>Ошибка создания &apos;%0&apos;: %1</source>
+        <translation>Could not create &apos;%0&apos;: %1</translation>
+    </message>
+    <message>
+        <source>Ошибка переименования &apos;%0&apos; в &apos;%1&apos;: %2</source>
+        <translation>Could not rename &apos;%0&apos; to &apos;%1&apos;: %2</translation>
+    </message>
+    <message>
+        <source>Ошибка удаления &apos;%0&apos;: %1</source>
+        <translation>Could not remove &apos;%0&apos;: %1</translation>
+    </message>
+    <message>
+        <source>Нет права создавать и удалять файлы рядом с &apos;%0&apos;</source>
+        <translation>No right to create and remove files beside &apos;%0&apos;</translation>
+    </message>
+    <message>
+        <source>Слишком много изменений имён в одной транзакции</source>
+        <translation>Too many changes of names in one transaction</translation>
+    </message>
+    <message>
+        <source>Список имён транзакции &apos;%0&apos; повреждён, имена не изменены</source>
+        <translation>The transaction&apos;s list of names &apos;%0&apos; is damaged; no name was changed</translation>
+    </message>
+    <message>
+        <source>Ошибка чтения или записи списка имён транзакции &apos;%0&apos;: %1</source>
+        <translation>Could not read or write the transaction&apos;s list of names &apos;%0&apos;: %1</translation>
+    </message>
+    <message>
+        <source>Папка транзакции &apos;%0&apos; принадлежит другому пользователю</source>
+        <translation>The transaction&apos;s folder &apos;%0&apos; belongs to another user, or others may change it</translation>
+    </message>
+    <message>
+        <source>&apos;%0&apos; не является папкой транзакции</source>
+        <translation>&apos;%0&apos; is not a transaction&apos;s folder</translation>
     </message>
 </context>
 </TS>

@@ -4,8 +4,7 @@
 //
 // With --die the program ends between the two files, as a crash would. The next run puts both back first.
 
-#include <veltor/utils/RollbackFile.h>
-#include <veltor/utils/SecuredFile.h>
+#include <veltor/utils/Transaction.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
@@ -14,58 +13,50 @@
 #include <cstdio>
 #include <cstdlib>
 
-using veltor::utils::RollbackFile;
 using veltor::utils::SecuredFile;
+using veltor::utils::Transaction;
 
 namespace {
 
-//! [recover]
-/// Puts back what a run that did not come to its end has changed.
-bool recover(const QFileInfo& journalFile)
-{
-    if (!RollbackFile::needsRecovery(journalFile)) {
-        return true;
-    }
-    RollbackFile journal;
-    if (!journal.openByName(journalFile, QIODevice::ReadWrite)) { // damaged: the reason is in the log
-        journal.repair();
-        if (!journal.repairedWhole()) {
-            return false; // somebody should look at it, with "veltor journal show"
-        }
-    }
-    return journal.rollback();
-}
-//! [recover]
-
 //! [change]
+std::unique_ptr<SecuredFile> openOrCreate(Transaction& change, const QString& path)
+{
+    return change.exists(path) || change.create(path) ? change.open(path) : nullptr;
+}
+
 bool append(SecuredFile& file, const QByteArray& line)
 {
     return file.seek(file.size()) && file.write(line) == line.size();
 }
 
-bool addNames(RollbackFile& journal, const QDir& directory, const QStringList& names, bool die)
+bool addNames(Transaction& change, const QDir& directory, const QStringList& names, bool die)
 {
-    SecuredFile text;
-    SecuredFile index;
-    if (!text.open(directory.filePath(QStringLiteral("names.txt")), journal) ||
-        !index.open(directory.filePath(QStringLiteral("names.idx")), journal)) {
+    const auto text = openOrCreate(change, directory.filePath(QStringLiteral("names.txt")));
+    const auto index = openOrCreate(change, directory.filePath(QStringLiteral("names.idx")));
+    if (!text || !index) {
         return false;
     }
     for (const QString& name : names) {
-        const qint64 begin = text.size();
-        if (!append(text, name.toUtf8() + '\n')) {
+        const qint64 begin = text->size();
+        if (!append(*text, name.toUtf8() + '\n')) {
             return false;
         }
         if (die) {
             std::_Exit(3);
         }
-        if (!append(index, QByteArray::number(begin) + '\n')) {
+        if (!append(*index, QByteArray::number(begin) + '\n')) {
             return false;
         }
     }
     return true;
 }
 //! [change]
+
+int fail(const QString& reason)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(reason));
+    return 1;
+}
 
 } // namespace
 
@@ -79,21 +70,16 @@ int main(int argc, char** argv)
         return 2;
     }
     const QDir directory(words.takeFirst());
-    for (const char* name : {"names.txt", "names.idx"}) { // protection takes existing files only
-        QFile(directory.filePath(QLatin1String(name))).open(QIODevice::Append);
-    }
 
-    //! [commit]
-    const QFileInfo journalFile(directory.filePath(QStringLiteral("names.rollback")));
-    RollbackFile journal;
-    if (!recover(journalFile) || !journal.openByName(journalFile, QIODevice::WriteOnly)) {
-        return 1;
+    //! [begin]
+    Transaction change = Transaction::begin(directory.filePath(QStringLiteral("names.rollback")));
+    if (!change.isActive()) {
+        return fail(change.beginning().reason); // in use, damaged, somebody else's
     }
-    if (!addNames(journal, directory, words, die)) {
-        journal.rollback(); // as if nothing had happened
-        return 1;
+    if (!addNames(change, directory, words, die)) {
+        return fail(change.errorString()); // nothing has happened: `change` ends without a commit
     }
-    journal.commit(); // final from here on
-    //! [commit]
-    return 0;
+    const Transaction::Result done = change.commit(); // final from here on
+    //! [begin]
+    return done ? 0 : fail(done.reason);
 }

@@ -6,8 +6,7 @@
 // With --pause-after the program stops in the middle, says so on standard output and waits: whoever
 // wants to see a crash kills it there.
 
-#include <veltor/utils/RollbackFile.h>
-#include <veltor/utils/SecuredFile.h>
+#include <veltor/utils/Transaction.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QStringList>
@@ -18,8 +17,8 @@
 
 namespace {
 
-using veltor::utils::RollbackFile;
 using veltor::utils::SecuredFile;
+using veltor::utils::Transaction;
 
 constexpr qint64 BlockSize = 64 * 1024;
 
@@ -71,12 +70,12 @@ bool update(SecuredFile& file, Pause& pause)
     return file.seek(size) && file.write(trailer) == trailer.size();
 }
 
-bool updateAll(RollbackFile& journal, const QStringList& names, Pause& pause)
+bool updateAll(Transaction& change, const QStringList& names, Pause& pause)
 {
     for (const QString& name : names) {
-        SecuredFile file;
-        if (!file.open(name, journal) || !update(file, pause)) {
-            std::fprintf(stderr, "%s: %s\n", qPrintable(name), qPrintable(file.errorString()));
+        const auto file = change.open(name);
+        if (!file || !update(*file, pause)) {
+            std::fprintf(stderr, "%s: %s\n", qPrintable(name), qPrintable(change.errorString()));
             return false;
         }
     }
@@ -98,21 +97,21 @@ int main(int argc, char** argv)
         std::fputs("Usage: protected_update [--pause-after BLOCKS] JOURNAL FILE...\n", stderr);
         return 2;
     }
-    const QFileInfo journalFile(words.takeFirst());
-    if (RollbackFile::needsRecovery(journalFile)) {
-        std::fprintf(stderr, "%s holds an unfinished change: roll it back first\n",
-                     qPrintable(journalFile.filePath()));
+    Transaction change = Transaction::begin(words.takeFirst());
+    if (!change.isActive()) {
+        std::fprintf(stderr, "%s\n", qPrintable(change.beginning().reason));
         return 1;
     }
-
-    RollbackFile journal;
+    if (change.recovery().foundJournal) {
+        std::fprintf(stderr, "an unfinished change was put back: %llu files\n", change.recovery().restored);
+    }
     Pause pause(pauseAfter);
-    if (!journal.openByName(journalFile, QIODevice::WriteOnly)) {
-        return 1;
+    if (!updateAll(change, words, pause)) {
+        return change.rollback() ? 1 : 3;
     }
-    if (!updateAll(journal, words, pause)) {
-        return journal.rollback() ? 1 : 3;
+    const Transaction::Result done = change.commit();
+    if (!done) {
+        std::fprintf(stderr, "%s\n", qPrintable(done.reason));
     }
-    journal.commit();
-    return 0;
+    return done ? 0 : 3;
 }

@@ -2,14 +2,14 @@
 
 #include "storage/JournalImage.h"
 #include "support/Files.h"
+#include "support/LogCapture.h"
 #include "support/Printers.h"
 #include "support/Process.h"
 #include "support/Text.h"
 
-#include <veltor/utils/RollbackFile.h>
+#include <veltor/utils/Transaction.h>
 
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
+#include <QtCore/QCoreApplication>
 
 #include <gmock/gmock.h>
 
@@ -21,112 +21,99 @@ using testing::HasSubstr;
 class JournalTool : public testing::Test, protected Folder
 {
 protected:
-    void SetUp() override
+    /// Puts the files there, and the journal of one row.
+    void prepare(const QString& journal)
     {
+        QDir(path()).removeRecursively();
         write("a", QByteArray(100, 'N'));
         write("b", QByteArray(50, 'N'));
+        m_image = JournalImage();
+        m_image.damage(journal.contains(u("=")) ? journal : QString());
+        m_image.bytes = journal == u("text") ? "somebody's text, which is no journal at all" : m_image.bytes;
+        if (journal != u("none")) {
+            write(journal == u("link") ? "target" : "journal", m_image.bytes);
+        }
+        if (journal == u("link")) {
+            QFile::link(path("target"), path("journal"));
+        }
+        if (journal == u("held")) {
+            EXPECT_TRUE(m_holder.openByName(QFileInfo(path("journal")), QIODevice::ReadWrite));
+        }
     }
-
-    /// Runs "veltor journal ..." and returns its exit code; what it printed is in m_out and m_err.
-    int run(const QStringList& arguments)
+    Outcome run(QStringList words)
     {
-        const Outcome outcome = test::run(QStringLiteral(VELTOR_TOOL), QStringList{u("journal")} + arguments);
-        m_out = QByteArray::fromStdString(outcome.output);
-        m_err = QString::fromStdString(outcome.errors).trimmed();
-        return outcome.status;
+        words.insert(1, path("journal"));
+        return test::run(QStringLiteral(VELTOR_TOOL), QStringList{u("journal")} + words);
     }
-    int run(const char* action) { return run({u(action), path("journal")}); }
+    /// "old" or "new" contents of both files, and what became of the journal.
+    [[nodiscard]] QString state() const
+    {
+        const QByteArray oldA = QByteArray(10, 'N') + "saved bytes one" + QByteArray(75, 'N');
+        const QByteArray a = read("a");
+        const QByteArray b = read("b");
+        const QString journal = read("journal.damaged") == m_image.bytes ? u("kept")
+                                : read("journal") == m_image.bytes       ? u("same")
+                                : QFile::exists(path("journal"))         ? u("changed")
+                                                                         : u("gone");
+        return QStringList{u(a == oldA                   ? "old"
+                             : a == QByteArray(100, 'N') ? "new"
+                                                         : "other"),
+                           u(b == "b" + QByteArray(49, 'N') ? "old"
+                             : b == QByteArray(50, 'N')     ? "new"
+                                                            : "other"),
+                           journal}
+            .join(u(" "));
+    }
 
-    QByteArray m_out;
-    QString m_err;
+    JournalImage m_image;
+    utils::RollbackFile m_holder;
 };
 
-TEST_F(JournalTool, ShowsAndRollsBack)
+TEST_F(JournalTool, DoesWhatTheTableSays)
 {
-    const JournalImage image;
-    write("journal", image.bytes);
-    EXPECT_EQ(run({u("show"), path("journal"), u("--json")}), 0);
-    EXPECT_EQ(QJsonDocument::fromJson(m_out), QJsonDocument::fromJson(R"({
-        "status": "valid", "message": "", "version": "{9fc29858-1631-44ab-8089-5feb8d81855a}", "freeBlocks": 2,
-        "files": [{"name": "a", "size": 100, "blocks": 2, "saved": 15},
-                  {"name": "b", "size": 50, "blocks": 1, "saved": 1}]})"))
-        << m_out.toStdString();
-    EXPECT_EQ(run("show"), 0);
-    EXPECT_TRUE(m_out.contains("            100          2              15  a\n")) << m_out.toStdString();
-    EXPECT_EQ(read("journal"), image.bytes);
-    EXPECT_EQ(read("a"), QByteArray(100, 'N'));
-
-    EXPECT_EQ(run("rollback"), 0);
-    EXPECT_EQ(read("a"), QByteArray(10, 'N') + "saved bytes one" + QByteArray(75, 'N'));
-    EXPECT_EQ(read("b"), "b" + QByteArray(49, 'N'));
-    EXPECT_EQ(read("journal"), "missing");
-    EXPECT_EQ(run("rollback"), 1);
-    EXPECT_TRUE(m_err.contains(path("journal")));
-}
-
-TEST_F(JournalTool, RefusesDamageAndKeepsWhatItCannotSalvage)
-{
-    JournalImage image;
-    image.damage(u("B1+40:1=7"));
-    write("journal", image.bytes);
-    qputenv("LC_ALL", "ru_RU.UTF-8"); // the language of the message below
-    EXPECT_EQ(run({u("show"), path("journal"), u("--json")}), 1);
     qputenv("LC_ALL", "C.UTF-8");
-    const QJsonDocument shown = QJsonDocument::fromJson(m_out);
-    const QString message =
-        image.message(u("Не совпадает контрольная сумма данных отката по смещению {B1+40}"));
-    EXPECT_EQ(shown[u("status")].toString(), u("refused"));
-    EXPECT_EQ(shown[u("message")].toString(), message);
-    EXPECT_EQ(m_err, message);
-    EXPECT_EQ(run("rollback"), 1);
-    EXPECT_EQ(read("a"), QByteArray(100, 'N'));
-
-    write("journal.damaged", "an earlier one");
-    EXPECT_EQ(run("repair"), 0);
-    EXPECT_EQ(read("a").mid(10, 15), "saved bytes one");
-    EXPECT_EQ(read("journal"), "missing");
-    EXPECT_EQ(read("journal.damaged"), "an earlier one");
-    EXPECT_EQ(read("journal.damaged-2"), image.bytes);
-    EXPECT_TRUE(m_err.contains(path("journal.damaged-2"))) << m_err.toStdString();
-}
-
-TEST_F(JournalTool, RepairsAWholeOrUnfinishedJournalWithoutLeftovers)
-{
-    for (const char* damage : {"", "a.last=A1"}) {
-        SetUp();
-        JournalImage image;
-        image.damage(u(damage));
-        write("journal", image.bytes);
-        EXPECT_EQ(run("repair"), 0) << damage;
-        EXPECT_EQ(read("a").mid(10, 15), "saved bytes one");
-        EXPECT_EQ(read("journal"), "missing");
-        EXPECT_EQ(read("journal.damaged"), "missing");
+    for (QStringList row : readTable("storage/data/tool.txt", '|')) {
+        SCOPED_TRACE(row.join(u("|")).toStdString());
+        ASSERT_EQ(row.size(), 6);
+        for (QString& cell : row) {
+            cell = cell.trimmed().replace(u("{pid}"), QString::number(QCoreApplication::applicationPid()));
+        }
+        prepare(row[0]);
+        const Outcome outcome = run(row[1].split(u(" ")));
+        EXPECT_EQ(outcome.status, row[2].toInt()) << outcome.errors;
+        const std::string output = QString::fromStdString(outcome.output).simplified().toStdString();
+        EXPECT_THAT(output, HasSubstr(row[3].toStdString()));
+        EXPECT_THAT(outcome.errors, HasSubstr(row[4].toStdString()));
+        EXPECT_EQ(row[4].isEmpty(), outcome.errors.empty()) << outcome.errors;
+        EXPECT_EQ(outcome.output.find('\x1b'), std::string::npos);
+        EXPECT_EQ(state(), row[5]);
+        m_holder.close();
     }
 }
 
-TEST_F(JournalTool, DiscardsJournalsAndNothingElse)
-{
-    write("journal", JournalImage().bytes);
-    EXPECT_EQ(run("discard"), 0);
-    EXPECT_EQ(read("journal"), "missing");
-    EXPECT_EQ(read("a"), QByteArray(100, 'N'));
-    for (const char* action : {"show", "rollback", "repair", "discard"}) {
-        write("journal", "somebody's text, which is no journal at all");
-        EXPECT_EQ(run(action), 1) << action;
-        EXPECT_EQ(read("journal"), "somebody's text, which is no journal at all") << action;
-    }
-    write("journal", QByteArray()); // killed while the journal was created
-    EXPECT_EQ(run("discard"), 0);
-    EXPECT_EQ(read("journal"), "missing");
-}
+const Role dies("dying transaction", [](const QStringList& arguments) -> int {
+    const LogCapture log;
+    utils::Transaction transaction = utils::Transaction::begin(arguments[0] + u("/journal"));
+    const QString made = arguments[0] + u("/c");
+    const bool done = transaction.create(made) && transaction.open(made)->write("made") == 4 &&
+                      transaction.remove(arguments[0] + u("/a"));
+    std::_Exit(done ? 0 : 1);
+});
 
-TEST_F(JournalTool, TellsItsUsage)
+TEST_F(JournalTool, SettlesTransactionsWithTheirNames)
 {
-    EXPECT_EQ(run({u("show")}), 2);
-    EXPECT_EQ(run("melt"), 2);
-    EXPECT_TRUE(m_out.isEmpty());
-    EXPECT_EQ(run({u("--help")}), 0);
-    EXPECT_TRUE(m_out.contains("veltor journal repair JOURNAL"));
+    for (const char* action : {"rollback", "discard"}) {
+        prepare(u("none"));
+        ASSERT_EQ(play("dying transaction", {path()}).status, 0);
+        const Outcome shown = run({u("show")});
+        EXPECT_EQ(shown.status, 0) << shown.errors;
+        EXPECT_THAT(shown.output, HasSubstr("new file c"));
+        EXPECT_EQ(run({u(action)}).status, 0);
+        const bool kept = action == std::string("discard");
+        EXPECT_EQ(read("a"), kept ? QByteArray("missing") : QByteArray(100, 'N'));
+        EXPECT_EQ(read("c"), kept ? "made" : "missing");
+        EXPECT_EQ(QDir(path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 2);
+    }
 }
 
 } // namespace

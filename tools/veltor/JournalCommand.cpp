@@ -1,262 +1,333 @@
-// veltor journal: looks at a rollback journal that a crash left behind, and settles it.
+// veltor journal: looks at a rollback journal, and settles one that a killed program left behind.
 
+#include "Arguments.h"
 #include "Command.h"
-
-#include <veltor/utils/RollbackFile.h>
-
-#include <QtCore/QElapsedTimer>
-#include <QtCore/QFile>
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonObject>
+#include "JsonText.h"
+#include "TerminalText.h"
+#include "Text.h"
 
 #include <veltor/logging/Logger.h>
+#include <veltor/utils/Transaction.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QElapsedTimer>
+
+#include <algorithm>
 
 namespace veltor::tool {
 namespace {
 
+using utils::JournalState;
+using utils::JournalView;
 using utils::RollbackFile;
+using utils::Transaction;
+using NameChange = Transaction::NameChange;
 
-const char* const usage =
-    "Usage: veltor journal show JOURNAL [--json]\n"
-    "       veltor journal rollback JOURNAL\n"
-    "       veltor journal repair JOURNAL\n"
-    "       veltor journal discard JOURNAL\n"
-    "\n"
-    "  show      checks the journal and lists the files it protects; changes nothing.\n"
-    "            Of a refused journal it lists what a repair would restore.\n"
-    "  rollback  puts every file back to its old contents and removes the journal\n"
-    "  repair    salvages a refused journal and rolls back what was salvaged; when something\n"
-    "            had to be left out, the journal is kept as JOURNAL.damaged\n"
-    "  discard   keeps the new contents and removes the journal\n"
-    "\n"
-    "Exit status: 0 done (show: the journal is valid), 1 refused or failed, 2 usage.\n";
-
-/// Notes the library's last error on its way to the console.
-class ErrorNote
+/// The faults that the library logs, each on standard error, once.
+class Faults
 {
 public:
-    ErrorNote()
+    Faults()
         : m_former(logging::setLogSink({}))
     {
         logging::setLogSink([this](const logging::LogRecord& record) {
             if (record.level == logging::LogLevel::Error) {
-                m_text = record.text;
+                tell(record.text);
             }
-            m_former(record);
         });
     }
-    ~ErrorNote() { logging::setLogSink(m_former); }
-    ErrorNote(const ErrorNote&) = delete;
-    ErrorNote& operator=(const ErrorNote&) = delete;
+    ~Faults() { logging::setLogSink(m_former); }
+    Faults(const Faults&) = delete;
+    Faults& operator=(const Faults&) = delete;
 
-    [[nodiscard]] const QString& text() const { return m_text; }
+    void tell(const QString& fault)
+    {
+        if (!fault.isEmpty() && !m_told.contains(fault)) {
+            m_told << fault;
+            printError(shownLine(fault));
+        }
+    }
 
 private:
     logging::LogSink m_former;
-    QString m_text;
+    QStringList m_told;
 };
 
-/// Shows "restored / total" on a terminal while a rollback lasts.
-void showProgress(RollbackFile& journal)
-{
-    if (!hasTerminal()) {
-        return;
-    }
-    QElapsedTimer timer;
-    timer.start();
-    journal.setRollbackProgress([timer, shown = false](quint64 restored, quint64 total) mutable {
-        if (restored == total) {
-            printProgress(QString());
-        } else if (!shown || timer.elapsed() >= 200) {
-            shown = true;
-            timer.start();
-            printProgress(QStringLiteral("%1 of %2 blocks restored").arg(restored).arg(total));
-        }
-    });
-}
-
-/// Keeps a journal that could not be salvaged whole, under another name, where the library would delete
-/// it: it is the only copy of the bytes that were left out.
-class KeepingRollbackFile : public RollbackFile
+/// Shows "restored / total" on a terminal while a rollback lasts, and ends it at an interrupt.
+class Watch
 {
 public:
-    [[nodiscard]] const QString& keptAs() const { return m_keptAs; }
-
-protected:
-    void remove(const IOPtr& device) override
+    bool operator()(unsigned long long restored, unsigned long long total)
     {
-        if (repairedWhole()) {
-            RollbackFile::remove(device);
-            return;
+        if (hasTerminal() && restored == total) {
+            printProgress(QString());
+        } else if (hasTerminal() && (!m_timer.isValid() || m_timer.elapsed() >= 200)) {
+            m_timer.start();
+            printProgress(Text::tr("восстановлено блоков: %1 из %2").arg(restored).arg(total));
         }
-        device->close();
-        const QString path = journalInfo().absoluteFilePath();
-        QString name = path + QStringLiteral(".damaged");
-        for (int number = 2; QFileInfo::exists(name); ++number) {
-            name = path + QStringLiteral(".damaged-%1").arg(number);
-        }
-        if (QFile::rename(path, name)) {
-            m_keptAs = name;
-        }
+        return !InterruptWatch::interrupted();
     }
 
 private:
-    QString m_keptAs;
+    QElapsedTimer m_timer;
 };
 
-QString versionText(const RollbackFile& journal)
+const char* wordOf(NameChange::Kind kind)
 {
-    return journal.journalVersion().isNull() ? QString() : journal.journalVersion().toString();
+    return kind == NameChange::Kind::Create   ? "create"
+           : kind == NameChange::Kind::Remove ? "remove"
+                                              : "rename";
 }
 
-void showAsJson(const RollbackFile& journal, const QString& fault)
+void showAsJson(const JournalView& view, const std::vector<NameChange>& names)
 {
-    QJsonArray files;
-    for (const auto& file : journal.protectedFiles()) {
-        files.append(QJsonObject{{QStringLiteral("name"), file.name},
-                                 {QStringLiteral("size"), static_cast<qint64>(file.size)},
-                                 {QStringLiteral("blocks"), static_cast<qint64>(file.blocks)},
-                                 {QStringLiteral("saved"), static_cast<qint64>(file.savedBytes)}});
+    JsonText text(json::JsonFormatter::formatIndented);
+    text.beginObject();
+    text.key("status");
+    text.value(view.valid ? QStringLiteral("valid") : QStringLiteral("refused"));
+    text.key("message");
+    text.value(view.reason);
+    text.key("inUse");
+    text.value(QJsonValue(view.state == JournalState::InUse));
+    text.key("owner");
+    text.value(static_cast<quint64>(view.ownerPid));
+    text.key("version");
+    text.value(view.version.isNull() ? QString() : view.version.toString());
+    text.key("files");
+    text.beginArray();
+    for (const auto& file : view.files) {
+        text.beginObject();
+        text.key("name");
+        text.value(file.name);
+        text.key("size");
+        text.value(file.size);
+        text.key("blocks");
+        text.value(file.blocks);
+        text.key("saved");
+        text.value(file.savedBytes);
+        text.end();
     }
-    const QJsonObject object{
-        {QStringLiteral("status"), fault.isEmpty() ? QStringLiteral("valid") : QStringLiteral("refused")},
-        {QStringLiteral("message"), fault},
-        {QStringLiteral("version"), versionText(journal)},
-        {QStringLiteral("files"), files},
-        {QStringLiteral("freeBlocks"), static_cast<qint64>(journal.freeBlockCount())}};
-    printJson(object);
+    text.end();
+    text.key("names");
+    text.beginArray();
+    for (const NameChange& change : names) {
+        text.beginObject();
+        text.key("change");
+        text.value(QString::fromLatin1(wordOf(change.kind)));
+        text.key("name");
+        text.value(change.name);
+        if (change.kind == NameChange::Kind::Rename) {
+            text.key("target");
+            text.value(change.target);
+        }
+        text.end();
+    }
+    text.end();
+    text.key("freeBlocks");
+    text.value(view.freeBlocks);
+    text.end();
+    print(shownJson(QString::fromStdString(text.take())) + QLatin1Char('\n'));
 }
 
-void showAsTable(const RollbackFile& journal, bool valid)
+void showNames(const std::vector<NameChange>& names)
 {
-    print(QStringLiteral("Journal %1, version %2, free blocks: %3\n")
-              .arg(valid ? QStringLiteral("valid") : QStringLiteral("refused"), versionText(journal))
-              .arg(journal.freeBlockCount()));
-    const auto files = journal.protectedFiles();
-    if (files.empty()) {
-        print(valid ? QStringLiteral("It protects no files.\n")
-                    : QStringLiteral("A repair would restore nothing.\n"));
+    if (names.empty()) {
         return;
     }
-    print(valid ? QStringLiteral("A rollback restores:\n") : QStringLiteral("A repair would restore:\n"));
+    print(Text::tr("Имена, которые изменит фиксация транзакции:") + QLatin1Char('\n'));
+    for (const NameChange& change : names) {
+        const QString name = shownName(change.name);
+        const QString line = change.kind == NameChange::Kind::Create ? Text::tr("новый файл %1").arg(name)
+                             : change.kind == NameChange::Kind::Remove
+                                 ? Text::tr("удаление %1").arg(name)
+                                 : Text::tr("переименование %1 в %2").arg(name, shownName(change.target));
+        print(QStringLiteral("  ") + line + QLatin1Char('\n'));
+    }
+}
+
+void showAsTable(const JournalView& view, const std::vector<NameChange>& names)
+{
+    const QString version = view.version.toString();
+    print((view.valid ? Text::tr("Журнал исправен, версия %1, свободных блоков: %2")
+                      : Text::tr("Журнал отвергнут, версия %1, свободных блоков: %2"))
+              .arg(version)
+              .arg(view.freeBlocks) +
+          QLatin1Char('\n'));
+    if (view.files.empty()) {
+        print((view.valid ? Text::tr("Он не защищает ни одного файла.")
+                          : Text::tr("Исправление не восстановило бы ничего.")) +
+              QLatin1Char('\n'));
+        showNames(names);
+        return;
+    }
+    print((view.valid ? Text::tr("Откат восстановит:") : Text::tr("Исправление восстановило бы:")) +
+          QLatin1Char('\n'));
     const QString row = QStringLiteral("%1 %2 %3  %4\n");
-    print(row.arg(QStringLiteral("old size"), 15)
-              .arg(QStringLiteral("blocks"), 10)
-              .arg(QStringLiteral("saved"), 15)
-              .arg(QStringLiteral("file")));
-    for (const auto& file : files) {
-        print(row.arg(file.size, 15).arg(file.blocks, 10).arg(file.savedBytes, 15).arg(file.name));
+    print(row.arg(Text::tr("прежний размер"), 20)
+              .arg(Text::tr("блоков"), 12)
+              .arg(Text::tr("сохранено"), 20)
+              .arg(Text::tr("файл")));
+    for (const auto& file : view.files) {
+        print(row.arg(file.size, 20).arg(file.blocks, 12).arg(file.savedBytes, 20).arg(shownName(file.name)));
     }
+    showNames(names);
 }
 
-int show(const QFileInfo& path, bool json)
+/// Whether there is anything to settle.
+bool isThere(const QString& path)
 {
-    RollbackFile journal;
-    const ErrorNote note;
-    const bool valid = journal.openByName(path, QIODevice::ReadOnly);
-    const QString fault = valid ? QString() : note.text();
-    const bool there = journal.isOpen();
-    if (!valid && there) {
-        journal.repair();
-    }
-    if (json) {
-        showAsJson(journal, fault);
-    } else if (there) {
-        showAsTable(journal, valid);
-    }
-    return valid ? Done : Failed;
+    const QFileInfo file(path);
+    return file.exists() || file.isSymLink() || !Transaction::nameChanges(path).empty();
 }
 
-/// Rolls back what @p journal holds and tells how many files that were.
-bool restoreFiles(RollbackFile& journal)
+QString notThere(const QString& path)
 {
-    const std::size_t count = journal.protectedFiles().size();
-    showProgress(journal);
-    if (!journal.rollback()) {
-        printError(QStringLiteral("veltor: files that could not be restored: %1; the journal is kept")
-                       .arg(journal.protectedFiles().size()));
-        return false;
-    }
-    print(QStringLiteral("Files restored: %1\n").arg(count));
-    return true;
+    return Text::tr("%1: такого файла нет").arg(shownName(path));
 }
 
-int rollBack(const QFileInfo& path, bool)
+int show(const QString& path, const Arguments& arguments)
 {
-    RollbackFile journal;
-    return journal.openByName(path, QIODevice::ReadOnly) && restoreFiles(journal) ? Done : Failed;
+    const JournalView view = RollbackFile::inspect(QFileInfo(path));
+    const std::vector<NameChange> names = Transaction::nameChanges(path);
+    if (arguments.isSet("json")) {
+        showAsJson(view, names);
+    }
+    const bool used = view.state == JournalState::InUse;
+    if (!isThere(path)) {
+        printError(notThere(path));
+    } else if (used) {
+        printError(shownLine(view.reason));
+    } else if (!view.valid) {
+        printError(shownName(path) + QStringLiteral(": ") + shownLine(view.reason));
+    }
+    if (!arguments.isSet("json") && (view.valid || !view.version.isNull())) {
+        showAsTable(view, names);
+    }
+    return view.valid || used ? Done : Failed;
 }
 
-int repair(const QFileInfo& path, bool)
+/// True when a file of the journal does not lie in its folder.
+bool leadsOutside(const QString& path)
 {
-    KeepingRollbackFile journal;
-    if (journal.openByName(path, QIODevice::ReadOnly)) {
-        journal.close();
-        return rollBack(path, false);
-    }
-    if (!journal.isOpen()) {
+    const auto files = RollbackFile::inspect(QFileInfo(path)).files;
+    return std::any_of(files.begin(), files.end(), [](const auto& file) {
+        const QString name = QDir::cleanPath(file.name);
+        return QDir::isAbsolutePath(name) || name.startsWith(QLatin1String(".."));
+    });
+}
+
+int restore(const QString& path, const Arguments& arguments, Transaction::DamagedJournal damaged)
+{
+    Faults faults;
+    if (!isThere(path)) {
+        printError(notThere(path));
         return Failed;
     }
-    journal.repair();
-    const bool whole = journal.repairedWhole();
-    if (!whole && journal.protectedFiles().empty()) {
-        printError(QStringLiteral("veltor: nothing could be salvaged; the journal is left as it is"));
-        return Failed;
+    const InterruptWatch watch;
+    Transaction::Options options;
+    options.trustForeign = true; // who names it trusts it
+    options.damaged = damaged;
+    options.progress = Watch();
+    if (arguments.isSet("anywhere")) {
+        options.nameRule = RollbackFile::NameRule::Anywhere;
     }
-    if (!restoreFiles(journal)) {
-        return Failed;
+    const Transaction::Recovery done = Transaction::recover(path, options);
+    if (done.foundJournal) {
+        print(Text::tr("Восстановлено файлов: %1").arg(done.restored) + QLatin1Char('\n'));
     }
-    if (!whole) {
-        const QString& kept = journal.keptAs();
+    if (done.finishedNames) {
+        print(Text::tr("Имена завершённой транзакции приведены в порядок.") + QLatin1Char('\n'));
+    }
+    for (const auto& failure : done.failures) {
         printError(
-            QStringLiteral("veltor: not everything could be salvaged; the damaged journal ") +
-            (kept.isEmpty() ? QStringLiteral("stays where it is") : QStringLiteral("is kept as ") + kept));
+            Text::tr("не восстановлен: %1: %2").arg(shownName(failure.name), shownLine(failure.reason)));
     }
+    if (!done.keptAs.isEmpty()) {
+        printError(Text::tr("восстановлено не всё; повреждённый журнал сохранён как %1")
+                       .arg(shownName(done.keptAs)));
+        return Failed;
+    }
+    if (done.result.status == Transaction::Status::Canceled) {
+        printError(Text::tr("прервано; журнал сохранён"));
+        return Interrupted;
+    } else if (!done.result) {
+        faults.tell(done.result.reason);
+        if (!arguments.isSet("anywhere") && leadsOutside(path)) {
+            printError(Text::tr("журнал называет файлы вне своей папки; их восстановит только --anywhere"));
+        }
+    }
+    return done.result ? Done : Failed;
+}
+
+int rollBack(const QString& path, const Arguments& arguments)
+{
+    return restore(path, arguments, Transaction::DamagedJournal::Refuse);
+}
+
+int repair(const QString& path, const Arguments& arguments)
+{
+    return restore(path, arguments, Transaction::DamagedJournal::Salvage);
+}
+
+int discard(const QString& path, const Arguments&)
+{
+    // What is wrong with the journal's contents does not matter now.
+    const logging::LogSink former = logging::setLogSink([](const logging::LogRecord&) {});
+    Transaction::Options options;
+    options.trustForeign = true;
+    const Transaction::Result result = Transaction::discard(path, options);
+    logging::setLogSink(former);
+    if (!result) {
+        printError(shownLine(result.reason));
+        return Failed;
+    }
+    print(Text::tr("Журнал удалён; файлы сохраняют новое содержимое.") + QLatin1Char('\n'));
     return Done;
 }
 
-int discard(const QFileInfo& path, bool)
+struct Action
 {
-    RollbackFile journal;
-    if (!journal.openByName(path, QIODevice::ReadOnly)) {
-        if (!journal.isOpen()) {
-            return Failed;
-        }
-        journal.repair();
-        if (!journal.isRecognized()) {
-            printError(QStringLiteral("veltor: this is no rollback journal; it is left as it is"));
-            return Failed;
-        }
-    }
-    journal.commit();
-    if (QFileInfo::exists(path.absoluteFilePath())) {
-        return Failed;
-    }
-    print(QStringLiteral("Journal removed; the files keep their new contents.\n"));
-    return Done;
-}
+    const char* name;
+    int (*value)(const QString& path, const Arguments& arguments);
+};
+
+constexpr Action actions[] = {
+    {"show", &show}, {"rollback", &rollBack}, {"repair", &repair}, {"discard", &discard}};
 
 } // namespace
 
-int runJournal(const QStringList& arguments)
+int runJournal(const QStringList& words)
 {
-    QStringList words = arguments;
-    if (words.contains(QStringLiteral("--help")) || words.contains(QStringLiteral("-h"))) {
-        print(QString::fromLatin1(usage));
+    Arguments arguments(
+        QStringLiteral("journal"),
+        {QStringLiteral("show JOURNAL [--json]"), QStringLiteral("rollback JOURNAL [--anywhere]"),
+         QStringLiteral("repair JOURNAL [--anywhere]"), QStringLiteral("discard JOURNAL")},
+        Text::tr("show проверяет журнал отката и перечисляет файлы, которые он защищает, ничего не меняя;\n"
+                 "от отвергнутого журнала — то, что восстановило бы исправление.\n"
+                 "rollback возвращает файлам прежнее содержимое и удаляет журнал.\n"
+                 "repair восстанавливает из отвергнутого журнала всё, что цело; если восстановлено не всё, "
+                 "журнал\n"
+                 "сохраняется как JOURNAL.damaged.\n"
+                 "discard сохраняет новое содержимое и удаляет журнал."));
+    arguments.addFlag("json", Text::tr("show: JSON вместо таблицы"));
+    arguments.addFlag("anywhere", Text::tr("rollback, repair: восстанавливать и файлы вне папки журнала"));
+    if (!arguments.parse(words)) {
         return Done;
     }
-    const bool json = words.removeAll(QStringLiteral("--json")) > 0;
-    const QString action = words.value(0);
-    const bool showing = action == QLatin1String("show");
-    int (*run)(const QFileInfo&, bool) = showing                               ? &show
-                                         : action == QLatin1String("rollback") ? &rollBack
-                                         : action == QLatin1String("repair")   ? &repair
-                                         : action == QLatin1String("discard")  ? &discard
-                                                                               : nullptr;
-    if (!run || words.size() != 2 || (json && !showing) || words[1].startsWith(QLatin1String("--"))) {
-        throw UsageError(QString::fromLatin1(usage));
+    arguments.expectWords(2, 2);
+    const QString name = arguments.words()[0];
+    const auto* const action = std::find_if(std::begin(actions), std::end(actions), [&](const Action& row) {
+        return name == QLatin1String(row.name);
+    });
+    if (action == std::end(actions)) {
+        throw UsageError(Text::tr("нет такого действия: '%1'").arg(shownLine(name)));
     }
-    return run(QFileInfo(words[1]), json);
+    const bool shows = action->value == &show;
+    const bool restores = action->value == &rollBack || action->value == &repair;
+    if ((arguments.isSet("json") && !shows) || (arguments.isSet("anywhere") && !restores)) {
+        throw UsageError(Text::tr("действие '%1' не знает этого ключа").arg(name));
+    }
+    return action->value(arguments.words()[1], arguments);
 }
 
 } // namespace veltor::tool

@@ -34,6 +34,7 @@ public:
 
     void key(std::string_view utf8);
     void value(double number);
+    void value(unsigned long long number) { token(std::to_string(number)); }
     void value(const QString& text);
     void value(const QJsonValue& tree);
     void null() { token("null"); }
