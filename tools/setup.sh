@@ -9,7 +9,7 @@
 set -euo pipefail
 
 packages=(
-  g++ cmake ninja-build git pkg-config
+  g++ cmake ninja-build make git pkg-config
   qtbase5-dev qttools5-dev qttools5-dev-tools
   libproj-dev
   libdw-dev
