@@ -5,13 +5,10 @@
 #include <QtCore/QLoggingCategory>
 
 #include <condition_variable>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <utility>
-
-#if __has_include(<cxxabi.h>)
-#include <cxxabi.h>
-#endif
 
 namespace veltor::logging {
 namespace {
@@ -147,11 +144,10 @@ void dispatch(const LogRecord& record)
         } else {
             writeToQt(record);
         }
-#ifdef __GLIBCXX__
-    } catch (const abi::__forced_unwind&) {
-        throw; // the thread is cancelled; nobody may stop that
-#endif
     } catch (...) {
+        if (!std::current_exception()) {
+            throw; // it is none: the thread is being cancelled, which nobody may stop
+        }
         // A line that cannot be written must not change what the code that wrote it does.
     }
 }

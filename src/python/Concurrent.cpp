@@ -7,6 +7,7 @@
 #include "python/PythonRef.h"
 
 #include <atomic>
+#include <exception>
 #include <future>
 #include <thread>
 
@@ -59,59 +60,74 @@ void setPendingBoth(const std::exception_ptr& native, FetchedError callbackError
     }
 }
 
-/// Runs some work on a thread of its own: on a pool's, all taken by procedures that come back here through
+/// Runs a procedure on a thread of its own: on a pool's, all taken by procedures that come back here through
 /// Python, all would wait for ever; and a pool does not tell when it has no thread.
 class Worker
 {
 public:
     /// @throws std::system_error when there is no thread to be had
-    explicit Worker(std::packaged_task<void()>& work)
-        : m_thread([this, &work] {
-            const Ending ending{m_ended};
-            work();
-        })
+    explicit Worker(const std::function<void()>& procedure)
+        : m_thread([this, &procedure] { work(procedure); })
     {}
-    ~Worker() { m_thread.join(); }
+    ~Worker() { wait(); }
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
     [[nodiscard]] bool isRunning() const noexcept { return !m_ended; }
 
-private:
-    /// Also when the work ends its thread.
-    struct Ending
+    /// Waits for the thread's end. @return what the procedure threw, null when it came to its end
+    const std::exception_ptr& wait()
     {
-        ~Ending() { ended = true; }
-        std::atomic<bool>& ended;
-    };
+        if (m_thread.joinable()) {
+            m_thread.join();
+        }
+        return m_fault;
+    }
+
+private:
+    void work(const std::function<void()>& procedure)
+    {
+        struct Ending // also when the procedure ends its thread
+        {
+            ~Ending() { ended = true; }
+            std::atomic<bool>& ended;
+        };
+        const Ending ending{m_ended};
+        try {
+            procedure();
+            m_fault = nullptr;
+        } catch (...) {
+            if (!std::current_exception()) {
+                throw; // it is none: the thread is being cancelled, which nobody may stop
+            }
+            m_fault = std::current_exception();
+        }
+    }
 
     std::atomic<bool> m_ended{false};
-    std::thread m_thread;
+    std::exception_ptr m_fault = std::make_exception_ptr(
+        std::future_error(std::future_errc::broken_promise)); // unless it comes to its end
+    std::thread m_thread;                                     // last: it uses the others
 };
 
 void run(std::function<void()> procedure, PyObject* callback)
 {
-    std::packaged_task<void()> work(std::move(procedure));
-    std::future<void> outcome = work.get_future();
     FetchedError callbackError;
+    std::exception_ptr fault;
     {
-        const Worker worker(work);
+        Worker worker(procedure);
         while (worker.isRunning()) {
             pump(callback, callbackError);
         }
+        fault = worker.wait();
     }
-    work = {}; // a procedure that did not come to its end has broken its promise
-    try {
-        outcome.get();
-        if (callbackError) {
-            callbackError.restore();
-        }
-    } catch (...) {
-        if (callbackError) {
-            setPendingBoth(std::current_exception(), std::move(callbackError));
-        } else {
-            setPending(toPythonException(std::current_exception()));
-        }
+    procedure = nullptr; // before an error is pending
+    if (fault && callbackError) {
+        setPendingBoth(fault, std::move(callbackError));
+    } else if (fault) {
+        setPending(toPythonException(fault));
+    } else if (callbackError) {
+        callbackError.restore();
     }
 }
 

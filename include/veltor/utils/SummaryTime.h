@@ -97,11 +97,11 @@ public:
     /// What one operation has added up to.
     struct Sum
     {
-        OperationId operation;
-        quint64 totalNs;
-        quint64 count;
-        quint64 minimumNs;
-        quint64 maximumNs;
+        OperationId operation; ///< its name
+        quint64 totalNs;       ///< of all runs
+        quint64 count;         ///< of runs
+        quint64 minimumNs;     ///< the shortest run
+        quint64 maximumNs;     ///< the longest run
     };
     /// The sums so far, in the order of the operations' names. Thread-safe beside addTime(); the four numbers
     /// of an operation that is being added to may be of different moments.

@@ -32,7 +32,7 @@ public:
     /// One run of one scope.
     struct Span
     {
-        SummaryTime::OperationId operation;
+        SummaryTime::OperationId operation; ///< the timer's
         int thread;        ///< threads are numbered from 1, in the order of their first span in the process
         int depth;         ///< the number of scopes around it on its thread, 0 for an outermost one
         qint64 beginNs;    ///< from start() on
