@@ -27,7 +27,7 @@ for group in "$@"; do
     qt6) packages+=(qt6-base-dev qt6-5compat-dev qt6-l10n-tools libgl-dev) ;;
     ci)
       packages+=(clang-format clang-tidy doxygen graphviz)
-      packages+=(abigail-tools dpkg-dev file gzip lintian man-db mandoc meson)
+      packages+=(abigail-tools dpkg-dev file gzip lintian man-db mandoc meson zsh fish)
       ;;
     *) echo "tools/setup.sh: unknown group '$group' (bench, ci, package, qt6)" >&2; exit 2 ;;
   esac
