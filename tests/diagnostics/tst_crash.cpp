@@ -391,8 +391,12 @@ TEST(CrashFile, TheNewestIsFoundAndWhatElseLiesThereIsLeftAlone)
     ASSERT_TRUE(QFile::link(first->file, folder.path("100%-2")));
     EXPECT_EQ(utils::lastCrash()->file, first->file);
 
+    ASSERT_TRUE(QDir(folder.path()).removeRecursively());
+    EXPECT_FALSE(utils::lastCrash(&error));
+    EXPECT_NE(error, QString());
     ASSERT_TRUE(utils::setCrashReportFile(QString()));
-    EXPECT_FALSE(utils::lastCrash());
+    EXPECT_FALSE(utils::lastCrash(&error));
+    EXPECT_EQ(error, QString());
 }
 
 TEST(CrashFile, NeverWritesToWhatIsThere)
@@ -413,7 +417,8 @@ TEST(CrashFile, NeverWritesToWhatIsThere)
 TEST(CrashFile, TemplatesThatDoNotFitAreRefused)
 {
     const Folder folder;
-    for (const char* path : {"%", "name%d", "nowhere/name", "victim/name", "sub/"}) {
+    const std::string tooLong = std::string(250, 'x') + "%p";
+    for (const char* path : {tooLong.c_str(), "%", "name%d", "nowhere/name", "victim/name", "sub/"}) {
         LogCapture log;
         folder.write("victim", "a file");
         EXPECT_FALSE(utils::setCrashReportFile(folder.path(path))) << path;
