@@ -295,8 +295,10 @@ const Role crashes("crash", [](const QStringList& arguments) {
 void quietenSanitizers()
 {
     const char* const options = "handle_segv=0:handle_abort=0:handle_sigfpe=0:handle_sigill=0:";
-    qputenv("ASAN_OPTIONS", QByteArray(options) + "detect_leaks=0");
-    qputenv("TSAN_OPTIONS", QByteArray(options) + "report_signal_unsafe=0:report_thread_leaks=0");
+    static const QByteArray asan = qgetenv("ASAN_OPTIONS");
+    static const QByteArray tsan = qgetenv("TSAN_OPTIONS");
+    qputenv("ASAN_OPTIONS", options + asan + ":detect_leaks=0");
+    qputenv("TSAN_OPTIONS", options + tsan + ":report_signal_unsafe=0:report_thread_leaks=0");
 }
 
 std::string tracedTo(const utils::CrashReport& report)
