@@ -27,6 +27,14 @@
         <source>это не отчёт о сбое</source>
         <translation>not a crash report</translation>
     </message>
+    <message>
+        <source>имя файла слишком длинное</source>
+        <translation>the file name is too long</translation>
+    </message>
+    <message>
+        <source>каталог недоступен</source>
+        <translation>the directory cannot be read</translation>
+    </message>
 </context>
 <context>
     <name>GroupTask</name>

@@ -295,8 +295,10 @@ const Role crashes("crash", [](const QStringList& arguments) {
 void quietenSanitizers()
 {
     const char* const options = "handle_segv=0:handle_abort=0:handle_sigfpe=0:handle_sigill=0:";
-    qputenv("ASAN_OPTIONS", QByteArray(options) + "detect_leaks=0");
-    qputenv("TSAN_OPTIONS", QByteArray(options) + "report_signal_unsafe=0:report_thread_leaks=0");
+    static const QByteArray asan = qgetenv("ASAN_OPTIONS");
+    static const QByteArray tsan = qgetenv("TSAN_OPTIONS");
+    qputenv("ASAN_OPTIONS", options + asan + ":detect_leaks=0");
+    qputenv("TSAN_OPTIONS", options + tsan + ":report_signal_unsafe=0:report_thread_leaks=0");
 }
 
 std::string tracedTo(const utils::CrashReport& report)
@@ -391,8 +393,12 @@ TEST(CrashFile, TheNewestIsFoundAndWhatElseLiesThereIsLeftAlone)
     ASSERT_TRUE(QFile::link(first->file, folder.path("100%-2")));
     EXPECT_EQ(utils::lastCrash()->file, first->file);
 
+    ASSERT_TRUE(QDir(folder.path()).removeRecursively());
+    EXPECT_FALSE(utils::lastCrash(&error));
+    EXPECT_NE(error, QString());
     ASSERT_TRUE(utils::setCrashReportFile(QString()));
-    EXPECT_FALSE(utils::lastCrash());
+    EXPECT_FALSE(utils::lastCrash(&error));
+    EXPECT_EQ(error, QString());
 }
 
 TEST(CrashFile, NeverWritesToWhatIsThere)
@@ -413,7 +419,8 @@ TEST(CrashFile, NeverWritesToWhatIsThere)
 TEST(CrashFile, TemplatesThatDoNotFitAreRefused)
 {
     const Folder folder;
-    for (const char* path : {"%", "name%d", "nowhere/name", "victim/name", "sub/"}) {
+    const std::string tooLong = std::string(250, 'x') + "%p";
+    for (const char* path : {tooLong.c_str(), "%", "name%d", "nowhere/name", "victim/name", "sub/"}) {
         LogCapture log;
         folder.write("victim", "a file");
         EXPECT_FALSE(utils::setCrashReportFile(folder.path(path))) << path;

@@ -38,11 +38,21 @@ std::filesystem::path::string_type toNative(const QString& path)
 #endif
 }
 
-bool isTemplate(const QString& name)
+/// Why no file can have such names; empty when they are right.
+QString faultOf(const QString& name)
 {
+    constexpr int longestName = 255;
+    constexpr int longestNumber = 20; // or time
     static const QRegularExpression form(QStringLiteral("\\A([^%]|%[pt%])+\\z"));
-    return form.match(name).hasMatch() && name != QLatin1String(".") && name != QLatin1String("..") &&
-           !name.contains(QChar::Null);
+    if (!form.match(name).hasMatch() || name == QLatin1String(".") || name == QLatin1String("..") ||
+        name.contains(QChar::Null)) {
+        return QCoreApplication::translate("CrashReport", "в имени файла допустимы только %p, %t и %%");
+    }
+    const auto length = static_cast<int>(toNative(name).size());
+    if (length + longestNumber * name.count(QLatin1Char('%')) > longestName) {
+        return QCoreApplication::translate("CrashReport", "имя файла слишком длинное");
+    }
+    return {};
 }
 
 /// All names that the template stands for, with the number of a further file of the same name.
@@ -64,36 +74,47 @@ QRegularExpression namesOf(const QString& nameTemplate)
         QRegularExpression::anchoredPattern(pattern + QLatin1String("(\\.[0-9]{1,2})?")));
 }
 
+/// Takes it into use; otherwise tells why not.
+QString useTemplate(const QString& pathTemplate)
+{
+    const QFileInfo target(pathTemplate);
+    platform::CrashFilePlan plan;
+    if (!pathTemplate.isEmpty()) {
+        if (const QString fault = faultOf(target.fileName()); !fault.isEmpty()) {
+            return fault;
+        }
+        plan = {toNative(target.absolutePath()), toNative(target.fileName()),
+                QCoreApplication::applicationName().toStdString(),
+                QCoreApplication::applicationVersion().toStdString(), versionText()};
+    }
+    const std::lock_guard lock(templateLock);
+    if (const std::error_code error = platform::setCrashFile(std::move(plan))) {
+        return QString::fromLocal8Bit(error.message().c_str());
+    }
+    currentTemplate() = pathTemplate.isEmpty() ? QString() : target.absoluteFilePath();
+    return {};
+}
+
+void setError(QString* error, const QString& file, const QString& reason)
+{
+    if (error) {
+        *error =
+            QCoreApplication::translate("CrashReport", "Отчёт о сбое %1 не прочитан: %2").arg(file, reason);
+    }
+}
+
 } // namespace
 
 bool setCrashReportFile(const QString& pathTemplate)
 {
-    const QFileInfo target(pathTemplate);
-    const std::lock_guard lock(templateLock);
-    platform::CrashFilePlan plan;
-    QString reason;
-    if (!pathTemplate.isEmpty()) {
-        plan = {toNative(target.absolutePath()), toNative(target.fileName()),
-                QCoreApplication::applicationName().toStdString(),
-                QCoreApplication::applicationVersion().toStdString(), versionText()};
-        if (!isTemplate(target.fileName())) {
-            reason = QCoreApplication::translate("CrashReport", "в имени файла допустимы только %p, %t и %%");
-        }
-    }
-    if (reason.isEmpty()) {
-        if (const std::error_code error = platform::setCrashFile(std::move(plan))) {
-            reason = QString::fromLocal8Bit(error.message().c_str());
-        }
-    }
+    const QString reason = useTemplate(pathTemplate);
     if (!reason.isEmpty()) {
         logging::LoggerFacade::write(
             logging::LogLevel::Error,
             QCoreApplication::translate("CrashReport", "Отчёты о сбоях не могут записываться в %1: %2")
                 .arg(pathTemplate, reason));
-        return false;
     }
-    currentTemplate() = pathTemplate.isEmpty() ? QString() : target.absoluteFilePath();
-    return true;
+    return reason.isEmpty();
 }
 
 std::optional<CrashReport> lastCrash(QString* error)
@@ -110,6 +131,10 @@ std::optional<CrashReport> lastCrash(QString* error)
     }
     const QRegularExpression names = namesOf(target.fileName());
     const QDir directory(target.absolutePath());
+    if (!directory.isReadable()) {
+        setError(error, target.filePath(), QCoreApplication::translate("CrashReport", "каталог недоступен"));
+        return {};
+    }
     const QFileInfoList files =
         directory.entryInfoList(QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDir::Time);
     for (const QFileInfo& file : files) {
@@ -141,9 +166,8 @@ std::optional<CrashReport> readCrashReport(const QString& path, QString* error)
     }
     if (report) {
         report->file = path;
-    } else if (error) {
-        *error =
-            QCoreApplication::translate("CrashReport", "Отчёт о сбое %1 не прочитан: %2").arg(path, reason);
+    } else {
+        setError(error, path, reason);
     }
     return report;
 }
