@@ -36,11 +36,13 @@ public:
     void deliver() const
     {
         try {
-            static_cast<void>(m_job->core->enter(m_job));
+            if (m_job->core->enter(m_job)) {
+                return;
+            }
         } catch (...) { // of moveTaskToThread(): there are but the task's observers to tell
             TaskAccess::core(*m_job->task).fail();
-            m_job->core->throwAway(m_job);
         }
+        m_job->core->throwAway(m_job);
     }
 
 private:
@@ -287,6 +289,7 @@ void PoolCore::cancelAll()
     {
         const std::lock_guard lock(m_mutex);
         for (const JobPtr& job : m_queue.takeAll()) {
+            job->state->cancelRequested();
             setAside(job);
         }
         m_staged = 0;

@@ -29,7 +29,7 @@ bool PoolQueue::remove(PoolJob& job)
 
 JobPtr PoolQueue::take()
 {
-    while (!m_ready.empty()) {
+    while (!m_ready.empty() && !isHeldUp()) {
         const auto first = m_ready.begin();
         const JobPtr job = std::move(first->second);
         m_ready.erase(first);

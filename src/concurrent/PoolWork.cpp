@@ -263,12 +263,9 @@ PoolCore::Turn PoolCore::nextTurn(PoolThread& worker)
     if (m_life != Life::Open || m_paused) {
         return Turn::None;
     }
-    if (m_queue.isHeldUp()) {
-        ++m_missed;
-        return Turn::None;
-    }
     const JobPtr job = m_queue.take();
     if (!job) {
+        m_missed += m_queue.isHeldUp() ? 1 : 0;
         return Turn::None;
     }
     const bool staged = job->stage == PoolJob::Stage::Staged;
@@ -355,14 +352,17 @@ bool PoolCore::unqueue(PoolJob& job)
 bool PoolCore::withdraw(const JobPtr& job)
 {
     const std::lock_guard lock(m_mutex);
-    if (unqueue(*job)) {
+    const bool arriving = job->stage == PoolJob::Stage::Arriving;
+    const bool queued = unqueue(*job);
+    if (arriving) {
+        job->withdrawn = true; // it is refused at the gate, or set aside after it
+    } else if (queued) {
         setAside(job);
-        return true;
     }
-    if (job->stage == PoolJob::Stage::Arriving) {
-        job->withdrawn = true;
+    if (arriving || queued) {
+        job->state->cancelRequested();
     }
-    return job->withdrawn;
+    return arriving || queued;
 }
 
 /// In the thread of an ended task: deletes it, now or when the last call is done with it.
