@@ -1,6 +1,6 @@
 #include "ProgressWindow.h"
 
-#include "ChecksumTask.h"
+#include "Checksum.h"
 
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QGridLayout>
@@ -9,107 +9,153 @@
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QVBoxLayout>
 
-#include <exception>
-#include <utility>
+using veltor::concurrent::TaskListModel;
 
-using veltor::concurrent::ProgressHandler;
-using veltor::concurrent::TaskProgressHandler;
+namespace {
 
-TaskRow::TaskRow(const QString& title, std::shared_ptr<TaskProgressHandler> handler)
-    : m_handler(std::move(handler))
-    , m_title(new QLabel(title))
+constexpr int barEnd = 1000;
+
+} // namespace
+
+TaskRow::TaskRow(TaskListModel& model, const QModelIndex& index)
+    : m_model(model)
+    , m_index(index)
+    , m_title(new QLabel)
     , m_bar(new QProgressBar)
-    , m_message(new QLabel(tr("В очереди")))
-    , m_pause(new QPushButton(tr("Пауза")))
-    , m_resume(new QPushButton(tr("Продолжить")))
-    , m_cancel(new QPushButton(tr("Отмена")))
+    , m_status(new QLabel)
+    , m_pause(new QPushButton)
+    , m_cancel(new QPushButton)
 {
     m_pause->setObjectName(QStringLiteral("pause"));
-    m_resume->setObjectName(QStringLiteral("resume"));
     m_cancel->setObjectName(QStringLiteral("cancel"));
-    m_message->setObjectName(QStringLiteral("message"));
-    m_resume->setEnabled(false);
-    m_bar->setRange(0, 1000);
+    m_status->setObjectName(QStringLiteral("status"));
+    m_status->setWordWrap(true);
+    m_status->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    QFont bold = m_title->font();
+    bold.setBold(true);
+    m_title->setFont(bold);
 
     auto* layout = new QGridLayout(this);
-    m_message->setWordWrap(true);
-    layout->addWidget(m_title, 0, 0, 1, 4);
-    layout->addWidget(m_message, 2, 0, 1, 4);
+    layout->addWidget(m_title, 0, 0, 1, 3);
     layout->addWidget(m_bar, 1, 0);
     layout->addWidget(m_pause, 1, 1);
-    layout->addWidget(m_resume, 1, 2);
-    layout->addWidget(m_cancel, 1, 3);
+    layout->addWidget(m_cancel, 1, 2);
+    layout->addWidget(m_status, 2, 0, 1, 3);
     layout->setColumnStretch(0, 1);
-
-    // The handler emits in the task's thread; these connections deliver here.
-    TaskProgressHandler* source = m_handler.get();
-    connect(source, &ProgressHandler::messageChanged, m_message, &QLabel::setText);
-    connect(source, &ProgressHandler::progressValueChanged, this,
-            [this](double value) { m_bar->setValue(int(value * 10)); });
-    connect(source, &ProgressHandler::paused, this, [this] {
-        m_pause->setEnabled(false);
-        m_resume->setEnabled(true);
-    });
-    connect(source, &ProgressHandler::successful, this, [this] { showEnd(tr("Готово")); });
-    connect(source, &ProgressHandler::canceled, this, [this] { showEnd(tr("Отменено")); });
-    connect(source, &ProgressHandler::error, this, &TaskRow::showError);
-    connect(m_pause, &QPushButton::clicked, this, [this] { m_handler->pause(); });
-    connect(m_resume, &QPushButton::clicked, this, [this] {
-        m_pause->setEnabled(true);
-        m_resume->setEnabled(false);
-        m_handler->continueWork();
-    });
-    connect(m_cancel, &QPushButton::clicked, this, [this] { m_handler->cancel(); });
+    connect(m_pause, &QPushButton::clicked, this, &TaskRow::pauseOrResume);
+    connect(m_cancel, &QPushButton::clicked, this, &TaskRow::cancelOrDismiss);
+    update();
 }
 
-void TaskRow::showEnd(const QString& text)
+void TaskRow::update()
 {
-    if (m_cancel->isEnabled()) { // an error's text stays when the cancellation that follows it arrives
-        m_message->setText(text);
+    using Model = TaskListModel;
+    const auto state = m_index.data(Model::StateRole).value<Model::State>();
+    const bool ended = state >= Model::State::Done;
+    const QVariant fraction = m_index.data(Model::FractionRole);
+    m_title->setText(m_index.data(Model::TitleRole).toString());
+    m_bar->setRange(0, fraction.isValid() || ended ? barEnd : 0);
+    m_bar->setValue(int(fraction.toDouble() * barEnd));
+    m_bar->setEnabled(state == Model::State::Done || !ended);
+
+    QStringList status{m_index.data(Model::StateTextRole).toString()};
+    const QString error = m_index.data(Model::ErrorRole).toString();
+    if (!error.isEmpty()) {
+        status << error;
+    } else if (!ended) {
+        status << m_index.data(Model::TextRole).toString()
+               << m_index.data(Model::RemainingTextRole).toString();
     }
-    for (QPushButton* button : {m_pause, m_resume, m_cancel}) {
-        button->setEnabled(false);
+    status.removeAll(QString());
+    m_status->setText(status.join(error.isEmpty() ? QStringLiteral(" — ") : QStringLiteral("\n")));
+    m_status->setStyleSheet(state == Model::State::Failed ? QStringLiteral("color: #b00020") : QString());
+
+    const bool paused = m_index.data(Model::ResumableRole).toBool();
+    m_pause->setText(paused ? tr("Продолжить") : tr("Пауза"));
+    m_pause->setEnabled(paused || m_index.data(Model::PausableRole).toBool());
+    m_pause->setVisible(!ended);
+    m_cancel->setText(ended ? tr("Убрать") : tr("Отмена"));
+    m_cancel->setEnabled(ended || m_index.data(Model::CancelableRole).toBool());
+}
+
+void TaskRow::pauseOrResume()
+{
+    if (m_index.data(TaskListModel::ResumableRole).toBool()) {
+        m_model.continueWork(m_index.row());
+    } else {
+        m_model.pause(m_index.row());
     }
 }
 
-void TaskRow::showError(const veltor::err::ConcurrentNestedException& error)
+void TaskRow::cancelOrDismiss()
 {
-    try {
-        error.raise();
-    } catch (const std::exception& reason) {
-        m_message->setStyleSheet(QStringLiteral("color: #b00020"));
-        showEnd(QString::fromUtf8(reason.what()));
-    }
+    m_model.cancel(m_index.row());
+    m_model.dismiss(m_index.row());
 }
 
 ProgressWindow::ProgressWindow()
-    : m_rows(new QVBoxLayout)
+    : m_layout(new QVBoxLayout(this))
     , m_pool(2)
 {
     setWindowTitle(tr("Фоновые задачи"));
     auto* add = new QPushButton(tr("Контрольные суммы файлов..."));
     connect(add, &QPushButton::clicked, this, &ProgressWindow::chooseFiles);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(add);
-    layout->addLayout(m_rows);
-    layout->addStretch();
+    m_layout->addWidget(add);
+    m_layout->addStretch();
     resize(640, 320);
+
+    for (const auto end :
+         {TaskListModel::State::Done, TaskListModel::State::Canceled, TaskListModel::State::Failed}) {
+        m_model.setKept(end, true); // until the user takes it away
+    }
+    using Model = QAbstractItemModel;
+    connect(&m_model, &Model::rowsInserted, this,
+            [this](const QModelIndex&, int first, int last) { insertRows(first, last); });
+    connect(&m_model, &Model::rowsRemoved, this,
+            [this](const QModelIndex&, int first, int last) { removeRows(first, last); });
+    connect(&m_model, &Model::dataChanged, this, [this](const QModelIndex& first, const QModelIndex& last) {
+        updateRows(first.row(), last.row());
+    });
 }
 
-std::shared_ptr<TaskProgressHandler> ProgressWindow::addChecksum(const QString& title,
-                                                                 const QStringList& paths)
+void ProgressWindow::insertRows(int first, int last)
 {
-    auto* task = new ChecksumTask(paths);
-    auto handler = task->progressHandler();
-    m_rows->addWidget(new TaskRow(title, handler));
-    m_pool.start(task);
-    return handler;
+    for (int row = first; row <= last; ++row) {
+        auto* widget = new TaskRow(m_model, m_model.index(row));
+        m_rows.insert(m_rows.begin() + row, widget);
+        m_layout->insertWidget(row + 1, widget); // below the button
+    }
+}
+
+void ProgressWindow::removeRows(int first, int last)
+{
+    for (int row = first; row <= last; ++row) {
+        m_rows[std::size_t(row)]->deleteLater(); // its own button may have been pressed
+        m_rows[std::size_t(row)]->hide();
+    }
+    m_rows.erase(m_rows.begin() + first, m_rows.begin() + last + 1);
+}
+
+void ProgressWindow::updateRows(int first, int last)
+{
+    for (int row = first; row <= last; ++row) {
+        m_rows[std::size_t(row)]->update();
+    }
+}
+
+void ProgressWindow::addChecksums(const QString& title, const QStringList& paths)
+{
+    auto* group = makeChecksums(paths, [](const QString& path, const QByteArray& sum) {
+        qInfo("%s  %s", sum.constData(), qUtf8Printable(path));
+    });
+    m_model.add(*group, title);
+    runGroup(m_pool, group); // the pool owns it from here on
 }
 
 void ProgressWindow::chooseFiles()
 {
     const QStringList paths = QFileDialog::getOpenFileNames(this);
     if (!paths.isEmpty()) {
-        addChecksum(tr("Файлов: %1").arg(paths.size()), paths);
+        addChecksums(tr("Файлов: %1").arg(paths.size()), paths);
     }
 }

@@ -1,39 +1,43 @@
 #pragma once
 
-#include <veltor/concurrent/TaskProgressHandler.h>
+#include <veltor/concurrent/TaskListModel.h>
 #include <veltor/concurrent/TaskThreadPool.h>
 
+#include <QtCore/QPersistentModelIndex>
 #include <QtWidgets/QWidget>
 
-#include <memory>
+#include <vector>
 
 class QLabel;
 class QProgressBar;
 class QPushButton;
 class QVBoxLayout;
 
-/// One running task: bar, message, pause, resume, cancel, error text. It knows the task by its handler.
+/// One row of the model: title, bar, state, the reason of a failure, and the buttons that make sense.
 class TaskRow : public QWidget
 {
     Q_OBJECT
 
 public:
-    TaskRow(const QString& title, std::shared_ptr<veltor::concurrent::TaskProgressHandler> handler);
+    TaskRow(veltor::concurrent::TaskListModel& model, const QModelIndex& index);
+
+    /// Shows what the model says now.
+    void update();
 
 private:
-    void showEnd(const QString& text);
-    void showError(const veltor::err::ConcurrentNestedException& error);
+    void pauseOrResume();
+    void cancelOrDismiss();
 
-    const std::shared_ptr<veltor::concurrent::TaskProgressHandler> m_handler;
+    veltor::concurrent::TaskListModel& m_model;
+    const QPersistentModelIndex m_index;
     QLabel* m_title;
     QProgressBar* m_bar;
-    QLabel* m_message;
+    QLabel* m_status;
     QPushButton* m_pause;
-    QPushButton* m_resume;
     QPushButton* m_cancel;
 };
 
-/// A list of running tasks.
+/// A list of running tasks: a view of the model, which holds all that is known of them.
 class ProgressWindow : public QWidget
 {
     Q_OBJECT
@@ -42,13 +46,16 @@ public:
     ProgressWindow();
 
     /// Starts the computation of the checksums of @p paths, shown under @p title.
-    /// @return the new row's handler
-    std::shared_ptr<veltor::concurrent::TaskProgressHandler> addChecksum(const QString& title,
-                                                                         const QStringList& paths);
+    void addChecksums(const QString& title, const QStringList& paths);
 
 private:
     void chooseFiles();
+    void insertRows(int first, int last);
+    void removeRows(int first, int last);
+    void updateRows(int first, int last);
 
-    QVBoxLayout* m_rows;
-    veltor::concurrent::TaskThreadPool m_pool; // goes first: it stops the tasks that rows still watch
+    veltor::concurrent::TaskListModel m_model;
+    QVBoxLayout* m_layout;
+    std::vector<TaskRow*> m_rows;              // as in the model
+    veltor::concurrent::TaskThreadPool m_pool; // goes first: it stops the tasks
 };

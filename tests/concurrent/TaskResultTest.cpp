@@ -2,6 +2,7 @@
 
 #include "Support.h"
 
+#include <veltor/concurrent/ResultFuture.h>
 #include <veltor/concurrent/TaskResult.h>
 #include <veltor/err/Exceptions.h>
 
@@ -134,6 +135,117 @@ TEST(Results, WaitWithinTheirOwnPoolByHelping)
         return n == 0 ? 0 : n + run(pool, [&, n] { return sum(n - 1); }).get();
     };
     EXPECT_EQ(run(pool, [&] { return sum(50); }).get(), 1275);
+}
+
+TEST(Results, CrossTheBridgeToFuturesAndBack)
+{
+    TaskThreadPool pool(1);
+    QObject context;
+    EXPECT_EQ(toFuture(run(pool, [] { return 5; })).result(), 5);
+    EXPECT_THROW(toFuture(run(pool, [] { throw std::out_of_range("x"); })).waitForFinished(),
+                 std::out_of_range);
+    const auto slow = run(pool, [](const CancellationToken& token) { token.waitFor(std::chrono::hours(1)); });
+    auto back = fromFuture(toFuture(slow, &context), &context);
+    back.cancel();
+    EXPECT_TRUE(back.isCanceled());
+    EXPECT_TRUE(eventually([&] { return slow.isCanceled(); })) << "through both";
+    const auto value = fromFuture(toFuture(run(pool, [] { return 6; })), &context);
+    EXPECT_TRUE(eventually([&] { return value.isFinished(); }));
+    EXPECT_EQ(value.get(), 6);
+}
+
+/// Random chains, cancelled at random, beside an oracle that knows only what each link does. A chain that
+/// nobody cancelled ends exactly as the oracle says; a cancelled one so, or cancelled.
+TEST(Results, RandomChainsEndAsTheirLinksSay)
+{
+    std::mt19937 random(15);
+    const auto pick = [&](int count) { return std::uniform_int_distribution<int>(0, count - 1)(random); };
+    const test::LogCapture log; // of the failures that nobody looks at
+    TaskThreadPool pool(2);
+    for (int round = 0; round < 400; ++round) {
+        auto context = std::make_unique<QObject>();
+        std::atomic<int> calls{0};
+        int expectedCalls = 1;
+        State expected = State::Succeeded;
+        int value = pick(10);
+        const auto end = [&calls](int how, int result) {
+            ++calls;
+            if (how == 0) {
+                throw std::runtime_error("failed");
+            }
+            if (how == 1) {
+                throw Canceled();
+            }
+            return result;
+        };
+        const auto after = [](int how) {
+            return how == 0 ? State::Failed : how == 1 ? State::Canceled : State::Succeeded;
+        };
+        int how = pick(6);
+        expected = after(how);
+        std::vector<TaskResult<int>> chain{run(pool, [=] { return end(how, value); })};
+        for (int link = pick(6); link > 0; --link) {
+            how = pick(6);
+            const int add = pick(10);
+            const auto last = chain.back();
+            const State former = expected;
+            const auto act = [=](int v) { return end(how, v + add); };
+            switch (pick(5)) {
+            case 0:
+                chain.push_back(last.then(context.get(), act));
+                break;
+            case 1:
+                chain.push_back(last.then(pool, act));
+                break;
+            case 2: // a result within a result
+                chain.push_back(last.then(
+                    context.get(), [&pool, act](int v) { return run(pool, [act, v] { return act(v); }); }));
+                break;
+            case 3:
+                chain.push_back(
+                    last.onFailed(context.get(), [=](std::exception_ptr) { return end(how, add); }));
+                if (former == State::Failed) {
+                    value = add;
+                    expected = after(how);
+                    ++expectedCalls;
+                }
+                continue;
+            default:
+                chain.push_back(last.onCanceled(context.get(), [=] { return end(how, add); }));
+                if (former == State::Canceled) {
+                    value = add;
+                    expected = after(how);
+                    ++expectedCalls;
+                }
+                continue;
+            }
+            if (former == State::Succeeded) {
+                value += add;
+                expected = after(how);
+                ++expectedCalls;
+            }
+        }
+        const int disturbed = pick(4); // 0: cancelled, 1: the context goes
+        if (disturbed == 0) {
+            chain[std::size_t(pick(int(chain.size())))].cancel();
+        } else if (disturbed == 1) {
+            context.reset();
+        }
+        SCOPED_TRACE(round);
+        while (!chain.back().isFinished()) {
+            QCoreApplication::processEvents();
+            QThread::yieldCurrentThread();
+        }
+        if (disturbed < 2) {
+            EXPECT_LE(calls, int(chain.size()));
+            continue;
+        }
+        EXPECT_EQ(chain.back().state(), expected);
+        EXPECT_EQ(calls, expectedCalls);
+        if (expected == State::Succeeded) {
+            EXPECT_EQ(chain.back().get(), value);
+        }
+    }
 }
 
 } // namespace

@@ -72,14 +72,14 @@ public:
     decltype(auto) get() const { return node().get(); }
     /// The value itself, for one caller only; that of all results that share it by onFailed() or
     /// onCanceled(). Otherwise as get().
-    T take() { return node().take(); }
+    T take() const { return node().take(); }
     /// What the function threw; null when it did not, or has not ended. The exception is the thrown one.
     [[nodiscard]] std::exception_ptr error() const { return node().error(); }
 
     /// Asks for cancellation, of the results before this one too and so of all that follow from those. What
     /// has not begun ends now; what runs ends when it returns. A follower that was made to look at an end is
     /// not kept from it. Without effect after the end.
-    void cancel() { node().cancel(); }
+    void cancel() const { node().cancel(); }
 
     /// The face of this function for presenters: range 0 to 100, cancel(), and the signals of a task's
     /// handler. Made when first asked for, in the calling thread, where it lives; signals from before are not
