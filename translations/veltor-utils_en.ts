@@ -1018,6 +1018,10 @@ discard keeps the new contents and removes the journal.</translation>
         <source>Файл не разрешен правилом имен</source>
         <translation>The name rule does not accept the file</translation>
     </message>
+    <message>
+        <source>Точка сохранения больше не действует</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>veltor::utils::Transaction</name>
@@ -1104,6 +1108,14 @@ discard keeps the new contents and removes the journal.</translation>
     <message>
         <source>&apos;%0&apos; не является папкой транзакции</source>
         <translation>&apos;%0&apos; is not a transaction&apos;s folder</translation>
+    </message>
+    <message>
+        <source>часть сохранённых данных потеряна, восстановлено не всё</source>
+        <translation>a part of the saved bytes is lost; not all was restored</translation>
+    </message>
+    <message>
+        <source>файл не удалось открыть</source>
+        <translation>the file could not be opened</translation>
     </message>
 </context>
 </TS>

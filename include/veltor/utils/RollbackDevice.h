@@ -98,13 +98,14 @@ public:
         unsigned long long size;       ///< bytes when it was put under protection
         unsigned long long blocks;     ///< change blocks
         unsigned long long savedBytes; ///< bytes in these blocks
+        bool whole = true;             ///< false when a repair had to leave blocks of it out
     };
 
     /// A moment of a transaction; see savepoint().
     class Savepoint
     {
         friend class RollbackDevice;
-        unsigned long long m_generation = 0; // 0: no moment
+        unsigned long long m_number = 0; // 0: no moment
         std::vector<std::pair<Key, unsigned long long>> m_lastChanges;
     };
 
@@ -239,9 +240,10 @@ public:
     [[nodiscard]] Savepoint savepoint() const;
 
     /// Puts the files back to what they were at @p savepoint; those added since, to what they were when
-    /// added. They all stay protected, and the transaction goes on. The journal does not shrink.
-    /// @return false for another journal's savepoint, and when a file could not be put back; then only
-    ///     rollback() makes sense
+    /// added. They all stay protected, and the transaction goes on. The journal does not shrink. Savepoints
+    /// made after @p savepoint are gone; it itself stays.
+    /// @return false for a savepoint that is gone or another journal's, with nothing changed; false also when a
+    ///     file could not be put back: then only rollback() makes sense
     bool rollbackTo(const Savepoint& savepoint);
 
     /// Salvages what a damaged journal still holds: its files, each with the change blocks that are whole

@@ -233,7 +233,8 @@ void RollbackDevice::cancelRollback() noexcept
 RollbackDevice::Savepoint RollbackDevice::savepoint() const
 {
     Savepoint savepoint;
-    savepoint.m_generation = generation();
+    savepoint.m_number = ++m_p->lastSavepoint;
+    m_p->savepoints.push_back(savepoint.m_number);
     for (const auto& [key, file] : m_p->files.all()) {
         savepoint.m_lastChanges.emplace_back(key, file.chain.lastChange);
     }
@@ -242,9 +243,12 @@ RollbackDevice::Savepoint RollbackDevice::savepoint() const
 
 bool RollbackDevice::rollbackTo(const Savepoint& savepoint)
 {
-    if (!isOpen() || savepoint.m_generation != generation()) {
-        return reportFailure(message::keyOutdated());
+    auto& known = m_p->savepoints;
+    const auto found = std::find(known.begin(), known.end(), savepoint.m_number);
+    if (found == known.end()) {
+        return reportFailure(message::savepointGone());
     }
+    known.erase(found + 1, known.end());
     return m_p->rollBackTo(savepoint);
 }
 
@@ -268,7 +272,8 @@ std::vector<RollbackDevice::ProtectedFile> RollbackDevice::protectedFiles() cons
     std::vector<ProtectedFile> files;
     files.reserve(m_p->files.all().size());
     for (const auto& [key, file] : m_p->files.all()) {
-        files.push_back({file.name(), file.chain.fileSize, file.chain.blockCount, file.chain.savedBytes});
+        const auto& chain = file.chain;
+        files.push_back({file.name(), chain.fileSize, chain.blockCount, chain.savedBytes, chain.whole});
     }
     return files;
 }

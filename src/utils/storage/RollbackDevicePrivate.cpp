@@ -76,6 +76,7 @@ bool RollbackDevice::Private::release() noexcept
     if (held) {
         ++generation;
     }
+    savepoints.clear();
     journal = nullIOPtr();
     state = State::Refused;
     version = QUuid();
@@ -143,6 +144,7 @@ void RollbackDevice::Private::salvage()
 {
     files.clear();
     writer.reset();
+    savepoints.clear();
     repairedWhole = false;
     if (isUsable(journal)) {
         readSalvageable();
@@ -385,6 +387,7 @@ bool RollbackDevice::Private::rollBack()
 {
     // Whatever happens now, the map no longer mirrors the journal.
     state = State::RollbackOnly;
+    savepoints.clear();
     cancel = false;
     report = {};
     quint64 done = 0;

@@ -59,6 +59,8 @@ public:
     QUuid version;
     quint64 freeBlockCount = 0;
     quint64 generation = 0;
+    quint64 lastSavepoint = 0;       // their numbers are never used again
+    std::vector<quint64> savepoints; // that can be come back to, in their order
     RollbackProgress progress;
     RollbackReport report;
     JournalRemoval removal;

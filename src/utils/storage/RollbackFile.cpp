@@ -55,7 +55,7 @@ void listFiles(QIODevice& device, JournalView& view)
     using journal::JournalWalker;
     const auto list = [&](const journal::WalkedFile& file) {
         const auto& chain = file.chain;
-        view.files.push_back({file.name, chain.fileSize, chain.blockCount, chain.savedBytes});
+        view.files.push_back({file.name, chain.fileSize, chain.blockCount, chain.savedBytes, chain.whole});
         return true;
     };
     JournalWalker walker(device, JournalWalker::Mode::Validate);

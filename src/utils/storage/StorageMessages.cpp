@@ -358,6 +358,11 @@ QString keyOutdated()
     return Text::tr("Файл открыт под защитой уже завершенного отката");
 }
 
+QString savepointGone()
+{
+    return Text::tr("Точка сохранения больше не действует");
+}
+
 QString notRegular()
 {
     return Text::tr("Это не обычный файл");

@@ -75,6 +75,7 @@ QString fileResizeFailed(const QString& name, quint64 size);
 QString fileFlushFailed(const QString& name);
 QString fileLengthUnexplained(const QString& name, quint64 size);
 QString keyOutdated();
+QString savepointGone();
 
 // Why a file may not be opened.
 QString notRegular();

@@ -38,7 +38,28 @@ JournalWalker::JournalWalker(QIODevice& journal, Mode mode)
 
 bool JournalWalker::walk(const FileVisitor& visitor)
 {
-    return walkHeader() && checkHeader() && walkFiles(visitor) && (m_mode == Mode::Salvage || walkFree());
+    if (!walkHeader()) {
+        return false;
+    }
+    if (m_mode == Mode::Salvage && isFirstEntryUnlinked()) {
+        return true;
+    }
+    return checkHeader() && walkFiles(visitor) && (m_mode == Mode::Salvage || walkFree());
+}
+
+/// Of the header's two ends, one was written when the process died: then the only entry has no changes yet.
+bool JournalWalker::isFirstEntryUnlinked()
+{
+    const quint64 only = m_header.firstFile;
+    if (only == 0 || m_header.lastFile != 0 || pointsIntoHeader(only)) {
+        return false;
+    }
+    const char* const bytes = readRecord(only, EntryHeadSize);
+    if (!bytes) {
+        return false;
+    }
+    const FileEntry entry = decodeEntryHead(bytes);
+    return entry.nextFile == 0 && entry.firstChange == 0 && entry.lastChange == 0;
 }
 
 bool JournalWalker::walkHeader()
@@ -171,6 +192,7 @@ JournalWalker::Outcome JournalWalker::walkChanges(FileChain& chain)
             // was never needed.
             const bool unfinished = chain.lastChange == last;
             chain.lastChange = last;
+            chain.whole = unfinished;
             return m_mode == Mode::Validate ? Outcome::Unreadable
                    : unfinished             ? Outcome::Whole
                                             : Outcome::Broken;
@@ -185,7 +207,8 @@ JournalWalker::Outcome JournalWalker::walkChanges(FileChain& chain)
         return Outcome::Whole;
     }
     if (m_mode == Mode::Salvage) {
-        return isUnfinishedLink(before, last, stored) ? Outcome::Whole : Outcome::Broken;
+        chain.whole = isUnfinishedLink(before, last, stored);
+        return chain.whole ? Outcome::Whole : Outcome::Broken;
     }
     fail(message::lastChangeMismatch(stored, last));
     return Outcome::Unreadable;

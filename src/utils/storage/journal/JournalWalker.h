@@ -84,6 +84,7 @@ private:
     };
 
     bool walkHeader();
+    bool isFirstEntryUnlinked();
     bool checkHeader();
     bool walkFiles(const FileVisitor& visitor);
     bool walkFree();
