@@ -33,6 +33,10 @@ install(FILES "${PROJECT_BINARY_DIR}/veltor-utils.pc"
 if(VELTOR_TOOLS)
   install(FILES packaging/veltor.bash RENAME veltor
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
+  install(FILES packaging/_veltor
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions" COMPONENT tools)
+  install(FILES packaging/veltor.fish
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT tools)
 endif()
 
 if(VELTOR_DEBIAN)

@@ -1,39 +1,47 @@
-# Completion of the command veltor for bash.
+# Completion of the command veltor for bash. All words come from the tool's own help and complaints.
+
+# TOOL WORD...: what may follow "TOOL WORD..."; nothing where a file is meant.
+_veltor_words()
+{
+    local tool=$1 command=${2-} last=
+    shift 2 2>/dev/null || shift $#
+    (($#)) && last=${!#}
+    local -x LC_ALL=C
+    if [[ -z $command || $command == help ]]; then
+        "$tool" --help 2>/dev/null | sed -n 's/^  \([a-z]*\) .*/\1/p'
+        [[ -z $command ]] && printf '%s\n' help --help --version
+        return
+    fi
+    if [[ $last == --* ]]; then
+        local complaint
+        complaint=$("$tool" "$command" "$last=?" /dev/null/x 2>&1 </dev/null)
+        case $complaint in
+            *" takes one of "*)
+                sed -n "s/.* takes one of \(.*\), not '.*/\1/p" <<<"$complaint" | sed "s/''//; s/, */\n/g"
+                return
+                ;;
+            *" takes no value"*) ;;
+            *) return ;; # any value
+        esac
+    fi
+    local help
+    help=$("$tool" "$command" --help 2>/dev/null)
+    (($#)) || sed -n "s/^.*veltor $command \([a-z][a-z]*\) .*/\1/p" <<<"$help" | sort -u
+    sed -n 's/^  \(-h, \)\{0,1\}\(--[a-z-]*\).*/\2/p' <<<"$help"
+}
 
 _veltor()
 {
-    local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]} words=
-    COMPREPLY=()
-    if ((COMP_CWORD == 1)); then
-        words="distance journal measure help --help --version"
-    elif [[ $command == journal ]] && ((COMP_CWORD == 2)); then
-        words="show rollback repair discard --help"
-    else
-        case $command,$prev in
-            measure,--mode) words="cartesian plane spherical sphere ellipsoidal ellipsoid ellipse auto default" ;;
-            measure,--layout)
-                words="compact squeeze indented unindented brackets-indented comma-first delimited"
-                ;;
-            measure,--eol) words="lf crlf cr" ;;
-            *,--ellipsoid | measure,--largest) return ;;
-            measure,*)
-                [[ $cur == -* ]] && words="--mode --ellipsoid --largest --json --layout --eol --help"
-                ;;
-            distance,*) words="--ellipsoid --json --help" ;;
-            journal,*)
-                if [[ $cur == -* ]]; then
-                    words="--help"
-                    case ${COMP_WORDS[2]} in
-                        show) words+=" --json" ;;
-                        rollback | repair) words+=" --anywhere" ;;
-                    esac
-                fi
-                ;;
-        esac
+    local cur=${COMP_WORDS[COMP_CWORD]} words
+    local before=("${COMP_WORDS[@]:1:COMP_CWORD-1}")
+    if [[ $cur == = ]]; then
+        cur=
+    elif [[ ${COMP_WORDS[COMP_CWORD - 1]} == = ]]; then
+        unset 'before[-1]' # "--mode=sph" comes as three words
     fi
-    if [[ $words ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur")
-    elif [[ $command == measure || $command == journal ]]; then
+    words=$(_veltor_words "${COMP_WORDS[0]}" "${before[@]}")
+    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur")
+    if [[ ${#COMPREPLY[@]} == 0 ]]; then
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$cur")
     fi

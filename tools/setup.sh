@@ -23,7 +23,7 @@ for group in "$@"; do
       ;;
     ci)
       packages+=(clang-format clang-tidy doxygen graphviz)
-      packages+=(abigail-tools dpkg-dev file gzip lintian man-db mandoc)
+      packages+=(abigail-tools dpkg-dev file gzip lintian man-db mandoc zsh fish)
       ;;
     *) echo "tools/setup.sh: unknown group '$group' (bench, ci)" >&2; exit 2 ;;
   esac

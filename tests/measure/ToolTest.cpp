@@ -1,42 +1,45 @@
+// The tool as its users run it, and its parts against models.
+
 #include "support/Files.h"
 #include "support/Process.h"
 #include "support/Table.h"
 #include "support/Text.h"
 
+#include "GeoJsonReader.h"
+#include "JsonText.h"
+#include "Surface.h"
+
+#include <QtCore/QBuffer>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QRegularExpression>
 
 #include <gmock/gmock.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
 
 namespace veltor::test {
 namespace {
 
-using testing::HasSubstr;
+using namespace veltor::tool;
 
 const QString sample = QStringLiteral(VELTOR_TESTS "/measure/data/countries-sample.geojson");
 
-/// Runs the tool with words separated by blanks, and with a file's name behind them if there is one.
-Outcome veltor(const char* words, const QString& fileName = {}, const QByteArray& input = {})
+QJsonDocument measured(const QStringList& words)
 {
-    const QStringList file = fileName.isEmpty() ? QStringList() : QStringList{fileName};
-    return run(QStringLiteral(VELTOR_TOOL), u(words).split(QLatin1Char(' ')) + file, input);
-}
-
-Outcome measureText(const char* words, const char* text)
-{
-    return veltor(words, Folder().write("map.geojson", text));
-}
-
-QJsonDocument json(const Outcome& outcome)
-{
+    const Outcome outcome = run(QStringLiteral(VELTOR_TOOL), QStringList{u("measure"), u("--json")} + words);
     EXPECT_EQ(outcome.status, 0) << outcome.errors;
     return QJsonDocument::fromJson(QByteArray::fromStdString(outcome.output));
 }
 
-TEST(MeasureTool, CountriesAgreeWithTheReferencePlanimeter)
+TEST(Tool, CountriesAgreeWithTheReferencePlanimeter)
 {
-    const QJsonDocument ellipsoid = json(veltor("measure --json", sample));
-    const QJsonDocument sphere = json(veltor("measure --json --mode sphere", sample));
+    const QJsonDocument ellipsoid = measured({sample});
+    const QJsonDocument sphere = measured({sample, u("--mode=sphere")});
+    const QJsonDocument straight = measured({sample, u("--edges"), u("straight")});
     EXPECT_EQ(ellipsoid[u"mode"].toString().toStdString(), "ellipsoidal");
     const auto table = readTable("measure/data/countries.csv", ',');
     ASSERT_EQ(ellipsoid[u"features"].toArray().size(), static_cast<int>(table.size()));
@@ -45,77 +48,210 @@ TEST(MeasureTool, CountriesAgreeWithTheReferencePlanimeter)
         const QJsonValue feature = ellipsoid[u"features"][i];
         SCOPED_TRACE(row[0].toStdString());
         EXPECT_EQ(feature[u"name"].toString(), row[0]);
-        EXPECT_NEAR(feature[u"area"].toDouble(), row[1].toDouble(), 100); // 0.1 a vertex
+        const double area = row[1].toDouble();
+        EXPECT_NEAR(feature[u"area"].toDouble(), area, 100); // 0.1 a vertex
         EXPECT_NEAR(feature[u"perimeter"].toDouble(), row[2].toDouble(), 1e-5);
-        // Also across the +-180 meridian and around the south pole.
-        EXPECT_NEAR(sphere[u"features"][i][u"area"].toDouble(), row[1].toDouble(), 0.01 * row[1].toDouble());
+        EXPECT_NEAR(sphere[u"features"][i][u"area"].toDouble(), area, 0.01 * area);
+        EXPECT_NEAR(straight[u"features"][i][u"area"].toDouble(), area, 0.002 * area);
+    }
+    const QString ocean = QStringLiteral(VELTOR_TESTS "/measure/data/ocean-110m.geojson");
+    EXPECT_NEAR(measured({ocean})[u"total"][u"area"].toDouble(), 362703062506923,
+                1e3); // Planimeter -s, a ring each
+}
+
+#ifdef Q_OS_UNIX
+TEST(Tool, BehavesAsAShellExpects)
+{
+    for (const QStringList& row : readTable("measure/data/tool.txt", '@')) {
+        const Folder folder;
+        const QString command = QStringLiteral("export LC_ALL=C v=%1 d=%2/measure/data t=%3; %4")
+                                    .arg(u(VELTOR_TOOL), u(VELTOR_TESTS), folder.path(), row.value(3));
+        SCOPED_TRACE(row.value(3).toStdString());
+        const Outcome outcome = run(QStringLiteral("bash"), {QStringLiteral("-c"), command});
+        EXPECT_EQ(outcome.status, row[0].toInt()) << outcome.errors;
+        const auto expect = [](const std::string& text, const QString& pattern) {
+            const QString shown = QString::fromStdString(text).simplified();
+            EXPECT_TRUE(pattern == u("-") || shown.contains(QRegularExpression(pattern)))
+                << shown.toStdString() << "\nlacks " << pattern.toStdString();
+        };
+        expect(outcome.output, row[1].trimmed());
+        expect(outcome.errors, row[2].trimmed());
+    }
+}
+#endif
+
+bool isTaken(const QByteArray& json)
+{
+    QBuffer buffer;
+    buffer.setData(json);
+    buffer.open(QIODevice::ReadOnly);
+    MapReading reading;
+    reading.feature = [](MapFeature&&) {};
+    Notes notes;
+    reading.notes = &notes;
+    try {
+        readGeoJson(buffer, reading);
+        return true;
+    } catch (const std::runtime_error&) {
+        return false;
     }
 }
 
-TEST(MeasureTool, LinesHaveALengthAndOtherKindsAreNamedAndSkipped)
+QByteArray bytesOf(const QString& text)
 {
-    const Outcome outcome =
-        measureText("measure --mode plane --json", R"({"type": "FeatureCollection", "features": [
-        {"type": "Feature", "id": 7, "properties": null,
-         "geometry": {"type": "LineString", "coordinates": [[0, 0], [3, 4], [3, 5]]}},
-        {"type": "Feature", "properties": {"name": "well"}, "geometry": {"type": "Point", "coordinates": [0, 0]}}]})");
-    const QByteArray features =
-        QJsonDocument(json(outcome)[u"features"].toArray()).toJson(QJsonDocument::Compact);
-    EXPECT_EQ(features, QByteArray(R"([{"length":6,"name":"7"}])"));
-    EXPECT_THAT(outcome.errors, HasSubstr("feature 2 (well): Point is not measured"));
+    QByteArray bytes = text.toUtf8();
+    for (int at = bytes.indexOf("\\x"); at >= 0; at = bytes.indexOf("\\x", at + 1)) {
+        bool ok = false;
+        const int code = bytes.mid(at + 2, 2).toInt(&ok, 16);
+        bytes.replace(at, ok ? 4 : 0, ok ? QByteArray(1, static_cast<char>(code)) : QByteArray());
+    }
+    return bytes;
 }
 
-TEST(MeasureTool, LayoutAndLineEndsAreChosenByName)
+TEST(Tool, TakesJsonToTheLetter)
 {
-    const char* line = R"({"type": "LineString", "coordinates": [[0, 0], [3, 4]]})";
-    EXPECT_EQ(measureText("measure --mode plane --layout compact --eol crlf", line).output,
-              "{\"features\":[{\"length\":5,\"name\":\"#1\"}],\"mode\":\"cartesian\","
-              "\"total\":{\"area\":0,\"length\":5,\"perimeter\":0}}\r\n");
-    EXPECT_THAT(measureText("measure --mode plane --eol cr", line).output,
-                HasSubstr("\"length\": 5,\r        "));
+    int count = 0;
+    for (const QStringList& row : readTable("measure/data/json.txt", '\n')) {
+        QStringList words = row[0].split(u("  "), Qt::SkipEmptyParts);
+        const QString verdict = words.takeFirst();
+        for (const QString& word : words) {
+            const QByteArray text = bytesOf(word.trimmed());
+            const bool isLegal =
+                isTaken(R"({"type":"Feature","geometry":null,"properties":{"x":)" + text + "}}");
+            EXPECT_TRUE(verdict == u("either") || isLegal == (verdict == u("legal")))
+                << verdict.toStdString() << ": " << text.toStdString();
+            EXPECT_FALSE(isTaken(text)); // no map
+            ++count;
+        }
+    }
+    EXPECT_GE(count, 318);
+    EXPECT_FALSE(isTaken(R"({"type":"Feature","x":)" + QByteArray(1000000, '[')));
 }
 
-TEST(MeasureTool, BadFilesAreRefusedWithThePlace)
+TEST(Tool, WritesJsonInTheLayoutsOfTheFormatter)
 {
-    const std::pair<const char*, const char*> rows[] = {
-        {R"({"type": "Polygon", )", "offset 20"},
-        {R"({"type": "FeatureCollection"})", "a list of features expected"},
-        {R"({"type": "Polygon", "coordinates": [[[0, 0], [1, 91]]]})",
-         "feature 1 (#1): position 2: latitude 91"},
-        {R"({"type": "FeatureCollection", "features": [{"type": "Feature", "properties": {"name": "A"},
-             "geometry": {"type": "MultiPolygon", "coordinates": [[[[0, "x"]]]]}}]})",
-         "feature 1 (A): position 1: a position needs two numbers"},
-        {"[]", "line 1, offset 0: this is no map"},
+    using json::JsonFormatter;
+    const QJsonObject tree =
+        QJsonDocument::fromJson(
+            R"({"a":[],"b":[1,[2,{}],"x\u0001\"\\\b\n","я"],"c":{"d":{"e":null}},"f":-0.5})")
+            .object();
+    for (const json::Format* layout :
+         {&JsonFormatter::formatCompact, &JsonFormatter::formatSqueeze, &JsonFormatter::formatIndented,
+          &JsonFormatter::formatUnindented, &JsonFormatter::formatBracketsIndented,
+          &JsonFormatter::formatCommaFirst, &JsonFormatter::formatDelimited}) {
+        for (const auto lineEnd : {json::EndOfLine::Lf, json::EndOfLine::CrLf, json::EndOfLine::Cr}) {
+            QBuffer buffer;
+            buffer.open(QIODevice::WriteOnly);
+            JsonFormatter(IOPtr(&buffer, [](QIODevice*) {}), *layout).setEndOfLine(lineEnd).write(tree);
+            JsonText text(*layout, lineEnd);
+            text.value(tree);
+            EXPECT_EQ(text.take(), buffer.data().toStdString());
+        }
+    }
+}
+
+constexpr double radians = 3.14159265358979323846 / 180;
+
+/// A rectangle in longitude and latitude with points along its sides, from a random corner in either
+/// direction.
+Ring rectangle(double west, double width, double south, double north, int steps, std::mt19937& random)
+{
+    Ring ring;
+    for (int i = 0; i < steps; ++i) {
+        ring << QPointF(west + width * i / steps, south);
+    }
+    for (int i = 0; i < steps; ++i) {
+        ring << QPointF(west + width, south + (north - south) * i / steps);
+    }
+    for (int i = 0; i < 2 * steps; ++i) {
+        ring << QPointF(west + width, south) + QPointF(west, north) - ring[i];
+    }
+    std::rotate(ring.begin(), ring.begin() + static_cast<int>(random() % 4U) * steps, ring.end());
+    if (random() % 2 != 0) {
+        std::reverse(ring.begin(), ring.end());
+    }
+    return ring;
+}
+
+TEST(Tool, MeasuresTheSideThatARingEncloses)
+{
+    std::mt19937 random(1);
+    std::uniform_real_distribution<double> unit(0, 1);
+    const Ellipsoid sphere{1, std::numeric_limits<double>::infinity()};
+    const Surface geodesic(core::CalcMode::Spherical, sphere, Edges::Geodesic);
+    const Surface straight(core::CalcMode::Spherical, sphere, Edges::Straight);
+    Notes notes;
+    for (int i = 0; i < 300; ++i) {
+        const double west = 360 * unit(random) - 180;
+        const double width = i % 7 == 0 ? 360 : 359 * unit(random);
+        const double south = i % 3 == 0 ? -90 : -90 + 90 * unit(random);
+        const double north = i % 5 == 0 ? 90 : 90 * unit(random);
+        MapFeature feature;
+        feature.polygons = {{rectangle(west, width, south, north, 720, random)}};
+        double expected = width * radians * (std::sin(north * radians) - std::sin(south * radians));
+        // All round, only an edge along a pole tells that the ring is closed; elsewhere it has no inside.
+        const bool isDrawn = width < 360 || (south == -90 && north == 90);
+        if (i % 2 == 0) {
+            feature.polygons[0].push_back(rectangle(west + width / 4, width / 2,
+                                                    south + 0.1 * (north - south), north / 2, 720, random));
+            const double top = north / 2 * radians;
+            expected -=
+                width / 2 * radians * (std::sin(top) - std::sin((south + 0.1 * (north - south)) * radians));
+        }
+        EXPECT_NEAR(straight.measure(feature, notes).area, expected, 1e-12);
+        if (isDrawn) {
+            EXPECT_NEAR(geodesic.measure(feature, notes).area, expected, 1e-4) << i;
+        }
+    }
+    // Parcels of a metre at the Earth's size, and the zone between two rings round a pole.
+    const Surface earth(core::CalcMode::Spherical, {6370997, std::numeric_limits<double>::infinity()},
+                        Edges::Geodesic);
+    const double metre = 1 / (6370997 * radians);
+    MapFeature parcel;
+    parcel.polygons = {{rectangle(10, metre / std::cos(45 * radians), -45, -45 + metre, 1, random)}};
+    EXPECT_NEAR(earth.measure(parcel, notes).area, 1, 1e-6);
+    const auto parallel = [](double latitude) {
+        Ring ring;
+        for (int i = 0; i < 1440; ++i) {
+            ring << QPointF(i * 0.25 - 180, latitude);
+        }
+        return ring;
     };
-    for (const auto& [text, error] : rows) {
-        const Outcome outcome = measureText("measure", text);
-        EXPECT_EQ(outcome.status, 1);
-        EXPECT_THAT(outcome.errors, HasSubstr(error));
-    }
-    const Outcome layout = veltor("measure --layout pretty", sample);
-    EXPECT_EQ(layout.status, 2);
-    EXPECT_THAT(layout.errors, HasSubstr("brackets-indented, comma-first, delimited"));
-    EXPECT_EQ(veltor("measure --eol nl", sample).status, 2);
-    const Outcome mode = veltor("measure --mode round", sample);
-    EXPECT_EQ(mode.status, 2);
-    EXPECT_THAT(mode.errors, HasSubstr("cartesian, spherical, ellipsoidal"));
+    MapFeature zone;
+    zone.polygons = {{parallel(-89.999), parallel(-60)}};
+    EXPECT_NEAR(geodesic.measure(zone, notes).area, 360 * radians * (1 - std::sin(60 * radians)), 1e-4);
 }
 
-TEST(DistanceTool, PrintsALineOrAnObjectForEachPair)
+TEST(Tool, StraightEdgesAreTheLimitOfShortGeodesics)
 {
-    EXPECT_EQ(veltor("distance", {}, "0 0 0 1\n\n-1,2,-3,4").output,
-              "1.000000000 111194.8743 110574.3886 110574.3886 110574.3885 0.000000000\n"
-              "2.828427125 314283.1071 313588.3972 313588.3972 313587.9551 314.895394544\n");
-    const QJsonDocument object = json(veltor("distance -1 2 -3 4 --json"));
-    EXPECT_EQ(object[u"cartesian"].toDouble(), std::sqrt(8.0));
-    EXPECT_NEAR(object[u"azimuth"].toDouble(), 314.895394544, 1e-9);
-    const Outcome sphere = veltor("distance --ellipsoid 6370997,0", {}, "0 0 0 1\n");
-    EXPECT_THAT(sphere.output, HasSubstr("111194.8743 111194.8743 111194.8743 111194.8743"));
-    const Outcome bad = veltor("distance", {}, "0 0 0 1\n0 0 0 91\n");
-    EXPECT_EQ(bad.status, 1);
-    EXPECT_THAT(bad.output, HasSubstr("1.000000000"));
-    EXPECT_THAT(bad.errors, HasSubstr("line 2"));
-    EXPECT_EQ(veltor("distance --ellipsoid 6370997,0.5").status, 2);
+    std::mt19937 random(2);
+    std::uniform_real_distribution<double> unit(-1, 1);
+    for (const double rf : {298.257223563, 5.0, -5.0}) {
+        const Ellipsoid ellipsoid{1, rf};
+        const Surface geodesic(core::CalcMode::Ellipsoidal, ellipsoid, Edges::Geodesic);
+        const Surface straight(core::CalcMode::Ellipsoidal, ellipsoid, Edges::Straight);
+        Notes notes;
+        for (int i = 0; i < 5; ++i) {
+            Ring corners;
+            MapFeature fine;
+            fine.polygons = {{{}}};
+            for (int corner = 0; corner < 3; ++corner) {
+                corners << QPointF(40 * unit(random), 89 * unit(random));
+            }
+            for (int corner = 0; corner < 3; ++corner) {
+                for (int step = 0; step < 2000; ++step) {
+                    fine.polygons[0][0]
+                        << corners[corner] + (corners[(corner + 1) % 3] - corners[corner]) * step / 2000;
+                }
+            }
+            MapFeature coarse;
+            coarse.polygons = {{corners}};
+            const Measures exact = straight.measure(coarse, notes);
+            const Measures limit = geodesic.measure(fine, notes);
+            EXPECT_NEAR(exact.area, limit.area, 1e-6);
+            EXPECT_NEAR(exact.perimeter, limit.perimeter, 1e-5);
+        }
+    }
 }
 
 } // namespace

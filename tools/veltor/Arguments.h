@@ -61,8 +61,10 @@ public:
         refuse(name, names, word);
     }
 
-private:
+    /// @throws UsageError: the value of an option is none of its words
     [[noreturn]] static void refuse(const char* name, const QStringList& choices, const QString& word);
+
+private:
     [[nodiscard]] QString help() const;
 
     QString m_command;

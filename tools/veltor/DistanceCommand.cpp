@@ -112,9 +112,11 @@ std::vector<Formula> parseFormulas(const QString& text)
     for (const QString& word : words) {
         const auto name = std::find(names.begin(), names.end(), word.toStdString());
         if (name == names.end()) {
-            throw UsageError(Text::tr("--formula: ожидаются через запятую cartesian, spherical, ellipsoid, "
-                                      "vincenty, lambert, azimuth, а не '%1'")
-                                 .arg(shownLine(word)));
+            QStringList choices;
+            for (const std::string_view choice : names) {
+                choices << QString::fromLatin1(choice.data(), static_cast<int>(choice.size()));
+            }
+            Arguments::refuse("formula", choices, word);
         }
         formulas.push_back(static_cast<Formula>(name - names.begin()));
     }

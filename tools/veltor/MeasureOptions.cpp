@@ -65,10 +65,12 @@ CalcMode modeOf(const QString& word)
 {
     const CalcMode mode = core::findCalcMode(word);
     if (mode == CalcMode::Invalid) {
-        throw UsageError(Text::tr("--mode: ожидается одно из %1, а не '%2'")
-                             .arg(QStringLiteral("cartesian, spherical, ellipsoidal, auto, '', sphere, "
-                                                 "ellipsoid, default, ellipse, plane"),
-                                  shownLine(word)));
+        Arguments::refuse("mode",
+                          {QStringLiteral("cartesian"), QStringLiteral("spherical"),
+                           QStringLiteral("ellipsoidal"), QStringLiteral("auto"), QStringLiteral("''"),
+                           QStringLiteral("sphere"), QStringLiteral("ellipsoid"), QStringLiteral("default"),
+                           QStringLiteral("ellipse"), QStringLiteral("plane")},
+                          word);
     }
     return mode == CalcMode::Auto ? CalcMode::Ellipsoidal : mode;
 }

@@ -2,6 +2,8 @@
 
 #include "StraightEdges.h"
 
+#include "Drawing.h"
+
 #include <array>
 #include <cmath>
 
@@ -81,7 +83,7 @@ StraightEdges::Edge StraightEdges::integral(const Nodes& nodes, double from, dou
 
 StraightEdges::Edge StraightEdges::edge(QPointF from, QPointF to) const
 {
-    const double dLongitude = (to.x() - from.x()) * radians;
+    const double dLongitude = drawnStep(from, to) * radians;
     const double dLatitude = (to.y() - from.y()) * radians;
     if (std::fabs(dLatitude) <= longestShort) {
         return integral(shortNodes, from.y() * radians, dLatitude, dLongitude);
@@ -105,7 +107,7 @@ std::pair<double, double> StraightEdges::ring(const Ring& ring) const
         sum.area += next.area;
         sum.length += next.length;
     }
-    return {std::fabs(sum.area), sum.length};
+    return {sum.area, sum.length};
 }
 
 double StraightEdges::length(const Ring& line) const

@@ -8,7 +8,8 @@
 namespace veltor::tool {
 
 /// Lines that are straight in longitude and latitude, as RFC 7946 has them between two positions, on the
-/// sphere or the ellipsoid. Nothing is unrolled: from 179 to -179 the line goes the long way.
+/// sphere or the ellipsoid. Maps are rarely cut at the antimeridian as it asks them to be, so that from 179
+/// to -179 a line goes the shorter way; along a pole it goes as drawn.
 ///
 /// Along an edge the latitude is a linear function of the longitude; the area between it and the equator is
 /// the integral of the authalic function over the longitude, its length that of the line element, both by
@@ -22,7 +23,7 @@ public:
 
     /// Of the whole surface.
     [[nodiscard]] double area() const;
-    /// (area, perimeter) of the region that the ring encloses as drawn.
+    /// (signed area between the ring and the equator, perimeter).
     [[nodiscard]] std::pair<double, double> ring(const Ring& ring) const;
     [[nodiscard]] double length(const Ring& line) const;
 

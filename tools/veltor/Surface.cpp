@@ -2,6 +2,7 @@
 
 #include "Surface.h"
 
+#include "Drawing.h"
 #include "StraightEdges.h"
 #include "Text.h"
 
@@ -17,52 +18,7 @@ namespace {
 
 using core::CalcMode;
 
-constexpr double pi = 3.14159265358979323846;
-constexpr double radians = pi / 180;
-
-/// How a ring lies in longitude and latitude.
-struct Drawing
-{
-    double west = 0, east = 0, south = 90, north = -90; // of the longitudes without jumps
-    double turn = 0;                                    // 0 when it closes in longitude, else +-360
-};
-
-/// The longitude that an edge covers: the shorter way, but along a pole, where all ways are none, as drawn.
-double drawnStep(QPointF from, QPointF to)
-{
-    const double step = to.x() - from.x();
-    const bool isAlongPole = std::fabs(from.y()) == 90 && from.y() == to.y();
-    return isAlongPole || std::fabs(step) <= 180 ? step : step - 360 * std::round(step / 360);
-}
-
-Drawing drawingOf(const Ring& ring)
-{
-    Drawing drawing;
-    double longitude = 0; // from the first point on
-    for (int i = 0; i < ring.size(); ++i) {
-        longitude += i == 0 ? 0 : drawnStep(ring[i - 1], ring[i]);
-        drawing.west = std::min(drawing.west, longitude);
-        drawing.east = std::max(drawing.east, longitude);
-        drawing.south = std::min(drawing.south, ring[i].y());
-        drawing.north = std::max(drawing.north, ring[i].y());
-    }
-    drawing.turn = longitude + drawnStep(ring.last(), ring.first());
-    return drawing;
-}
-
-/// The part of the sphere between the ring as drawn and the equator, signed. An edge along which the latitude
-/// grows evenly has the mean of its sines above the equator.
-double drawnPart(const Ring& ring)
-{
-    double sum = 0;
-    for (int i = 0; i < ring.size(); ++i) {
-        const QPointF from = i == 0 ? ring.last() : ring[i - 1];
-        const double half = (ring[i].y() - from.y()) / 2 * radians;
-        const double mean = std::sin((ring[i].y() + from.y()) / 2 * radians);
-        sum += drawnStep(from, ring[i]) * radians * mean * (half == 0 ? 1 : std::sin(half) / half);
-    }
-    return sum / (4 * pi);
-}
+constexpr double radians = 3.14159265358979323846 / 180;
 
 /// The one that is nearer to @p guess.
 double nearer(double guess, double one, double other)
@@ -101,13 +57,25 @@ Surface::RingMeasures Surface::geodesicRing(const Ring& ring) const
     return {nearer(std::fabs(drawnPart(ring)) * m_whole, smaller, larger), perimeter, NAN};
 }
 
+Surface::RingMeasures Surface::straightRing(const Ring& ring) const
+{
+    const auto [zone, perimeter] = StraightEdges(m_ellipsoid).ring(ring);
+    const double turn = drawingOf(ring).turn;
+    if (std::fabs(turn) <= 180) {
+        return {std::fabs(zone), perimeter, NAN};
+    }
+    const double northCap = m_whole / 2 - std::copysign(zone, zone * turn);
+    return {std::min(northCap, m_whole - northCap), perimeter, northCap};
+}
+
 Surface::RingMeasures Surface::measureRing(const Ring& ring) const
 {
-    if (m_mode != CalcMode::Cartesian && m_edges == Edges::Geodesic) {
-        return geodesicRing(ring);
+    if (m_mode != CalcMode::Cartesian) {
+        return ring.isEmpty()               ? RingMeasures{0, 0, NAN}
+               : m_edges == Edges::Geodesic ? geodesicRing(ring)
+                                            : straightRing(ring);
     }
-    const auto [area, perimeter] = m_mode == CalcMode::Cartesian ? utils::cartesianPolygonAreaPerimeter(ring)
-                                                                 : StraightEdges(m_ellipsoid).ring(ring);
+    const auto [area, perimeter] = utils::cartesianPolygonAreaPerimeter(ring);
     return {area, perimeter, NAN};
 }
 

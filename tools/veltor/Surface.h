@@ -11,7 +11,7 @@ namespace veltor::tool {
 enum class Edges
 {
     Geodesic, ///< the shortest way
-    Straight  ///< a straight line in longitude and latitude
+    Straight  ///< a straight line in longitude and latitude, the shorter way round
 };
 
 struct Measures
@@ -45,6 +45,7 @@ private:
     };
     [[nodiscard]] RingMeasures measureRing(const Ring& ring) const;
     [[nodiscard]] RingMeasures geodesicRing(const Ring& ring) const;
+    [[nodiscard]] RingMeasures straightRing(const Ring& ring) const;
     [[nodiscard]] double measurePolygon(const std::vector<Ring>& rings, double& perimeter, bool& isOdd) const;
     [[nodiscard]] double measureLine(const Ring& line) const;
 

@@ -1,0 +1,36 @@
+// Any bytes as lines of positions: split, read and measured by every formula without a crash or a hang.
+
+#include "Coordinates.h"
+
+#include <veltor/utils/Distance.h>
+
+#include <cmath>
+#include <cstdlib>
+
+using namespace veltor;
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
+{
+    constexpr double a = 6378137;
+    constexpr double rf = 298.257223563;
+    const std::string_view line(reinterpret_cast<const char*>(bytes), size);
+    std::vector<std::string_view> words;
+    tool::splitWords(line, words);
+    for (std::size_t i = 0; i + 4 <= words.size(); i += 4) {
+        const auto from = tool::parsePosition(words[i], words[i + 1]);
+        const auto to = tool::parsePosition(words[i + 2], words[i + 3]);
+        if (!from || !to) {
+            continue;
+        }
+        if (std::fabs(from->y()) > 90 || !std::isfinite(from->x())) {
+            std::abort();
+        }
+        const double sum = utils::vincentyDistance(*from, *to, a, rf) +
+                           utils::lambertDistance(*from, *to, a, rf) + utils::sphericalDistance(*from, *to) +
+                           utils::cartesianDistance(*from, *to) +
+                           utils::backGeodesicProblem(*from, *to, a, rf).first;
+        static volatile double sink = 0;
+        sink = sum;
+    }
+    return 0;
+}
