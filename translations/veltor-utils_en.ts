@@ -648,10 +648,6 @@ discard keeps the new contents and removes the journal.</translation>
         <translation>standard input: %1</translation>
     </message>
     <message>
-        <source>--formula: ожидаются через запятую cartesian, spherical, ellipsoid, vincenty, lambert, azimuth, а не &apos;%1&apos;</source>
-        <translation>--formula takes cartesian, spherical, ellipsoid, vincenty, lambert, azimuth, separated by commas, not &apos;%1&apos;</translation>
-    </message>
-    <message>
         <source>veltor: строка %1: ожидаются LON1 LAT1 LON2 LAT2 в градусах: %2</source>
         <translation>veltor: line %1 is not LON1 LAT1 LON2 LAT2 in degrees: %2</translation>
     </message>
@@ -942,10 +938,6 @@ discard keeps the new contents and removes the journal.</translation>
     <message>
         <source>стандартный ввод</source>
         <translation>standard input</translation>
-    </message>
-    <message>
-        <source>--mode: ожидается одно из %1, а не &apos;%2&apos;</source>
-        <translation>--mode takes one of %1, not &apos;%2&apos;</translation>
     </message>
     <message>
         <source>--%1 не имеет смысла на плоскости</source>
@@ -1434,6 +1426,10 @@ against writing, 1 something does.</translation>
         <source>Файл не разрешен правилом имен</source>
         <translation>The name rule does not accept the file</translation>
     </message>
+    <message>
+        <source>Точка сохранения больше не действует</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>veltor::utils::Transaction</name>
@@ -1520,6 +1516,14 @@ against writing, 1 something does.</translation>
     <message>
         <source>&apos;%0&apos; не является папкой транзакции</source>
         <translation>&apos;%0&apos; is not a transaction&apos;s folder</translation>
+    </message>
+    <message>
+        <source>часть сохранённых данных потеряна, восстановлено не всё</source>
+        <translation>a part of the saved bytes is lost; not all was restored</translation>
+    </message>
+    <message>
+        <source>файл не удалось открыть</source>
+        <translation>the file could not be opened</translation>
     </message>
 </context>
 </TS>

@@ -417,6 +417,33 @@ TEST(TransactionKill, AnotherOwnerIsToldAndAfterADeathFindsAllOrNothing)
     }
 }
 
+TEST(TransactionProgress, ALongRollbackIsWatchedAndCanBeCancelled)
+{
+    const World world;
+    const LogCapture log;
+    world.reset();
+    unsigned long long allowed = 3;
+    Transaction::Options options;
+    options.progress = [&](unsigned long long restored, unsigned long long total) {
+        EXPECT_EQ(total, 21U); // one is the manifest's
+        return restored < allowed;
+    };
+    {
+        Transaction transaction = Transaction::begin(world.journal(), options);
+        for (int block = 0; block < 20; ++block) {
+            EXPECT_EQ(transaction.open(world.path(u("a")))->write("changed"), 7);
+        }
+        EXPECT_TRUE(transaction.create(world.path(u("e"))));
+        EXPECT_EQ(transaction.rollback().status, Status::Canceled);
+        EXPECT_FALSE(transaction.isActive()); // and its end does not begin again
+    }
+    EXPECT_FALSE(world.read() == World::originals());
+    EXPECT_EQ(Transaction::begin(world.journal(), options).beginning().status, Status::Canceled);
+    allowed = 100;
+    EXPECT_EQ(Transaction::begin(world.journal(), options).recovery().restored, 1U);
+    EXPECT_TRUE(world.read() == World::originals());
+}
+
 /// What a sealed manifest of these records would do to a folder from somebody else.
 TEST(TransactionPlanted, AManifestLeadsNowhereButBeneathTheJournal)
 {

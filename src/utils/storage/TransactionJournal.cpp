@@ -7,6 +7,9 @@
 
 #include <QtCore/QBuffer>
 #include <QtCore/QFile>
+#include <QtCore/QSet>
+
+#include <algorithm>
 
 namespace veltor::utils {
 namespace {
@@ -64,6 +67,7 @@ Result TransactionJournal::openLeft(Transaction::DamagedJournal damaged)
         return {};
     }
     const QString fault = errorString();
+    const JournalView listed = inspect(m_path);
     repair();
     if (repairedWhole()) {
         return {};
@@ -72,16 +76,42 @@ Result TransactionJournal::openLeft(Transaction::DamagedJournal damaged)
         close();
         return fail(message::journalDamaged(m_path.filePath(), fault), Status::Damaged);
     }
+    noteLost(listed);
     return {};
+}
+
+/// What a rollback cannot restore, or not whole, of the files that the damaged journal lists.
+void TransactionJournal::noteLost(const JournalView& listed)
+{
+    QSet<QString> whole;
+    for (const ProtectedFile& file : protectedFiles()) {
+        if (file.whole) {
+            whole.insert(file.name);
+        } else {
+            ++m_restoredInPart;
+        }
+    }
+    for (const ProtectedFile& file : listed.files) {
+        if (!whole.contains(file.name)) {
+            const bool opened = existingFile(file.name) != nullptr;
+            m_lost.push_back({file.name, opened ? message::restoredInPart() : message::notRestorable()});
+        }
+    }
 }
 
 Result TransactionJournal::restore(Transaction::Recovery& recovery)
 {
+    const auto files = protectedFiles();
+    const auto isHidden = [this](const auto& file) { return m_names.isOwn(file.name); };
+    const auto hidden = static_cast<quint64>(std::count_if(files.begin(), files.end(), isHidden));
     const bool restored = rollback();
     const RollbackReport& report = rollbackReport();
     recovery.foundJournal = true;
-    recovery.restored += report.restored;
+    // Told are the files that somebody knows, and those that are what they were.
+    const quint64 untold = restored ? hidden + m_restoredInPart : 0;
+    recovery.restored += report.restored - std::min<quint64>(report.restored, untold);
     recovery.failures = report.failures;
+    recovery.failures.insert(recovery.failures.end(), m_lost.begin(), m_lost.end());
     recovery.keptAs = m_keptAs;
     recovery.finishedNames = m_finishedNames;
     m_salvaged = m_salvaged && !restored; // another journal follows

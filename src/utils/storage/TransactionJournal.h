@@ -52,6 +52,7 @@ protected:
     void remove(const IOPtr& device) override;
 
 private:
+    void noteLost(const JournalView& listed);
     void keepDamaged(const IOPtr& device);
     void closeFiles() const;
 
@@ -61,6 +62,8 @@ private:
     Ending m_ending = Ending::ByItself;
     bool m_salvaged = false;
     bool m_finishedNames = false;
+    std::vector<RollbackReport::Failure> m_lost; // by the damage of the journal
+    unsigned long long m_restoredInPart = 0;
     Transaction::Result m_settled;
     QString m_keptAs;
 };

@@ -35,6 +35,17 @@ QString notRestored(int count, const QString& journal, const QString& reason)
         .arg(journal, reason);
 }
 
+QString restoredInPart()
+{
+    return QCoreApplication::translate("veltor::utils::Transaction",
+                                       "часть сохранённых данных потеряна, восстановлено не всё");
+}
+
+QString notRestorable()
+{
+    return QCoreApplication::translate("veltor::utils::Transaction", "файл не удалось открыть");
+}
+
 QString savepointUnknown()
 {
     return QCoreApplication::translate("veltor::utils::Transaction",

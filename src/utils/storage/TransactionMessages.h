@@ -10,6 +10,8 @@ QString notActive();
 QString canceled(const QString& journal);
 QString journalDamaged(const QString& journal, const QString& fault);
 QString notRestored(int count, const QString& journal, const QString& reason);
+QString restoredInPart();
+QString notRestorable();
 QString savepointUnknown();
 
 QString badName(const QString& name);

@@ -132,10 +132,15 @@ std::optional<QString> TransactionNames::nameOf(const QString& path, Result& fai
     return name;
 }
 
-bool TransactionNames::isReserved(const QString& name) const
+bool TransactionNames::isOwn(const QString& name) const
 {
     const QString folder = hiddenName({});
-    return name == m_journal || name == folder || name.startsWith(folder + QLatin1Char('/'));
+    return name == folder || name.startsWith(folder + QLatin1Char('/'));
+}
+
+bool TransactionNames::isReserved(const QString& name) const
+{
+    return name == m_journal || isOwn(name);
 }
 
 NameStatus TransactionNames::look(const QString& name) const

@@ -28,6 +28,9 @@ public:
     [[nodiscard]] QString hiddenPath(quint32 number) const;
     [[nodiscard]] QString manifestPath() const;
 
+    /// Whether a name is that of the hidden folder or of something in it.
+    [[nodiscard]] bool isOwn(const QString& name) const;
+
     [[nodiscard]] platform::NameStatus look(const QString& name) const;
 
     /// Makes the folder and an empty manifest.
