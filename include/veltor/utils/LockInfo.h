@@ -36,24 +36,24 @@ struct LockEntry
 struct LockHolder
 {
     /// How it uses the file.
-    enum Use : unsigned
+    enum Use
     {
-        OpenForReading = 1u,
-        OpenForWriting = 2u,
-        Mapped = 4u,  ///< into its memory; a library, say
-        Running = 8u, ///< it is the process's program
-        CurrentFolder = 16u,
-        RootFolder = 32u, ///< as after `chroot()`
-        Untold = 64u,     ///< the system does not say how
+        OpenForReading = 1, ///< as an open file
+        OpenForWriting = 2, ///< as an open file
+        Mapped = 4,         ///< into its memory; a library, say
+        Running = 8,        ///< it is the process's program
+        CurrentFolder = 16, ///< its working folder
+        RootFolder = 32,    ///< as after `chroot()`
+        Untold = 64,        ///< the system does not say how
     };
     Q_DECLARE_FLAGS(Uses, Use)
 
-    qint64 pid = 0;
+    qint64 pid = 0;       ///< its number
     QString name;         ///< of its program, shortened by the system; anything may stand in it
     QString user;         ///< whose process it is; a number where the account has no name, empty when unknown
     qint64 startedMs = 0; ///< since 1970, UTC; 0 when unknown
-    Uses uses;
-    std::vector<LockEntry> locks;
+    Uses uses;            ///< all of them together
+    std::vector<LockEntry> locks; ///< that it holds or waits for
 };
 
 /// One reason for which a file cannot be written. A plain value.

@@ -18,12 +18,12 @@ namespace veltor::utils {
 struct TreeEntry
 {
     /// What a name stands for.
-    enum Kind : unsigned
+    enum Kind
     {
-        File = 1u,   ///< a file of bytes
-        Folder = 2u, ///< a folder; a link to one where links are followed
-        Link = 4u,   ///< another symbolic link
-        Other = 8u,  ///< a pipe, a socket, a device
+        File = 1,   ///< a file of bytes
+        Folder = 2, ///< a folder; a link to one where links are followed
+        Link = 4,   ///< another symbolic link
+        Other = 8,  ///< a pipe, a socket, a device
     };
     Q_DECLARE_FLAGS(Kinds, Kind)
 
