@@ -5,7 +5,7 @@ _veltor()
     local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]} words=
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
-        words="distance journal measure help --help --version"
+        words="distance journal locks measure help --help --version"
     elif [[ $command == journal ]] && ((COMP_CWORD == 2)); then
         words="show rollback repair discard --help"
     else
@@ -19,6 +19,7 @@ _veltor()
             measure,*)
                 [[ $cur == -* ]] && words="--mode --ellipsoid --largest --json --layout --eol --help"
                 ;;
+            locks,*) [[ $cur == -* ]] && words="--json --help" ;;
             distance,*) words="--ellipsoid --json --help" ;;
             journal,*)
                 if [[ $cur == -* ]]; then
@@ -30,7 +31,7 @@ _veltor()
     fi
     if [[ $words ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$cur")
-    elif [[ $command == measure || $command == journal ]]; then
+    elif [[ $command == measure || $command == journal || $command == locks ]]; then
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$cur")
     fi

@@ -24,7 +24,7 @@ struct LockEntry
         Other,    ///< of another kind
     };
 
-    Kind kind = Other;
+    Kind kind = Other;      ///< its kind
     bool exclusive = false; ///< for writing; shared with others that read when false
     bool waiting = false;   ///< not held yet
     qint64 begin = 0;       ///< first byte of the range
@@ -82,9 +82,9 @@ struct WriteObstacle
         InUse,          ///< processes have it open, which may forbid others to (Windows)
     };
 
-    Kind kind = Unreachable;
-    QString place; ///< see the kinds; empty for the file itself
-    QString text;  ///< the reason for the user, as a part of a sentence
+    Kind kind = Unreachable; ///< its kind
+    QString place;           ///< see the kinds; empty for the file itself
+    QString text;            ///< the reason for the user, as a part of a sentence
 };
 
 /// Which processes use a file or folder and how, and why it cannot be written.
@@ -109,8 +109,11 @@ public:
     /// @param wantedBytes  how much is to be written: obstacles are told when there is less room
     explicit LockInfo(const QString& path, qint64 wantedBytes = 1);
     ~LockInfo();
+    /// @p other may only be assigned to or destroyed.
+    /// @{
     LockInfo(LockInfo&& other) noexcept;
     LockInfo& operator=(LockInfo&& other) noexcept;
+    /// @}
     LockInfo(const LockInfo&) = delete;
     LockInfo& operator=(const LockInfo&) = delete;
 
