@@ -48,7 +48,7 @@
     </message>
     <message>
         <source>Задача &apos;%1&apos; не может быть частью группы: у неё есть владелец, она живёт в другом потоке или уже запущена</source>
-        <translation>The task '%1' cannot be a part of the group: it has an owner, lives in another thread or was started before</translation>
+        <translation>The task &apos;%1&apos; cannot be a part of the group: it has an owner, lives in another thread or was started before</translation>
     </message>
     <message>
         <source>Группа задач уже запущена</source>
@@ -63,15 +63,15 @@
     <name>LockInfo</name>
     <message>
         <source>нет папки &apos;%1&apos;</source>
-        <translation>there is no folder '%1'</translation>
+        <translation>there is no folder &apos;%1&apos;</translation>
     </message>
     <message>
         <source>&apos;%1&apos; — не папка</source>
-        <translation>'%1' is not a folder</translation>
+        <translation>&apos;%1&apos; is not a folder</translation>
     </message>
     <message>
         <source>нет прав на вход в папку &apos;%1&apos;</source>
-        <translation>you may not enter the folder '%1'</translation>
+        <translation>you may not enter the folder &apos;%1&apos;</translation>
     </message>
     <message>
         <source>ссылки ведут по кругу</source>
@@ -131,11 +131,11 @@
     </message>
     <message>
         <source>нет прав на создание файлов в папке &apos;%1&apos;</source>
-        <translation>you may not create files in the folder '%1'</translation>
+        <translation>you may not create files in the folder &apos;%1&apos;</translation>
     </message>
     <message>
         <source>папка &apos;%1&apos; отмечена как неизменяемая</source>
-        <translation>the folder '%1' is marked as immutable</translation>
+        <translation>the folder &apos;%1&apos; is marked as immutable</translation>
     </message>
     <message>
         <source>%1 и ещё %2</source>
@@ -143,7 +143,7 @@
     </message>
     <message>
         <source>Не удалось узнать, кто использует &apos;%1&apos;: %2</source>
-        <translation>Could not find out who uses '%1': %2</translation>
+        <translation>Could not find out who uses &apos;%1&apos;: %2</translation>
     </message>
     <message>
         <source>Процессы других пользователей не видны</source>
@@ -159,7 +159,7 @@
     </message>
     <message>
         <source>Файл &apos;%1&apos; нельзя записать: %2</source>
-        <translation>The file '%1' cannot be written: %2</translation>
+        <translation>The file &apos;%1&apos; cannot be written: %2</translation>
     </message>
     <message>
         <source>%1 (процесс %2)</source>
@@ -326,7 +326,7 @@
     <name>TemporaryDir</name>
     <message>
         <source>Не удалось открыть папку &apos;%1&apos;: %2</source>
-        <translation>Could not open the folder '%1': %2</translation>
+        <translation>Could not open the folder &apos;%1&apos;: %2</translation>
     </message>
     <message>
         <source>не папка этого пользователя</source>
@@ -338,11 +338,11 @@
     </message>
     <message>
         <source>Папка &apos;%1&apos; не годится для временных файлов: любой пользователь может подменить в ней чужие файлы</source>
-        <translation>The folder '%1' is not fit for temporary files: any user can replace the files of others in it</translation>
+        <translation>The folder &apos;%1&apos; is not fit for temporary files: any user can replace the files of others in it</translation>
     </message>
     <message>
         <source>Не удалось создать временную папку в &apos;%1&apos;: %2</source>
-        <translation>Could not create a temporary folder in '%1': %2</translation>
+        <translation>Could not create a temporary folder in &apos;%1&apos;: %2</translation>
     </message>
     <message>
         <source>папка используется</source>
@@ -350,11 +350,11 @@
     </message>
     <message>
         <source>Не удалось удалить &apos;%1&apos;: %2</source>
-        <translation>Could not remove '%1': %2</translation>
+        <translation>Could not remove &apos;%1&apos;: %2</translation>
     </message>
     <message>
         <source>Не удалось переименовать &apos;%1&apos; в &apos;%2&apos;: %3</source>
-        <translation>Could not rename '%1' to '%2': %3</translation>
+        <translation>Could not rename &apos;%1&apos; to &apos;%2&apos;: %3</translation>
     </message>
 </context>
 <context>
@@ -372,7 +372,7 @@
     <name>UniqueFile</name>
     <message>
         <source>Не удалось создать &apos;%1&apos;: %2</source>
-        <translation>Could not create '%1': %2</translation>
+        <translation>Could not create &apos;%1&apos;: %2</translation>
     </message>
 </context>
 <context>
@@ -1141,6 +1141,14 @@ against writing, 1 something does.</translation>
         <source>кто использует файлы и почему их нельзя записать</source>
         <translation>who uses files, and why they cannot be written</translation>
     </message>
+    <message>
+        <source>ФАЙЛ</source>
+        <translation>FILE</translation>
+    </message>
+    <message>
+        <source>куда записать, когда какой поток что делал: события для просмотра в браузере</source>
+        <translation>where to write what each thread did when: events for a browser&apos;s viewer</translation>
+    </message>
 </context>
 <context>
     <name>veltor::concurrent::ProgressHandler</name>
@@ -1153,15 +1161,15 @@ against writing, 1 something does.</translation>
     <name>veltor::concurrent::TaskThreadPool</name>
     <message>
         <source>Задача с родительским объектом не может перейти в другой поток</source>
-        <translation type="unfinished"></translation>
+        <translation>A task with a parent cannot move to another thread</translation>
     </message>
     <message>
         <source>Задача не принадлежит ни одному потоку</source>
-        <translation type="unfinished"></translation>
+        <translation>The task belongs to no thread</translation>
     </message>
     <message>
         <source>Задача уже передана на выполнение</source>
-        <translation type="unfinished"></translation>
+        <translation>The task was handed over already</translation>
     </message>
 </context>
 <context>
@@ -1428,7 +1436,7 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>Точка сохранения больше не действует</source>
-        <translation type="unfinished"></translation>
+        <translation>The savepoint is no longer valid</translation>
     </message>
 </context>
 <context>

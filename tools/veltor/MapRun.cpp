@@ -7,6 +7,7 @@
 
 #include <veltor/concurrent/Task.h>
 #include <veltor/concurrent/TaskThreadPool.h>
+#include <veltor/utils/ScopedTimer.h>
 
 #include <QtCore/QThread>
 
@@ -145,6 +146,7 @@ private:
 
 void measureBatch(Batch& batch, const Surface& surface)
 {
+    const utils::ScopedTimer timer("measure");
     batch.results.reserve(batch.features.size());
     for (MapFeature& feature : batch.features) {
         if (!feature.isMeasured()) {
@@ -210,11 +212,13 @@ int pointsOf(const MapFeature& feature)
 void readBatches(QIODevice& device, MapReading& reading, Conveyor& conveyor)
 {
     try {
+        const utils::ScopedTimer timer("read");
         auto batch = std::make_unique<Batch>();
         reading.feature = [&](MapFeature&& feature) {
             batch->points += pointsOf(feature);
             batch->features.push_back(std::move(feature));
             if (batch->points >= batchPoints || batch->features.size() >= batchFeatures) {
+                const utils::ScopedTimer timer("wait for room");
                 conveyor.put(std::exchange(batch, std::make_unique<Batch>()));
             }
         };
@@ -272,6 +276,7 @@ void measureMap(QIODevice& device, MapReading reading, const Surface& surface,
         }
         for (bool isEnd = false; !isEnd;) {
             if (const BatchPtr batch = conveyor.take(isEnd)) {
+                const utils::ScopedTimer timer("take");
                 for (MeasuredFeature& feature : batch->results) {
                     take(std::move(feature));
                 }

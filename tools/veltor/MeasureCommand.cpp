@@ -7,6 +7,9 @@
 #include "MeasureReport.h"
 #include "TerminalText.h"
 #include "Text.h"
+#include "TraceFile.h"
+
+#include <veltor/utils/ScopedTimer.h>
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QFile>
@@ -88,6 +91,7 @@ void measureFile(const QString& name, const MeasureOptions& options)
             [&](MeasuredFeature&& feature) { report.add(std::move(feature)); },
             [&](qint64 bytes) { progress.show(bytes); });
     }
+    const utils::ScopedTimer timer("report");
     notes.print();
     report.finish();
 }
@@ -110,7 +114,9 @@ int runMeasure(const QStringList& words)
     arguments.expectWords(1, 1);
     const QString name = arguments.words()[0];
     const MeasureOptions options = measureOptions(arguments);
+    TraceFile trace(arguments.value("trace"));
     try {
+        const utils::ScopedTimer timer("map");
         measureFile(name, options);
     } catch (const OutputError&) {
         throw;
@@ -119,6 +125,7 @@ int runMeasure(const QStringList& words)
         throw std::runtime_error(
             (shown + QStringLiteral(": ") + QString::fromUtf8(error.what())).toStdString());
     }
+    trace.write();
     return Done;
 }
 

@@ -130,6 +130,9 @@ void addMeasureOptions(Arguments& arguments)
     arguments.addOption("eol", word,
                         Text::tr("концы строк JSON и CSV: lf, crlf, cr; без ключа lf, в CSV crlf; включает "
                                  "--json, если нет --format"));
+    arguments.addOption(
+        "trace", Text::tr("ФАЙЛ"),
+        Text::tr("куда записать, когда какой поток что делал: события для просмотра в браузере"));
 }
 
 MeasureOptions measureOptions(const Arguments& arguments)

@@ -22,14 +22,17 @@ namespace veltor::utils {
 /// The path without the suffix and its dot.
 [[nodiscard]] VELTOR_UTILS_EXPORT QString withoutFileSuffix(const QString& path);
 /// The path with another suffix in the place of its own, or behind the name when it has none.
+/// @param path    with or without folders before the name
 /// @param suffix  with or without a dot; an empty one removes
 [[nodiscard]] VELTOR_UTILS_EXPORT QString withFileSuffix(const QString& path, const QString& suffix);
 /// The path with the suffix behind it, unless it ends with it already.
+/// @param path    with or without folders before the name
 /// @param suffix  with or without a dot
 /// @param cases   how names are compared, see fileNameCase()
 [[nodiscard]] VELTOR_UTILS_EXPORT QString addedFileSuffix(const QString& path, const QString& suffix,
                                                           Qt::CaseSensitivity cases = Qt::CaseInsensitive);
 /// Whether the name ends with a dot and the suffix, and has something before it.
+/// @param path    with or without folders before the name
 /// @param suffix  with or without a dot; of any number of parts
 /// @param cases   how names are compared, see fileNameCase()
 [[nodiscard]] VELTOR_UTILS_EXPORT bool hasFileSuffix(const QString& path, const QString& suffix,

@@ -24,7 +24,7 @@ struct LockEntry
         Other,    ///< of another kind
     };
 
-    Kind kind = Other;
+    Kind kind = Other;      ///< its kind
     bool exclusive = false; ///< for writing; shared with others that read when false
     bool waiting = false;   ///< not held yet
     qint64 begin = 0;       ///< first byte of the range
@@ -36,24 +36,24 @@ struct LockEntry
 struct LockHolder
 {
     /// How it uses the file.
-    enum Use : unsigned
+    enum Use
     {
-        OpenForReading = 1u,
-        OpenForWriting = 2u,
-        Mapped = 4u,  ///< into its memory; a library, say
-        Running = 8u, ///< it is the process's program
-        CurrentFolder = 16u,
-        RootFolder = 32u, ///< as after `chroot()`
-        Untold = 64u,     ///< the system does not say how
+        OpenForReading = 1, ///< as an open file
+        OpenForWriting = 2, ///< as an open file
+        Mapped = 4,         ///< into its memory; a library, say
+        Running = 8,        ///< it is the process's program
+        CurrentFolder = 16, ///< its working folder
+        RootFolder = 32,    ///< as after `chroot()`
+        Untold = 64,        ///< the system does not say how
     };
     Q_DECLARE_FLAGS(Uses, Use)
 
-    qint64 pid = 0;
+    qint64 pid = 0;       ///< its number
     QString name;         ///< of its program, shortened by the system; anything may stand in it
     QString user;         ///< whose process it is; a number where the account has no name, empty when unknown
     qint64 startedMs = 0; ///< since 1970, UTC; 0 when unknown
-    Uses uses;
-    std::vector<LockEntry> locks;
+    Uses uses;            ///< all of them together
+    std::vector<LockEntry> locks; ///< that it holds or waits for
 };
 
 /// One reason for which a file cannot be written. A plain value.
@@ -82,9 +82,9 @@ struct WriteObstacle
         InUse,          ///< processes have it open, which may forbid others to (Windows)
     };
 
-    Kind kind = Unreachable;
-    QString place; ///< see the kinds; empty for the file itself
-    QString text;  ///< the reason for the user, as a part of a sentence
+    Kind kind = Unreachable; ///< its kind
+    QString place;           ///< see the kinds; empty for the file itself
+    QString text;            ///< the reason for the user, as a part of a sentence
 };
 
 /// Which processes use a file or folder and how, and why it cannot be written.
@@ -109,8 +109,11 @@ public:
     /// @param wantedBytes  how much is to be written: obstacles are told when there is less room
     explicit LockInfo(const QString& path, qint64 wantedBytes = 1);
     ~LockInfo();
+    /// @p other may only be assigned to or destroyed.
+    /// @{
     LockInfo(LockInfo&& other) noexcept;
     LockInfo& operator=(LockInfo&& other) noexcept;
+    /// @}
     LockInfo(const LockInfo&) = delete;
     LockInfo& operator=(const LockInfo&) = delete;
 

@@ -25,6 +25,7 @@ enum class PathType
 
 /// The path of a file as it is to be stored: QDir::relativeFilePath(), QFileInfo::canonicalFilePath(), or the
 /// first unless it contains "..", in which case the second.
+/// @param folder  that the file is seen from
 /// @param path  best absolute: a relative one is relative to @p folder for the first, to the process's folder
 /// for
 ///              the second. The canonical path is asked of the system, and is empty for a file that does not

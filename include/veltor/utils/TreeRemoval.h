@@ -42,7 +42,8 @@ using RemovalProgress = std::function<bool(const RemovalReport& soFar)>;
 /// (Windows) are taken off. Names need not be text. Memory and open descriptors are bounded, whatever the
 /// tree's size and depth.
 ///
-/// @param path  that nothing has this name is no failure
+/// @param path      that nothing has this name is no failure
+/// @param progress  may be empty
 /// @return what was done; reasons are in the user's language. Reentrant.
 VELTOR_UTILS_EXPORT RemovalReport removeTree(const QString& path, const RemovalProgress& progress = {});
 

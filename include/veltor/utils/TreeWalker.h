@@ -18,12 +18,12 @@ namespace veltor::utils {
 struct TreeEntry
 {
     /// What a name stands for.
-    enum Kind : unsigned
+    enum Kind
     {
-        File = 1u,   ///< a file of bytes
-        Folder = 2u, ///< a folder; a link to one where links are followed
-        Link = 4u,   ///< another symbolic link
-        Other = 8u,  ///< a pipe, a socket, a device
+        File = 1,   ///< a file of bytes
+        Folder = 2, ///< a folder; a link to one where links are followed
+        Link = 4,   ///< another symbolic link
+        Other = 8,  ///< a pipe, a socket, a device
     };
     Q_DECLARE_FLAGS(Kinds, Kind)
 
@@ -97,8 +97,11 @@ public:
     /// Nothing is read yet but the root itself, which may be a link.
     explicit TreeWalker(const QString& root, TreeRules rules = {});
     ~TreeWalker();
+    /// @p other may only be assigned to or destroyed.
+    /// @{
     TreeWalker(TreeWalker&& other) noexcept;
     TreeWalker& operator=(TreeWalker&& other) noexcept;
+    /// @}
     TreeWalker(const TreeWalker&) = delete;
     TreeWalker& operator=(const TreeWalker&) = delete;
 
@@ -121,14 +124,12 @@ public:
     class Iterator
     {
     public:
-        /// @name What std::iterator_traits asks for
-        /// @{
+        /// Goes once, and forwards.
         using iterator_category = std::input_iterator_tag;
-        using value_type = TreeEntry;
-        using difference_type = std::ptrdiff_t;
-        using pointer = const TreeEntry*;
-        using reference = const TreeEntry&;
-        /// @}
+        using value_type = TreeEntry;           ///< what it goes over
+        using difference_type = std::ptrdiff_t; ///< without a meaning
+        using pointer = const TreeEntry*;       ///< to the walker's own
+        using reference = const TreeEntry&;     ///< to the walker's own
 
         /// The end.
         Iterator() = default;

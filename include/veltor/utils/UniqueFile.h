@@ -26,12 +26,16 @@ namespace veltor::utils {
                                                                           QString* error = nullptr);
 
 /// Makes a new folder.
+/// @param path   the wanted one
+/// @param error  receives why not, for the user
 /// @return its path; empty on failure. Else as createUniqueFile()
 [[nodiscard]] VELTOR_UTILS_EXPORT QString createUniqueFolder(const QString& path, QString* error = nullptr);
 
 /// Gives a finished file or folder its name: who finds it there finds all of it. Written in a TemporaryDir of
 /// the same file system, a file appears as a whole or not at all.
 /// @param source  what to move; a link is moved itself
+/// @param path    the wanted one
+/// @param error   receives why not, for the user
 /// @return the path that it got; empty on failure, with @p source where it was. Else as createUniqueFile()
 [[nodiscard]] VELTOR_UTILS_EXPORT QString moveToUniqueName(const QString& source, const QString& path,
                                                            QString* error = nullptr);

@@ -1,0 +1,32 @@
+# A result, a run that dies, another result: beside the two nothing is left.
+
+file(REMOVE_RECURSE "${WORK}")
+file(MAKE_DIRECTORY "${WORK}")
+
+function(run status output)
+  execute_process(COMMAND ${PROGRAM} ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE found)
+  if(NOT result EQUAL status)
+    message(FATAL_ERROR "${ARGN}: ended with ${result} instead of ${status}")
+  endif()
+  if(NOT found MATCHES "${output}")
+    message(FATAL_ERROR "${ARGN}: said '${found}' instead of '${output}'")
+  endif()
+endfunction()
+
+function(expect)
+  file(GLOB names RELATIVE "${WORK}" "${WORK}/*" "${WORK}/.*")
+  list(FILTER names EXCLUDE REGEX "^\\.+$")
+  if(NOT names STREQUAL "${ARGN}")
+    message(FATAL_ERROR "left are '${names}' instead of '${ARGN}'")
+  endif()
+endfunction()
+
+run(0 "removed: 0" "${WORK}" pine birch)
+expect(sorted.txt)
+run(3 "" --die "${WORK}" oak)
+run(0 "removed: 1" "${WORK}" elm)
+expect("sorted (2).txt" sorted.txt)
+file(READ "${WORK}/sorted.txt" lines)
+if(NOT lines STREQUAL "birch\npine\n")
+  message(FATAL_ERROR "sorted.txt holds ${lines}")
+endif()
