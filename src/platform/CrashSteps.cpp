@@ -26,6 +26,12 @@ volatile int nextStep = 0;
 volatile bool reported = false;
 CrashState crash;
 
+// Of the step at work; read where its limit is over.
+volatile unsigned limitSeconds = 0;
+volatile int limitsOver = 0;
+volatile long long msAtBegin = 0;
+volatile long long msAtLook = 0;
+
 unsigned limitOf(Step step) noexcept
 {
     constexpr unsigned raw = 1;
@@ -82,9 +88,28 @@ void goOnWithCrash(CrashReporter report) noexcept
         if (step != Step::End) {
             nextStep = nextStep + 1;
         }
-        limitCrashStep(limitOf(step));
+        limitSeconds = limitOf(step);
+        limitsOver = 0;
+        msAtBegin = crashThreadMs();
+        msAtLook = msAtBegin;
+        limitCrashStep(limitSeconds);
         run(step, report);
     }
+}
+
+bool isCrashStepWorking() noexcept
+{
+    constexpr int mostLimits = 10;
+    const long long limitMs = limitSeconds * 1000LL;
+    const long long now = crashThreadMs();
+    const bool moved = now - msAtLook > limitMs / 100; // what waits uses next to nothing
+    msAtLook = now;
+    limitsOver = limitsOver + 1;
+    if (!moved || now - msAtBegin > limitMs * 3 / 4 || limitsOver >= mostLimits) {
+        return false;
+    }
+    limitCrashStep(limitSeconds);
+    return true;
 }
 
 bool rawStepsAreDone() noexcept

@@ -195,10 +195,10 @@ void writeCrashFile(const CrashState& crash, RawText& words) noexcept
     }
 }
 
-bool isOwnFile(const std::filesystem::path& path) noexcept
+bool isOwnFile(const std::filesystem::path& file) noexcept
 {
     struct stat status = {};
-    return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid();
+    return lstat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid();
 }
 
 } // namespace veltor::platform

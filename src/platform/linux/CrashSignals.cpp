@@ -94,6 +94,9 @@ void timeUp(int) noexcept
     if (hasLimitTimer && isRunning(limitTimer)) {
         return; // came late: the step it was meant for has ended
     }
+    if (isCrashStepWorking()) {
+        return;
+    }
     noteBrokenStep("takes too long");
     goOnWithCrash(crashReport);
 }
@@ -222,6 +225,13 @@ void limitCrashStep(unsigned seconds) noexcept
     } else {
         alarm(seconds);
     }
+}
+
+long long crashThreadMs() noexcept
+{
+    timespec time = {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return time.tv_sec * 1000LL + time.tv_nsec / 1000000;
 }
 
 void takeCrashFrames(CrashState& crash) noexcept

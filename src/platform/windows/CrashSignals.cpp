@@ -31,7 +31,7 @@ std::atomic<DWORD> stepLimitMs{INFINITE};
 DWORD WINAPI watchSteps(void*)
 {
     for (DWORD wait = INFINITE;; wait = stepLimitMs) {
-        if (WaitForSingleObject(stepBegins, wait) == WAIT_TIMEOUT) {
+        if (WaitForSingleObject(stepBegins, wait) == WAIT_TIMEOUT && !isCrashStepWorking()) {
             break;
         }
     }
@@ -167,6 +167,20 @@ void limitCrashStep(unsigned seconds) noexcept
     if (stepBegins) {
         SetEvent(stepBegins);
     }
+}
+
+long long crashThreadMs() noexcept
+{
+    ULARGE_INTEGER spent = {};
+    if (HANDLE const thread = OpenThread(THREAD_QUERY_INFORMATION, FALSE, reportingThread)) {
+        FILETIME made, ended, kernel, user;
+        if (GetThreadTimes(thread, &made, &ended, &kernel, &user)) {
+            spent.QuadPart = (static_cast<ULONGLONG>(kernel.dwHighDateTime) << 32 | kernel.dwLowDateTime) +
+                             (static_cast<ULONGLONG>(user.dwHighDateTime) << 32 | user.dwLowDateTime);
+        }
+        CloseHandle(thread);
+    }
+    return static_cast<long long>(spent.QuadPart / 10000); // of 100 ns each
 }
 
 void takeCrashFrames(CrashState& crash) noexcept
