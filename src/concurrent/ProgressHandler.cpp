@@ -33,8 +33,8 @@ ProgressHandler::~ProgressHandler()
 }
 
 /// Runs @p effect as the invoke type says. The plain case, a write from the handler's own thread, needs no
-/// event; and where no thread delivers events to the handler any more, an event would only be lost. The thread of
-/// a task's handler is not looked at for that: it may be deleted any moment.
+/// event; and where no thread delivers events to the handler any more, an event would only be lost. The
+/// thread of a task's handler is not looked at for that: it may be deleted any moment.
 template <typename F>
 void ProgressHandler::write(F effect)
 {
@@ -223,8 +223,7 @@ void ProgressHandler::waitForFinished(QFlags<QEventLoop::ProcessEventsFlag> flag
     waitForFinished(QDeadlineTimer(QDeadlineTimer::Forever), flags);
 }
 
-bool ProgressHandler::waitForFinished(QDeadlineTimer deadline,
-                                      QFlags<QEventLoop::ProcessEventsFlag> flags)
+bool ProgressHandler::waitForFinished(QDeadlineTimer deadline, QFlags<QEventLoop::ProcessEventsFlag> flags)
 {
     const bool ofTask = m_p->task != nullptr; // finished() may be that of a part, passed on
     bool ended = isFinished_impl();
@@ -384,10 +383,10 @@ void ProgressHandler::Private::follow(const ProgressHandler& handler, const QThr
     }
     homeless.store(false);
     if (thread && !dynamic_cast<const EventThread*>(thread)) {
-        threadStarted = connect(
-            thread, &QThread::started, &handler, [this] { homeless.store(false); }, Qt::DirectConnection);
-        threadFinished = connect(
-            thread, &QThread::finished, &handler, [this] { homeless.store(true); }, Qt::DirectConnection);
+        threadStarted = connect(thread, &QThread::started, &handler,
+                                posted([this] { homeless.store(false); }), Qt::DirectConnection);
+        threadFinished = connect(thread, &QThread::finished, &handler,
+                                 posted([this] { homeless.store(true); }), Qt::DirectConnection);
     }
 }
 
