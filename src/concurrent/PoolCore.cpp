@@ -85,7 +85,8 @@ void PoolCore::close()
     service->quit();
     if (service == QThread::currentThread()) { // deleteLater() on the pool
         atEndOf(*service);
-        QObject::connect(service, &QThread::finished, service, &QObject::deleteLater);
+        QObject::connect(service, &QThread::finished,
+                         [service] { service->deleteLater(); }); // where it was made
     } else {
         delete service;
     }

@@ -156,7 +156,7 @@ private:
     bool m_paused = false;
     std::deque<JobPtr> m_requests; // handed over by feed()
     bool m_feeding = false;
-    int m_quick = 0;               // tasks in a row that were short
+    int m_quick = 0; // tasks in a row that were short
     std::size_t m_staged = 0;
     std::size_t m_taken = 0; // of the staged ones, so far
     int m_missed = 0;        // turns that found the queue held up

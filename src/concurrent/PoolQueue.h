@@ -24,7 +24,8 @@ public:
     [[nodiscard]] std::vector<JobPtr> takeAll();
     /// The first is between two threads: nothing can be taken for a moment.
     [[nodiscard]] bool isHeldUp() const;
-    /// The first tasks in line, up to @p most, that are in @p stage and need no resource: they change to Staging.
+    /// The first tasks in line, up to @p most, that are in @p stage and need no resource: they change to
+    /// Staging.
     [[nodiscard]] std::vector<JobPtr> beginStaging(PoolJob::Stage stage, std::size_t most);
     [[nodiscard]] std::size_t inLine() const { return m_ready.size(); }
 

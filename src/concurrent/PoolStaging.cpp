@@ -16,10 +16,11 @@ constexpr int watchMs = 1;
 
 } // namespace
 
-/// Only its own thread moves a task to another. From the service thread each way costs two changes of threads: more
-/// than a short task. While short tasks follow one another and many wait, the first of them are therefore let go to
-/// no thread, where the worker that is free next takes them by itself. A task is there for about a millisecond:
-/// watch() takes it back when no worker comes for it, and onPosted() at once when it is asked to cancel.
+/// Only its own thread moves a task to another. From the service thread each way costs two changes of
+/// threads: more than a short task. While short tasks follow one another and many wait, the first of them are
+/// therefore let go to no thread, where the worker that is free next takes them by itself. A task is there
+/// for about a millisecond: watch() takes it back when no worker comes for it, and onPosted() at once when it
+/// is asked to cancel.
 void PoolCore::askToStage()
 {
     if (m_quick >= manyQuick && !m_staging && m_staged < fewStaged && m_queue.inLine() >= manyQueued) {

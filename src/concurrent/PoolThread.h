@@ -30,7 +30,8 @@ public:
     template <typename F>
     void callLater(int ms, F function)
     {
-        QTimer::singleShot(ms, Qt::PreciseTimer, &m_agent, [keep = core, f = std::move(function)]() mutable { f(); });
+        QTimer::singleShot(ms, Qt::PreciseTimer, &m_agent,
+                           [keep = core, f = std::move(function)]() mutable { f(); });
     }
 
     const std::shared_ptr<PoolCore> core;

@@ -33,8 +33,8 @@ ProgressHandler::~ProgressHandler()
 }
 
 /// Runs @p effect as the invoke type says. The plain case, a write from the handler's own thread, needs no
-/// event; and where no thread delivers events to the handler any more, an event would only be lost. The thread of
-/// a task's handler is not looked at for that: it may be deleted any moment.
+/// event; and where no thread delivers events to the handler any more, an event would only be lost. The
+/// thread of a task's handler is not looked at for that: it may be deleted any moment.
 template <typename F>
 void ProgressHandler::write(F effect)
 {
@@ -383,10 +383,10 @@ void ProgressHandler::Private::follow(const ProgressHandler& handler, const QThr
     }
     homeless.store(false);
     if (thread && !dynamic_cast<const EventThread*>(thread)) {
-        threadStarted = connect(
-            thread, &QThread::started, &handler, [this] { homeless.store(false); }, Qt::DirectConnection);
-        threadFinished = connect(
-            thread, &QThread::finished, &handler, [this] { homeless.store(true); }, Qt::DirectConnection);
+        threadStarted = connect(thread, &QThread::started, &handler,
+                                posted([this] { homeless.store(false); }), Qt::DirectConnection);
+        threadFinished = connect(thread, &QThread::finished, &handler,
+                                 posted([this] { homeless.store(true); }), Qt::DirectConnection);
     }
 }
 

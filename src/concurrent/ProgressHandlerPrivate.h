@@ -16,8 +16,8 @@ class TaskCore;
 
 struct ProgressHandler::Private
 {
-    /// Notes the end of the thread to which a task's handler moves. Threads of this room need no note: the tasks in
-    /// them, and with these the handlers, leave before.
+    /// Notes the end of the thread to which a task's handler moves. Threads of this room need no note: the
+    /// tasks in them, and with these the handlers, leave before.
     void follow(const ProgressHandler& handler, const QThread* thread);
 
     std::atomic<bool> canceled{false};

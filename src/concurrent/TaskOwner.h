@@ -36,8 +36,8 @@ void give(Task* task, std::shared_ptr<TaskOwner> owner);
 /// Before the owner is made: what give() refuses, an owned task excepted.
 void requireMovable(const Task* task);
 
-/// Moves a task from the calling thread, or from none. False when that, which is foreign code, has failed: the task has
-/// ended.
+/// Moves a task from the calling thread, or from none. False when that, which is foreign code, has failed:
+/// the task has ended.
 [[nodiscard]] bool moveTask(Task& task, QThread* thread);
 
 } // namespace veltor::concurrent

@@ -63,18 +63,21 @@ void observersOfAContinuedTask()
     pool.start(task);
     EXPECT_TRUE(eventually([&] { return handler->states() == TaskState::Waiting; }));
     task->enterPausedState();
-    QObject::connect(
-        handler.get(), &ProgressHandler::finished, [&] { EXPECT_TRUE(pool.waitForAllTasks()); });
+    QObject::connect(handler.get(), &ProgressHandler::finished, [&] { EXPECT_TRUE(pool.waitForAllTasks()); });
     handler->continueWork();
     EXPECT_TRUE(handler->isFinished());
 
-    auto* own = new LambdaTask([](LambdaTask& t) { t.enterPausedState(); t.enterWaitingState(); });
+    auto* own = new LambdaTask([](LambdaTask& t) {
+        t.enterPausedState();
+        t.enterWaitingState();
+    });
     own->start();
     own->enterPausedState();
     QObject::connect(own->progressHandler().get(), &ProgressHandler::finished, [own] { delete own; });
     own->continueWork();
     auto* started = new LambdaTask;
-    QObject::connect(started->progressHandler().get(), &ProgressHandler::finished, [started] { delete started; });
+    QObject::connect(started->progressHandler().get(), &ProgressHandler::finished,
+                     [started] { delete started; });
     started->start();
     EXPECT_TRUE(eventually([] { return LambdaTask::alive == 0; }));
 
@@ -109,7 +112,8 @@ void hooksThatThrow()
         });
         const auto handler = task->progressHandler();
         int errors = 0;
-        QObject::connect(handler.get(), &ProgressHandler::error, handler.get(), [&] { ++errors; }, Qt::DirectConnection);
+        QObject::connect(
+            handler.get(), &ProgressHandler::error, handler.get(), [&] { ++errors; }, Qt::DirectConnection);
         task->continued = failing;
         task->pauseAsked = hook == 1 ? failing : std::function<void(LambdaTask&)>();
         task->cancelAsked = hook == 2 ? failing : std::function<void(LambdaTask&)>();

@@ -12,6 +12,13 @@
 using namespace veltor::concurrent;
 using veltor::test::LambdaTask;
 
+/// Gives its successor to the pool, which may be going.
+void handOn(LambdaTask& task)
+{
+    TaskThreadPool::globalInstance()->start(new LambdaTask(handOn));
+    task.waitWhilePaused();
+}
+
 int main(int argc, char** argv)
 {
     const bool withApplication = argc > 1 && std::strcmp(argv[1], "application") == 0;
@@ -35,11 +42,14 @@ int main(int argc, char** argv)
     std::promise<void> paused;
     QObject::connect(handler.get(), &ProgressHandler::paused, [&paused] { paused.set_value(); });
     pool->start(first);
+    pool->addThread();
+    pool->start(new LambdaTask(handOn), TaskThreadPool::High);
     for (int i = 0; i < 14; ++i) {
         pool->start(new LambdaTask(work));
         pool->start(new LambdaTask(pause));
         pool->start(new LambdaTask(wait));
     }
+    pool->startService(new LambdaTask(handOn));
     pool->startService(new LambdaTask(wait));
     if (withApplication) { // no task starts without one
         paused.get_future().wait();

@@ -114,7 +114,8 @@ TEST_F(Pool, ATaskThatEndedInTheQueueUsesUpItsTurn)
     EXPECT_TRUE(pool.waitForAllTasks()) << "the last one was dropped";
 }
 
-/// The queue beside a list: starts in front and at the back, withdrawals, and tasks that start others in their turn.
+/// The queue beside a list: starts in front and at the back, withdrawals, and tasks that start others in
+/// their turn.
 TEST_F(Pool, TakesTasksInTheOrderOfItsQueue)
 {
     for (unsigned seed = 1; seed <= 10; ++seed) {
@@ -336,7 +337,8 @@ struct Life
     }
 };
 
-/// Threads throw dice: tasks of many kinds are started, cancelled, paused, withdrawn, and their pool may go meanwhile.
+/// Threads throw dice: tasks of many kinds are started, cancelled, paused, withdrawn, and their pool may go
+/// meanwhile.
 class Game
 {
 public:
@@ -444,7 +446,8 @@ private:
             if (dice == 2) {
                 m_pool->startService(task);
             } else {
-                m_pool->start(task, random() % 4 ? TaskThreadPool::Normal : TaskThreadPool::High, names[name]);
+                m_pool->start(task, random() % 4 ? TaskThreadPool::Normal : TaskThreadPool::High,
+                              names[name]);
             }
             if (dice == 3 && m_pool->cancel(life->handler)) {
                 life->withdrawn = true;
