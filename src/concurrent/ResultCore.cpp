@@ -159,9 +159,13 @@ void ResultCore::startAfter(Ptr former, Wants wants)
 
 void ResultCore::formerEnded()
 {
-    const Ptr before = former();
-    if (!before) { // ended meanwhile
-        return;
+    Ptr before;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (state() != State::Waiting) { // cancelled, or run by a helper, who may follow another by now
+            return;
+        }
+        before = m_former;
     }
     const State end = before->state();
     if (matches(m_wants, end)) {
@@ -180,8 +184,14 @@ void ResultCore::dispatch()
         m_queue->push(shared_from_this(), m_priority);
         return;
     }
-    const auto delivery = std::make_shared<Delivery>(shared_from_this());
-    m_context->post([delivery] { delivery->deliver(); });
+    std::shared_ptr<ContextLink> context;
+    {
+        const std::lock_guard lock(m_mutex);
+        context = m_context;
+    }
+    if (context) { // else it has ended meanwhile
+        context->post([delivery = std::make_shared<Delivery>(shared_from_this())] { delivery->deliver(); });
+    }
 }
 
 bool ResultCore::claim()
