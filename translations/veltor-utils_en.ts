@@ -169,21 +169,6 @@
     </message>
 </context>
 <context>
-    <name>veltor::concurrent::TaskThreadPool</name>
-    <message>
-        <source>Задача с родительским объектом не может перейти в другой поток</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Задача не принадлежит ни одному потоку</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Задача уже передана на выполнение</source>
-        <translation type="unfinished"></translation>
-    </message>
-</context>
-<context>
     <name>veltor::utils::SecuredFile</name>
     <message>
         <source>Ошибка перехода к смещению %0 (размер файла отката %1, %2)</source>

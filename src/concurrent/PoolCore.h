@@ -19,12 +19,12 @@ namespace veltor::concurrent {
 
 class TaskThreadPool;
 
-/// The machinery of a pool. Whatever is on its way through an event queue holds a share in it, and none a
-/// pointer to the pool.
+/// The machinery of a pool. Whatever is on its way through an event queue holds a share in it, and none a pointer to the
+/// pool.
 ///
-/// Its life is Open, Closing, Stopped, in this order, read and changed under the mutex, which guards
-/// everything here but constants. enter() and hand() pass the gate: they find it Open and count themselves in
-/// `m_passing`, and close() waits for those before a thread is asked to end.
+/// Its life is Open, Closing, Stopped, in this order, read and changed under the mutex, which guards everything here
+/// but constants. enter() and hand() pass the gate: they find it Open and count themselves in `m_passing`, and close()
+/// waits for those before a thread is asked to end.
 ///
 ///     life                   service thread   workers          a task given to start()
 ///     Open                   runs             run              is moved, then run or queued
@@ -38,6 +38,7 @@ class TaskThreadPool;
 ///     stage      the task lives in
 ///     Arriving   its former thread: the caller's, or one whose event loop will hand it over
 ///     Queued     the service thread, which delivers its events
+///     Staged     none, for a moment: see PoolStaging.cpp
 ///     Handed     the service thread, then the worker
 ///     Running    the worker (a service task: the service thread)
 ///     Ended      the same, until its last call is over; deleted there
@@ -75,6 +76,7 @@ public:
     void onEnd(const JobPtr& job);
     void onReleased(const JobPtr& job);
     void onDestroyed(PoolJob& job);
+    void onPosted(const PoolJob& job);
     [[nodiscard]] bool withdraw(const JobPtr& job);
     void atEndOf(PoolThread& thread);
 
@@ -91,7 +93,8 @@ private:
     {
         None,
         Dropped,
-        Next,
+        Here, // the worker takes it by itself
+        Next, // the service thread hands it over
     };
 
     // In the task's thread.
@@ -107,7 +110,7 @@ private:
     // In a worker.
     void serve(PoolThread& worker, JobPtr job);
     [[nodiscard]] bool runOne(const JobPtr& job);
-    [[nodiscard]] JobPtr following(PoolThread& worker, const JobPtr& ended);
+    [[nodiscard]] JobPtr following(PoolThread& worker, const JobPtr& ended, bool wasQuick);
     void afterEnd(PoolThread& worker, const JobPtr& job);
 
     // In the service thread.
@@ -116,22 +119,29 @@ private:
     void serveService(const JobPtr& job);
     void endService(const JobPtr& job);
     void settle();
+    void stage();
+    void recall();
+    void watch(std::size_t takenBefore);
+    void moveStaging(const std::vector<JobPtr>& jobs, QThread* to, PoolJob::Stage then);
     void reap(PoolThread* worker);
 
     // Under the mutex.
     [[nodiscard]] bool idle() const;
     void wakeIfIdle();
-    [[nodiscard]] Turn nextTurn(PoolThread& worker, int way);
+    [[nodiscard]] Turn nextTurn(PoolThread& worker);
     Turn dispatchOne();
     void setAside(const JobPtr& job);
+    [[nodiscard]] bool unqueue(PoolJob& job);
+    void askToStage();
+    void watchAgain();
     void passed();
     [[nodiscard]] std::vector<JobPtr> lastOf(PoolThread& thread);
 
     mutable std::mutex m_mutex;
     Life m_life = Life::Open;
-    int m_passing = 0;                 // calls between the gate and their end
-    int m_entering = 0;                // of these, with a task to be queued
-    std::set<JobPtr> m_arriving;       // through other threads
+    int m_passing = 0;  // calls between the gate and their end
+    int m_entering = 0; // of these, with a task to be queued
+    std::set<JobPtr> m_arriving; // through other threads
     std::condition_variable m_changed; // m_passing, m_idleCount
 
     const QString m_name;
@@ -146,6 +156,12 @@ private:
     bool m_paused = false;
     std::deque<JobPtr> m_requests; // handed over by feed()
     bool m_feeding = false;
+    int m_quick = 0;               // tasks in a row that were short
+    std::size_t m_staged = 0;
+    std::size_t m_taken = 0; // of the staged ones, so far
+    int m_missed = 0;        // turns that found the queue held up
+    bool m_staging = false;
+    bool m_watching = false;
     std::vector<JobPtr> m_aside; // to be ended and deleted by settle()
     std::size_t m_unsettled = 0;
     std::set<JobPtr> m_services;

@@ -33,6 +33,11 @@ void PoolJob::onDestroyed()
     core->onDestroyed(*this);
 }
 
+void PoolJob::onPosted()
+{
+    core->onPosted(*this);
+}
+
 bool PoolJob::withdraw()
 {
     return core->withdraw(shared_from_this());

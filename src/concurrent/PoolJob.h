@@ -5,7 +5,6 @@
 #include <QtCore/QSharedPointer>
 #include <QtCore/QString>
 
-#include <atomic>
 #include <memory>
 
 namespace veltor::concurrent {
@@ -27,19 +26,13 @@ public:
     {
         Arriving, // on its way from the thread of the call
         Queued,
-        Handed, // on its way from the service thread to a worker
+        Staging, // queued, on its way to or from Staged
+        Staged,  // queued, about to be taken by whichever worker is free next
+        Handed,  // on its way from the service thread to a worker
         Running,
         Ended, // the worker is free, the task perhaps not yet deleted
         Orphan,
     };
-    /// Of the way between the threads.
-    enum : int
-    {
-        UnderWay,
-        Arrived,
-        NotAwaited, // the worker is in its event loop
-    };
-
     /// How a task was given to the pool.
     struct Terms
     {
@@ -55,6 +48,7 @@ public:
     void onEnd() override;
     void onReleased() override;
     void onDestroyed() override;
+    void onPosted() override;
     bool withdraw() override;
 
     const std::shared_ptr<PoolCore> core;
@@ -70,7 +64,6 @@ public:
     bool released = false;
 
     bool starting = false; // the task's start() is on the stack; in the home thread only
-    std::atomic<int> way{NotAwaited};
 };
 
 } // namespace veltor::concurrent

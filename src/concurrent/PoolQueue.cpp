@@ -17,7 +17,7 @@ void PoolQueue::add(const JobPtr& job)
 
 bool PoolQueue::remove(PoolJob& job)
 {
-    if (job.stage != PoolJob::Stage::Queued) {
+    if (job.stage < PoolJob::Stage::Queued || job.stage > PoolJob::Stage::Staged) {
         return false;
     }
     if (m_ready.erase(job.order) == 0) {
@@ -29,7 +29,7 @@ bool PoolQueue::remove(PoolJob& job)
 
 JobPtr PoolQueue::take()
 {
-    while (!m_ready.empty()) {
+    while (!m_ready.empty() && !isHeldUp()) {
         const auto first = m_ready.begin();
         const JobPtr job = std::move(first->second);
         m_ready.erase(first);
@@ -57,6 +57,24 @@ std::vector<JobPtr> PoolQueue::takeAll()
     }
     m_count = 0;
     return all;
+}
+
+bool PoolQueue::isHeldUp() const
+{
+    return !m_ready.empty() && m_ready.begin()->second->stage == PoolJob::Stage::Staging;
+}
+
+std::vector<JobPtr> PoolQueue::beginStaging(PoolJob::Stage stage, std::size_t most)
+{
+    std::vector<JobPtr> jobs;
+    for (auto entry = m_ready.begin(); entry != m_ready.end() && jobs.size() < most; ++entry) {
+        const JobPtr& job = entry->second;
+        if (job->stage == stage && job->terms.resource.isEmpty()) {
+            job->stage = PoolJob::Stage::Staging;
+            jobs.push_back(job);
+        }
+    }
+    return jobs;
 }
 
 bool PoolQueue::acquire(const QString& resource)

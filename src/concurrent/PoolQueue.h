@@ -10,9 +10,9 @@
 
 namespace veltor::concurrent {
 
-/// The tasks that wait in a pool, in the order of their starts, and the names that limit them. Not
-/// thread-safe: under the pool's mutex. A task whose resource is in use to its limit is set aside until that
-/// is released, so that a look at the queue costs the same however many such tasks wait.
+/// The tasks that wait in a pool, in the order of their starts, and the names that limit them. Not thread-safe: under
+/// the pool's mutex. A task whose resource is in use to its limit is set aside until that is released, so that
+/// a look at the queue costs the same however many such tasks wait.
 class PoolQueue
 {
 public:
@@ -22,6 +22,11 @@ public:
     /// The first task whose resource is free; it is held until release(). Null when none can start.
     [[nodiscard]] JobPtr take();
     [[nodiscard]] std::vector<JobPtr> takeAll();
+    /// The first is between two threads: nothing can be taken for a moment.
+    [[nodiscard]] bool isHeldUp() const;
+    /// The first tasks in line, up to @p most, that are in @p stage and need no resource: they change to Staging.
+    [[nodiscard]] std::vector<JobPtr> beginStaging(PoolJob::Stage stage, std::size_t most);
+    [[nodiscard]] std::size_t inLine() const { return m_ready.size(); }
 
     /// For a task that never waited: false when its resource is in use to its limit.
     [[nodiscard]] bool acquire(const QString& resource);

@@ -4,6 +4,8 @@
 #include "PoolJob.h"
 #include "Post.h"
 
+#include <QtCore/QTimer>
+
 #include <memory>
 #include <utility>
 #include <vector>
@@ -22,6 +24,13 @@ public:
     void call(F function)
     {
         post(&m_agent, [keep = core, f = std::move(function)]() mutable { f(); });
+    }
+
+    /// The same in @p ms milliseconds; called in this thread.
+    template <typename F>
+    void callLater(int ms, F function)
+    {
+        QTimer::singleShot(ms, Qt::PreciseTimer, &m_agent, [keep = core, f = std::move(function)]() mutable { f(); });
     }
 
     const std::shared_ptr<PoolCore> core;

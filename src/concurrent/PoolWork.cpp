@@ -7,6 +7,7 @@
 #include <QtCore/QThread>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace veltor::concurrent {
@@ -14,14 +15,13 @@ namespace {
 
 /// How many tasks a thread serves before it returns to its event loop.
 constexpr int atATime = 64;
-/// How often a worker, or the service thread, gives way to the other before it goes to sleep.
-constexpr int patience = 0;
+/// A task that is worth staging().
+constexpr std::chrono::microseconds quick{100};
 
 } // namespace
 
-/// Tasks that were refused in a thread with an event loop, which deletes them: the caller of start() may
-/// still look at them. One event for all, since each object that leaves the thread looks through all of its
-/// events.
+/// Tasks that were refused in a thread with an event loop, which deletes them: the caller of start() may still
+/// look at them. One event for all, since each object that leaves the thread looks through all of its events.
 class PoolCore::Bin : public QObject
 {
 public:
@@ -90,12 +90,18 @@ void PoolCore::throwAway(const JobPtr& job)
 /// In a worker: runs @p job and those that follow it.
 void PoolCore::serve(PoolThread& worker, JobPtr job)
 {
+    auto last = std::chrono::steady_clock::now();
     for (int served = 0; job; ++served) {
         if (served == atATime) {
             worker.call([this, &worker, job] { serve(worker, job); });
             return;
         }
-        job = runOne(job) ? following(worker, job) : nullptr;
+        if (!runOne(job)) {
+            return;
+        }
+        const auto now = std::chrono::steady_clock::now();
+        job = following(worker, job, now - last < quick);
+        last = now;
     }
 }
 
@@ -112,48 +118,44 @@ bool PoolCore::runOne(const JobPtr& job)
     }
     if (task) {
         job->starting = true;
-        task->start();
+        if (moveTask(*task, job->home)) {
+            task->start();
+        }
         job->starting = false;
     }
     return job->state->is(TaskState::Finished);
 }
 
-/// In a worker whose task has ended: the next task, once it has arrived here. Null when none will for now.
-JobPtr PoolCore::following(PoolThread& worker, const JobPtr& ended)
+/// In a worker whose task has ended: the next task, when it is there at once.
+JobPtr PoolCore::following(PoolThread& worker, const JobPtr& ended, bool wasQuick)
 {
     Turn turn = Turn::None;
     {
         const std::lock_guard lock(m_mutex);
+        m_quick = wasQuick ? m_quick + 1 : 0;
         worker.job = nullptr;
         ended->stage = PoolJob::Stage::Ended;
         m_queue.release(ended->terms.resource);
-        turn = nextTurn(worker, PoolJob::UnderWay);
+        turn = nextTurn(worker);
         if (!ended->terms.resource.isEmpty()) {
             static_cast<void>(dispatchOne());
         }
     }
-    retire(ended);
-    JobPtr job;
-    {
-        const std::lock_guard lock(m_mutex);
-        if (turn == Turn::None) { // there may be one by now
-            turn = nextTurn(worker, PoolJob::UnderWay);
-        }
-        if (turn != Turn::Next) {
-            m_idle.push_back(&worker);
-            wakeIfIdle();
-            return nullptr;
-        }
-        job = worker.job;
+    if (ended->home == &worker) {
+        retire(ended);
     }
-    for (int i = 0; i < patience; ++i) {
-        if (job->way.load() == PoolJob::Arrived) {
-            return job;
-        }
-        QThread::yieldCurrentThread();
+    const std::lock_guard lock(m_mutex);
+    if (turn == Turn::None) { // there may be one by now
+        turn = nextTurn(worker);
     }
-    int underWay = PoolJob::UnderWay;
-    return job->way.compare_exchange_strong(underWay, PoolJob::NotAwaited) ? nullptr : job;
+    if (turn == Turn::Here) {
+        return worker.job;
+    }
+    if (turn != Turn::Next) {
+        m_idle.push_back(&worker);
+        wakeIfIdle();
+    }
+    return nullptr;
 }
 
 /// In a worker: its task has ended otherwise than by the return of start().
@@ -165,7 +167,7 @@ void PoolCore::afterEnd(PoolThread& worker, const JobPtr& job)
             return;
         }
     }
-    serve(worker, following(worker, job));
+    serve(worker, following(worker, job, false));
 }
 
 /// In the service thread: lets tasks go to the workers that wait for them.
@@ -190,23 +192,14 @@ void PoolCore::feed()
 
 void PoolCore::hand(const JobPtr& job)
 {
-    PoolThread& worker = *job->home;
-    if (Task* task = job->task) { // only this thread destroys it
-        try {
-            task->moveTaskToThread(&worker);
-        } catch (...) {
-            TaskAccess::core(*task).fail();
-            dispose(job);
-        }
+    PoolThread* const worker = job->home;
+    if (job->task && !moveTask(*job->task, worker)) { // only this thread destroys it
+        dispose(job);
     }
-    {
-        const std::lock_guard lock(m_mutex);
-        job->stage = PoolJob::Stage::Running;
-        passed();
-    }
-    if (job->way.exchange(PoolJob::Arrived) == PoolJob::NotAwaited) {
-        worker.call([this, &worker, job] { serve(worker, job); });
-    }
+    const std::lock_guard lock(m_mutex);
+    job->stage = PoolJob::Stage::Running;
+    worker->call([this, worker, job] { serve(*worker, job); });
+    passed();
 }
 
 void PoolCore::serveService(const JobPtr& job)
@@ -237,6 +230,9 @@ void PoolCore::settle()
         jobs.swap(m_aside);
     }
     for (const JobPtr& job : jobs) {
+        if (job->task) {
+            static_cast<void>(moveTask(*job->task, m_service));
+        }
         if (job->task && !job->state->is(TaskState::Finished)) {
             const std::shared_ptr<TaskCore> core = TaskAccess::share(*job->task);
             job->task->cancel();
@@ -261,12 +257,19 @@ void PoolCore::setAside(const JobPtr& job)
 }
 
 /// Gives @p worker the first task of the queue. One that has ended there is dropped and uses up the turn.
-PoolCore::Turn PoolCore::nextTurn(PoolThread& worker, int way)
+PoolCore::Turn PoolCore::nextTurn(PoolThread& worker)
 {
-    const JobPtr job = m_life == Life::Open && !m_paused ? m_queue.take() : nullptr;
-    if (!job) {
+    if (m_life != Life::Open || m_paused) {
         return Turn::None;
     }
+    const JobPtr job = m_queue.take();
+    if (!job) {
+        m_missed += m_queue.isHeldUp() ? 1 : 0;
+        return Turn::None;
+    }
+    const bool staged = job->stage == PoolJob::Stage::Staged;
+    m_staged -= staged ? 1 : 0;
+    m_taken += staged ? 1 : 0;
     if (job->state->is(TaskState::Finished)) {
         m_queue.release(job->terms.resource);
         setAside(job);
@@ -274,8 +277,12 @@ PoolCore::Turn PoolCore::nextTurn(PoolThread& worker, int way)
     }
     worker.job = job;
     job->home = &worker;
+    askToStage();
+    if (staged) {
+        job->stage = PoolJob::Stage::Running;
+        return Turn::Here;
+    }
     job->stage = PoolJob::Stage::Handed;
-    job->way.store(way);
     m_requests.push_back(job);
     if (!std::exchange(m_feeding, true)) {
         m_service->call([this] { feed(); });
@@ -289,8 +296,12 @@ PoolCore::Turn PoolCore::dispatchOne()
     if (m_idle.empty()) {
         return Turn::None;
     }
-    const Turn turn = nextTurn(*m_idle.back(), PoolJob::NotAwaited);
-    if (turn == Turn::Next) {
+    PoolThread* const worker = m_idle.back();
+    const Turn turn = nextTurn(*worker);
+    if (turn == Turn::Here) {
+        worker->call([this, worker, job = worker->job] { serve(*worker, job); });
+    }
+    if (turn == Turn::Here || turn == Turn::Next) {
         m_idle.pop_back();
     }
     return turn;
@@ -327,14 +338,30 @@ void PoolCore::finished(const Task* task)
     }
 }
 
+bool PoolCore::unqueue(PoolJob& job)
+{
+    const bool staged = job.stage == PoolJob::Stage::Staged;
+    if (!m_queue.remove(job)) {
+        return false;
+    }
+    m_staged -= staged ? 1 : 0;
+    return true;
+}
+
 bool PoolCore::withdraw(const JobPtr& job)
 {
     const std::lock_guard lock(m_mutex);
-    if (m_queue.remove(*job)) {
+    const bool arriving = job->stage == PoolJob::Stage::Arriving;
+    const bool queued = unqueue(*job);
+    if (arriving) {
+        job->withdrawn = true; // it is refused at the gate, or set aside after it
+    } else if (queued) {
         setAside(job);
-        return true;
     }
-    return job->stage == PoolJob::Stage::Arriving && (job->withdrawn = true);
+    if (arriving || queued) {
+        job->state->cancelRequested();
+    }
+    return arriving || queued;
 }
 
 /// In the thread of an ended task: deletes it, now or when the last call is done with it.
@@ -390,14 +417,13 @@ void PoolCore::onDestroyed(PoolJob& job)
 {
     const std::lock_guard lock(m_mutex);
     job.task = nullptr;
-    if (m_queue.remove(job)) {
+    if (unqueue(job)) {
         job.stage = PoolJob::Stage::Ended;
         wakeIfIdle();
     }
     if (job.home) {
         std::vector<JobPtr>& lingering = job.home->lingering;
-        lingering.erase(std::remove(lingering.begin(), lingering.end(), job.shared_from_this()),
-                        lingering.end());
+        lingering.erase(std::remove(lingering.begin(), lingering.end(), job.shared_from_this()), lingering.end());
     }
 }
 

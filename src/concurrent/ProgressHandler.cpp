@@ -2,6 +2,7 @@
 
 #include <veltor/concurrent/ProgressHandler.h>
 
+#include "EventThread.h"
 #include "Post.h"
 #include "ProgressHandlerPrivate.h"
 
@@ -26,12 +27,14 @@ ProgressHandler::ProgressHandler(QObject* parent)
     , m_p(std::make_unique<Private>())
 {}
 
-ProgressHandler::~ProgressHandler() = default;
+ProgressHandler::~ProgressHandler()
+{
+    m_p->follow(*this, nullptr);
+}
 
 /// Runs @p effect as the invoke type says. The plain case, a write from the handler's own thread, needs no
-/// event; and where no thread delivers events to the handler any more, an event would only be lost. The
-/// thread of a task's handler is not looked at for that: it may be deleted any moment, but the task has told
-/// before.
+/// event; and where no thread delivers events to the handler any more, an event would only be lost. The thread of
+/// a task's handler is not looked at for that: it may be deleted any moment.
 template <typename F>
 void ProgressHandler::write(F effect)
 {
@@ -220,7 +223,8 @@ void ProgressHandler::waitForFinished(QFlags<QEventLoop::ProcessEventsFlag> flag
     waitForFinished(QDeadlineTimer(QDeadlineTimer::Forever), flags);
 }
 
-bool ProgressHandler::waitForFinished(QDeadlineTimer deadline, QFlags<QEventLoop::ProcessEventsFlag> flags)
+bool ProgressHandler::waitForFinished(QDeadlineTimer deadline,
+                                      QFlags<QEventLoop::ProcessEventsFlag> flags)
 {
     const bool ofTask = m_p->task != nullptr; // finished() may be that of a part, passed on
     bool ended = isFinished_impl();
@@ -370,6 +374,21 @@ void ProgressHandler::storeRange(Range range)
 void ProgressHandler::storeProgress(double value) noexcept
 {
     m_p->progress.store(value);
+}
+
+void ProgressHandler::Private::follow(const ProgressHandler& handler, const QThread* thread)
+{
+    if (threadFinished) {
+        disconnect(threadStarted);
+        disconnect(threadFinished);
+    }
+    homeless.store(false);
+    if (thread && !dynamic_cast<const EventThread*>(thread)) {
+        threadStarted = connect(
+            thread, &QThread::started, &handler, [this] { homeless.store(false); }, Qt::DirectConnection);
+        threadFinished = connect(
+            thread, &QThread::finished, &handler, [this] { homeless.store(true); }, Qt::DirectConnection);
+    }
 }
 
 struct HandlerAccess

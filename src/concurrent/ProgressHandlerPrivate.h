@@ -16,6 +16,10 @@ class TaskCore;
 
 struct ProgressHandler::Private
 {
+    /// Notes the end of the thread to which a task's handler moves. Threads of this room need no note: the tasks in
+    /// them, and with these the handlers, leave before.
+    void follow(const ProgressHandler& handler, const QThread* thread);
+
     std::atomic<bool> canceled{false};
     std::atomic<bool> finished{false};
     std::atomic<bool> ignoreFinal{false};
@@ -29,6 +33,8 @@ struct ProgressHandler::Private
     QSharedPointer<TaskState> state;
     std::shared_ptr<TaskCore> task;
     std::vector<std::shared_ptr<ProgressHandler>> followers; // go to another thread with the handler
+    QMetaObject::Connection threadStarted;
+    QMetaObject::Connection threadFinished;
 
     mutable std::mutex mutex; // guards what follows
     Range range;

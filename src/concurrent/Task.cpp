@@ -96,6 +96,7 @@ void Task::moveHandler(ProgressHandler& handler, QThread* thread)
         handler.m_p->homeless.store(true); // the task's thread has ended, and this is the end of the task
     } else {
         handler.moveToThread(thread);
+        handler.m_p->follow(handler, thread);
     }
     for (const std::shared_ptr<ProgressHandler>& follower : handler.m_p->followers) {
         if (follower->thread() == home) {
@@ -181,7 +182,7 @@ void Task::cancel()
     }
     const std::shared_ptr<TaskCore> core = m_core; // the request may be the end of the task
     if (thread() != QThread::currentThread()) {
-        post(this, [this] { cancel(); });
+        core->call([](Task* task) { task->cancel(); });
         core->state->cancelRequested();
         return;
     }

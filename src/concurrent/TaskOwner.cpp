@@ -1,4 +1,4 @@
-// How a task gets its owner.
+// How a task gets its owner, and goes to its thread.
 
 #include "TaskOwner.h"
 
@@ -30,6 +30,21 @@ void give(Task* task, std::shared_ptr<TaskOwner> owner)
     requireMovable(task);
     if (!TaskAccess::core(*task).adopt(std::move(owner))) {
         throw err::UnsupportedOperation(TaskThreadPool::tr("Задача уже передана на выполнение"));
+    }
+}
+
+bool moveTask(Task& task, QThread* thread)
+{
+    if (task.thread() == thread) {
+        return true;
+    }
+    const std::shared_ptr<TaskCore> core = TaskAccess::share(task);
+    try {
+        task.moveTaskToThread(thread);
+        return true;
+    } catch (...) {
+        core->fail();
+        return false;
     }
 }
 

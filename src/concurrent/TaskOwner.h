@@ -2,6 +2,8 @@
 
 #include <memory>
 
+class QThread;
+
 namespace veltor::concurrent {
 
 class Task;
@@ -21,6 +23,8 @@ public:
     virtual void onReleased() = 0;
     /// The task is being destroyed, by whomever.
     virtual void onDestroyed() = 0;
+    /// The task has an event to which it should answer at once.
+    virtual void onPosted() {}
     /// Ends the task at once if it waits for its turn. Returns whether it did.
     virtual bool withdraw() = 0;
 };
@@ -31,5 +35,9 @@ public:
 void give(Task* task, std::shared_ptr<TaskOwner> owner);
 /// Before the owner is made: what give() refuses, an owned task excepted.
 void requireMovable(const Task* task);
+
+/// Moves a task from the calling thread, or from none. False when that, which is foreign code, has failed: the task has
+/// ended.
+[[nodiscard]] bool moveTask(Task& task, QThread* thread);
 
 } // namespace veltor::concurrent

@@ -33,7 +33,17 @@ public:
     static inline std::atomic<int> alive{0};
     std::atomic<int> runs{0};
     std::function<void(LambdaTask&)> continued;
-    std::function<void(LambdaTask&)> cancelAsked; // instead of the default
+    std::function<void(LambdaTask&)> cancelAsked; // instead of the default, as the next
+    std::function<void(LambdaTask&)> pauseAsked;
+    std::function<void(LambdaTask&)> moves; // before it moves
+
+    void moveTaskToThread(QThread* thread) override
+    {
+        if (moves) {
+            moves(*this);
+        }
+        Task::moveTaskToThread(thread);
+    }
 
 protected:
     void onStart() override
@@ -55,6 +65,14 @@ protected:
             cancelAsked(*this);
         } else {
             Task::onCancelRequested();
+        }
+    }
+    void onPauseRequested() override
+    {
+        if (pauseAsked) {
+            pauseAsked(*this);
+        } else {
+            Task::onPauseRequested();
         }
     }
 
