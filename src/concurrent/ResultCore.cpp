@@ -4,9 +4,7 @@
 
 #include "ContextLink.h"
 #include "FunctionQueue.h"
-#include "ResultHandler.h"
 
-#include <veltor/err/ConcurrentNestedException.h>
 #include <veltor/err/Exceptions.h>
 #include <veltor/logging/Logger.h>
 
@@ -56,33 +54,6 @@ bool matches(ResultCore::Wants wants, State end)
     }
     return true;
 }
-
-class ResultScope : public NestedScopeImpl
-{
-public:
-    explicit ResultScope(ResultCore::Ptr node)
-        : NestedScopeImpl(0, 100)
-        , m_node(std::move(node))
-    {}
-
-    void setProgress(double value) override
-    {
-        NestedScopeImpl::setProgress(value);
-        m_node->reportProgress(progress());
-    }
-    void setOperation(const QString& text) override { m_node->reportText(text); }
-    void setMessage(int kind, const QString& text) override
-    {
-        NestedScopeImpl::setMessage(kind, text);
-        if (!text.isEmpty()) {
-            m_node->reportText(text);
-        }
-    }
-    [[nodiscard]] bool canWork() const override { return !m_node->cancelRequested(); }
-
-private:
-    const ResultCore::Ptr m_node;
-};
 
 } // namespace
 
@@ -159,9 +130,13 @@ void ResultCore::startAfter(Ptr former, Wants wants)
 
 void ResultCore::formerEnded()
 {
-    const Ptr before = former();
-    if (!before) { // ended meanwhile
-        return;
+    Ptr before;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (state() != State::Waiting) { // cancelled, or run by a helper, who may follow another by now
+            return;
+        }
+        before = m_former;
     }
     const State end = before->state();
     if (matches(m_wants, end)) {
@@ -180,8 +155,14 @@ void ResultCore::dispatch()
         m_queue->push(shared_from_this(), m_priority);
         return;
     }
-    const auto delivery = std::make_shared<Delivery>(shared_from_this());
-    m_context->post([delivery] { delivery->deliver(); });
+    std::shared_ptr<ContextLink> context;
+    {
+        const std::lock_guard lock(m_mutex);
+        context = m_context;
+    }
+    if (context) { // else it has ended meanwhile
+        context->post([delivery = std::make_shared<Delivery>(shared_from_this())] { delivery->deliver(); });
+    }
 }
 
 bool ResultCore::claim()
@@ -408,81 +389,6 @@ bool ResultCore::help(const Ptr& former)
         return true;
     }
     return false;
-}
-
-ProgressHandlerPtr ResultCore::progressHandler()
-{
-    const std::lock_guard lock(m_mutex);
-    std::shared_ptr<ResultHandler> handler = m_handler.lock();
-    if (!handler) {
-        const double value = state() == State::Succeeded ? 100 : m_progress.load();
-        handler = {new ResultHandler(shared_from_this(), value), &releaseHandler};
-        m_handler = handler;
-        m_watched.store(true);
-    }
-    return handler;
-}
-
-std::shared_ptr<ResultHandler> ResultCore::handler()
-{
-    if (!m_watched.load()) {
-        return nullptr;
-    }
-    const std::lock_guard lock(m_mutex);
-    return m_handler.lock();
-}
-
-/// The signals of a task's handler, in their order.
-void ResultCore::tell(State state, const std::exception_ptr& thrown)
-{
-    const std::shared_ptr<ResultHandler> watcher = handler();
-    if (!watcher) {
-        return;
-    }
-    switch (state) {
-    case State::Waiting:
-        return;
-    case State::Running:
-        Q_EMIT watcher->started();
-        return;
-    case State::Succeeded:
-        watcher->show(100);
-        Q_EMIT watcher->successful();
-        break;
-    case State::Failed:
-        m_looked.store(true);
-        try {
-            std::rethrow_exception(thrown);
-        } catch (...) {
-            watcher->setError(err::ConcurrentNestedException());
-        }
-        Q_EMIT watcher->canceled();
-        break;
-    case State::Canceled:
-        Q_EMIT watcher->canceled();
-        break;
-    }
-    Q_EMIT watcher->finished();
-}
-
-std::unique_ptr<NestedScope> ResultCore::makeScope()
-{
-    return std::make_unique<ResultScope>(shared_from_this());
-}
-
-void ResultCore::reportProgress(double percent)
-{
-    m_progress.store(percent);
-    if (const std::shared_ptr<ResultHandler> watcher = handler()) {
-        watcher->show(percent);
-    }
-}
-
-void ResultCore::reportText(const QString& text)
-{
-    if (const std::shared_ptr<ResultHandler> watcher = handler()) {
-        watcher->setMessage(text);
-    }
 }
 
 void ResultCore::throwTaken()

@@ -44,19 +44,23 @@ public:
     /// Which end of the result before makes a function run.
     enum class Wants : quint8
     {
-        Success,
-        Failure,
-        Cancellation,
-        Any,
+        Success,      ///< a value
+        Failure,      ///< an exception
+        Cancellation, ///< none of both
+        Any,          ///< each
     };
+    /// A share in a node.
     using Ptr = std::shared_ptr<ResultCore>;
 
     ResultCore(const ResultCore&) = delete;
     ResultCore& operator=(const ResultCore&) = delete;
     virtual ~ResultCore();
 
+    /// Where it stands now.
     [[nodiscard]] State state() const noexcept { return m_state.load(std::memory_order_acquire); }
+    /// The last three states.
     [[nodiscard]] bool ended() const noexcept { return state() > State::Running; }
+    /// Cancellation was asked for; the function may be on its way out.
     [[nodiscard]] bool cancelRequested() const noexcept { return m_cancelRequested.load(); }
 
     /// Waits for the end; see TaskResult::wait().
@@ -97,10 +101,13 @@ public:
     /// Where a function reports its progress to, and learns of its cancellation.
     [[nodiscard]] std::unique_ptr<NestedScope> makeScope();
     /// Written by that scope.
+    /// @{
     void reportProgress(double percent);
     void reportText(const QString& text);
+    /// @}
 
 protected:
+    /// A node that waits.
     ResultCore();
 
     /// Runs the function and keeps its value. Succeeded, Canceled, or Running when follow() was called.

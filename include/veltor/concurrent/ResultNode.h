@@ -27,12 +27,13 @@ struct Ended
 template <typename R>
 struct ValueOf
 {
-    using Type = R;
+    using Type = R; ///< itself
 };
+/// A function that returns a result has that one's value.
 template <typename T>
 struct ValueOf<TaskResult<T>>
 {
-    using Type = T;
+    using Type = T; ///< of the result
 };
 
 /// @p F can be called with these arguments, alone or with a scope or a token behind them.
@@ -61,6 +62,8 @@ template <typename T>
 class Node : public ResultCore
 {
 public:
+    /// See TaskResult.
+    /// @{
     const T& get()
     {
         Node& home = homeOfValue();
@@ -77,6 +80,7 @@ public:
         }
         return std::move(*home.m_value);
     }
+    /// @}
     /// Sets the value; by whoever brings the node to its end.
     template <typename U>
     void keep(U&& value)
@@ -103,12 +107,16 @@ private:
     std::shared_ptr<Node> m_home; // null: this one
 };
 
+/// A node without a value.
 template <>
 class Node<void> : public ResultCore
 {
 public:
+    /// See TaskResult.
+    /// @{
     void get() { rethrow(); }
     void take() { rethrow(); }
+    /// @}
 
 protected:
     void adopt(const Ptr& /*other*/) override {}
@@ -156,8 +164,10 @@ template <typename T, typename F>
 class FunctionNode final : public Node<T>
 {
 public:
+    /// See ResultCore.
     using State = ResultCore::State;
 
+    /// Waits.
     explicit FunctionNode(F function)
         : m_function(std::move(function))
     {}
@@ -199,6 +209,7 @@ auto makeNode(F function)
     }
 }
 
+/// The handle that a caller gets.
 template <typename T, typename F>
 TaskResult<T> handleOf(std::shared_ptr<FunctionNode<T, F>> node)
 {
