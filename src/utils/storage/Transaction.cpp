@@ -33,8 +33,12 @@ Transaction& Transaction::operator=(Transaction&& other) noexcept
 
 Transaction::~Transaction()
 {
-    if (isActive()) {
-        rollback();
+    try {
+        if (isActive()) {
+            rollback();
+        }
+    } catch (...) {
+        // Out of the progress: the journal is left to the next owner.
     }
 }
 
@@ -172,17 +176,25 @@ Transaction::Result Transaction::Private::appendToManifest(const QByteArray& byt
     return failure;
 }
 
+/// Makes sure that there is a manifest, protected before its first byte.
+Transaction::Result Transaction::Private::openManifest()
+{
+    if (manifest != 0) {
+        return {};
+    }
+    const Result prepared = journal.names().prepare();
+    if (!prepared) {
+        return prepared;
+    }
+    manifest = journal.addFile(QFileInfo(journal.names().manifestPath()));
+    return manifest != 0 ? Result() : Result{Status::Failed, journal.errorString(), 0};
+}
+
 Transaction::Result Transaction::Private::note(const Record& record)
 {
-    if (manifest == 0) {
-        const Result prepared = journal.names().exists() ? Result() : journal.names().prepare();
-        if (!prepared) {
-            return prepared;
-        }
-        manifest = journal.addFile(QFileInfo(journal.names().manifestPath()));
-        if (manifest == 0) {
-            return {Status::Failed, journal.errorString(), 0};
-        }
+    const Result opened = openManifest();
+    if (!opened) {
+        return opened;
     }
     const QByteArray head = manifestSize == 0 ? journal::manifestHead() : QByteArray();
     const Result written = appendToManifest(head + encodeRecord(record));
@@ -205,8 +217,8 @@ Transaction::Result Transaction::create(const QString& name)
     }
     result = m_p->checkFree(*own);
     TransactionNames& names = m_p->journal.names();
-    if (result && m_p->manifest == 0 && !names.exists()) {
-        result = names.prepare();
+    if (result) {
+        result = m_p->openManifest();
     }
     const quint32 number = ++m_p->lastNumber;
     if (result) {
@@ -388,6 +400,7 @@ Transaction::Result Transaction::rollback()
         return {Status::Failed, message::notActive(), 0};
     }
     m_p->closeFiles(true);
+    m_p->state = Private::State::Closing; // also when the progress throws
     m_p->recovery = Recovery();
     const Result result = m_p->journal.restore(m_p->recovery);
     m_p->recovery.result = result;
@@ -396,8 +409,8 @@ Transaction::Result Transaction::rollback()
     } else if (result.status == Status::Canceled) {
         m_p->end();
         m_p->state = Private::State::GivenUp;
-    } else {
-        m_p->state = m_p->journal.isOpen() ? Private::State::Closing : Private::State::Ended;
+    } else if (!m_p->journal.isOpen()) {
+        m_p->state = Private::State::Ended;
     }
     return result;
 }

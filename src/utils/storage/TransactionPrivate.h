@@ -37,6 +37,7 @@ public:
     Result checkFile(const QString& name, bool& first) const;
     Result checkFree(const QString& name) const;
 
+    Result openManifest();
     Result note(const journal::NameRecord& record);
     Result appendToManifest(const QByteArray& bytes);
     Result seal();
