@@ -349,5 +349,9 @@
         <source>Файл не разрешен правилом имен</source>
         <translation>The name rule does not accept the file</translation>
     </message>
+    <message>
+        <source>Точка сохранения больше не действует</source>
+        <translation>The savepoint is no longer valid</translation>
+    </message>
 </context>
 </TS>
