@@ -123,108 +123,160 @@
         <translation>veltor: interrupted</translation>
     </message>
     <message>
+        <source>стандартный ввод: %1</source>
+        <translation>standard input: %1</translation>
+    </message>
+    <message>
+        <source>veltor: строка %1: ожидаются LON1 LAT1 LON2 LAT2 в градусах: %2</source>
+        <translation>veltor: line %1 is not LON1 LAT1 LON2 LAT2 in degrees: %2</translation>
+    </message>
+    <message>
+        <source>veltor: строка %1: рядом с антиподом vincenty и lambert расходятся с ellipsoid больше чем на 100 м (всего таких строк: %2)</source>
+        <translation>veltor: line %1: near the antipode, vincenty and lambert are more than 100 m off the ellipsoid (such lines in all: %2)</translation>
+    </message>
+    <message>
+        <source>большая полуось и обратное сжатие (0 — сфера); без ключа WGS 84</source>
+        <translation>semi-major axis and inverse flattening (0: a sphere); WGS 84 unless given</translation>
+    </message>
+    <message>
+        <source>СПИСОК</source>
+        <translation>LIST</translation>
+    </message>
+    <message>
+        <source>через запятую: cartesian, spherical, ellipsoid, vincenty, lambert, azimuth; без ключа все</source>
+        <translation>separated by commas: cartesian, spherical, ellipsoid, vincenty, lambert, azimuth; all unless given</translation>
+    </message>
+    <message>
+        <source>СЛОВО</source>
+        <translation>WORD</translation>
+    </message>
+    <message>
+        <source>вид вывода: text (так и без ключа), csv, json</source>
+        <translation>the output: text (unless given), csv, json</translation>
+    </message>
+    <message>
+        <source>то же, что --format json: объект в строке, числа со всеми знаками</source>
+        <translation>the same as --format json: an object a line, numbers with all their digits</translation>
+    </message>
+    <message>
+        <source>перед строками — строка с названиями столбцов</source>
+        <translation>a line with the names of the columns before the others</translation>
+    </message>
+    <message>
+        <source>о неверной строке сообщить и читать дальше; код завершения 1</source>
+        <translation>report a line that is none and go on; the exit status is 1</translation>
+    </message>
+    <message>
+        <source>[LON1 LAT1 LON2 LAT2] [КЛЮЧИ...]</source>
+        <translation>[LON1 LAT1 LON2 LAT2] [OPTIONS...]</translation>
+    </message>
+    <message>
+        <source>Расстояния между двумя точками в градусах по всем формулам, в метрах (cartesian — в градусах), и азимут в первой точке. Без координат читает со стандартного ввода по паре в строке, через пробелы или запятые, и печатает по строке на пару. Годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;</source>
+        <translation>Distances between two positions in degrees by every formula, in metres (cartesian: in degrees), and the azimuth at the first one. Without coordinates it reads a pair a line from standard input, separated by blanks or commas, and prints a line for each. Degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;</translation>
+    </message>
+    <message>
+        <source>ожидаются LON1 LAT1 LON2 LAT2 в градусах, а не &apos;%1&apos;</source>
+        <translation>LON1 LAT1 LON2 LAT2 in degrees expected, not &apos;%1&apos;</translation>
+    </message>
+    <message>
         <source>--ellipsoid: ожидаются большая полуось в метрах и обратное сжатие, например 6378137,298.257223563 (0 — сфера), а не &apos;%1&apos;</source>
         <translation>--ellipsoid takes the semi-major axis in metres and the inverse flattening, as in 6378137,298.257223563 (0: a sphere), not &apos;%1&apos;</translation>
     </message>
     <message>
-        <source>нет такого ключа: &apos;%1&apos;</source>
-        <translation>there is no option &apos;%1&apos;</translation>
+        <source>--points бывает только у line</source>
+        <translation>only line has --points</translation>
     </message>
     <message>
-        <source>нет таких ключей: %1</source>
-        <translation>there are no options %1</translation>
+        <source>veltor: строка %1: ожидаются %2: %3</source>
+        <translation>veltor: line %1 is not %2: %3</translation>
     </message>
     <message>
-        <source>не задано значение ключа &apos;%1&apos;</source>
-        <translation>a value is missing after &apos;%1&apos;</translation>
+        <source>direct [LON LAT AZIMUTH DISTANCE] [КЛЮЧИ...]</source>
+        <translation>direct [LON LAT AZIMUTH DISTANCE] [OPTIONS...]</translation>
     </message>
     <message>
-        <source>у ключа &apos;%1&apos; не бывает значения</source>
-        <translation>&apos;%1&apos; takes no value</translation>
+        <source>inverse [LON1 LAT1 LON2 LAT2] [КЛЮЧИ...]</source>
+        <translation>inverse [LON1 LAT1 LON2 LAT2] [OPTIONS...]</translation>
     </message>
     <message>
-        <source>нет прав доступа</source>
-        <translation>permission denied</translation>
+        <source>line [LON1 LAT1 LON2 LAT2] [--points N] [КЛЮЧИ...]</source>
+        <translation>line [LON1 LAT1 LON2 LAT2] [--points N] [OPTIONS...]</translation>
     </message>
     <message>
-        <source>открыто слишком много файлов</source>
-        <translation>too many open files</translation>
+        <source>Кратчайшие линии на эллипсоиде: куда приведут азимут и расстояние (direct), расстояние и азимуты в обеих точках (inverse), N точек вдоль линии вместе с её концами (line). Градусы и метры; годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;. Без чисел читает их со стандартного ввода, по задаче в строке.</source>
+        <translation>Shortest lines on the ellipsoid: where an azimuth and a distance lead (direct), the distance and the azimuths at both positions (inverse), N points along the line, its ends among them (line). Degrees and metres; degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;. Without numbers it reads them from standard input, a problem a line.</translation>
     </message>
     <message>
-        <source>нет такого файла или папки</source>
-        <translation>no such file or directory</translation>
+        <source>число точек у line; без ключа 11</source>
+        <translation>number of points of line; 11 unless given</translation>
     </message>
     <message>
-        <source>на устройстве не осталось места</source>
-        <translation>no space left on device</translation>
+        <source>долготы вдоль линии без скачка на ±180°</source>
+        <translation>longitudes that follow the line without the jump at ±180°</translation>
     </message>
     <message>
-        <source>это папка</source>
-        <translation>is a directory</translation>
+        <source>ожидается direct, inverse или line, а не &apos;%1&apos;</source>
+        <translation>direct, inverse or line expected, not &apos;%1&apos;</translation>
     </message>
     <message>
-        <source>закрыт</source>
-        <translation>is closed</translation>
+        <source>ожидаются %1, а не &apos;%2&apos;</source>
+        <translation>%1 expected, not &apos;%2&apos;</translation>
     </message>
     <message>
-        <source>файл слишком велик</source>
-        <translation>file too large</translation>
+        <source>после карты ожидается конец строки или файла</source>
+        <translation>the end of the line or of the file expected</translation>
     </message>
     <message>
-        <source>ошибка ввода-вывода</source>
-        <translation>input/output error</translation>
+        <source>файл пуст</source>
+        <translation>the file is empty</translation>
     </message>
     <message>
-        <source>действие не разрешено</source>
-        <translation>operation not permitted</translation>
+        <source>точке нужны два числа</source>
+        <translation>a position needs two numbers</translation>
     </message>
     <message>
-        <source>канал никто не читает</source>
-        <translation>nobody reads the pipe</translation>
+        <source>не та вложенность координат для %1</source>
+        <translation>the coordinates are not nested as those of a %1</translation>
     </message>
     <message>
-        <source>ошибка системы %1</source>
-        <translation>system error %1</translation>
+        <source>координаты вложены глубже, чем у MultiPolygon</source>
+        <translation>the coordinates are nested deeper than those of a MultiPolygon</translation>
     </message>
     <message>
-        <source>расстояния между двумя точками по всем формулам</source>
-        <translation>distances between positions by every formula</translation>
+        <source>число вне точки</source>
+        <translation>a number outside a position</translation>
     </message>
     <message>
-        <source>показать журнал отката, откатить, исправить, убрать</source>
-        <translation>show, roll back, repair or discard a rollback journal</translation>
+        <source>число %1 слишком велико</source>
+        <translation>the number %1 is too large</translation>
     </message>
     <message>
-        <source>площади, периметры и длины объектов карты GeoJSON</source>
-        <translation>areas, perimeters and lengths of a GeoJSON map</translation>
+        <source>широта %1 вне пределов ±90 градусов</source>
+        <translation>latitude %1 is not within ±90 degrees</translation>
     </message>
     <message>
-        <source>Вызов: veltor КОМАНДА [АРГУМЕНТЫ...]</source>
-        <translation>Usage: veltor COMMAND [ARGUMENTS...]</translation>
+        <source>; координаты на плоскости измеряет --mode cartesian</source>
+        <translation>; --mode cartesian measures coordinates on a plane</translation>
     </message>
     <message>
-        <source>Команды:</source>
-        <translation>Commands:</translation>
+        <source>точка %1: %2</source>
+        <translation>position %1: %2</translation>
     </message>
     <message>
-        <source>Подробно: veltor help КОМАНДА или veltor КОМАНДА --help; версия: veltor --version</source>
-        <translation>More: veltor help COMMAND or veltor COMMAND --help; the version: veltor --version</translation>
+        <source>ожидается геометрия с type</source>
+        <translation>a geometry with a type expected</translation>
     </message>
     <message>
-        <source>Код завершения: 0 — сделано, 1 — отказ или ошибка, 2 — неверная командная строка, 130 — прервано</source>
-        <translation>Exit status: 0 done, 1 refused or failed, 2 the command line does not fit, 130 interrupted</translation>
+        <source>неизвестный вид геометрии &apos;%1&apos;</source>
+        <translation>unknown kind of geometry &apos;%1&apos;</translation>
     </message>
     <message>
-        <source>нет такой команды: &apos;%1&apos;</source>
-        <translation>there is no command &apos;%1&apos;</translation>
+        <source>у GeometryCollection нет списка geometries</source>
+        <translation>a GeometryCollection without a list of geometries</translation>
     </message>
     <message>
-        <source>не названа команда</source>
-        <translation>which command?</translation>
-    </message>
-    <message>
-        <source>смотрите %1 --help</source>
-        <translation>see %1 --help</translation>
+        <source>у %1 нет списка coordinates</source>
+        <translation>a %1 without a list of coordinates</translation>
     </message>
     <message>
         <source>восстановлено блоков: %1 из %2</source>
@@ -349,158 +401,6 @@ discard keeps the new contents and removes the journal.</translation>
         <translation>the action &apos;%1&apos; does not know this option</translation>
     </message>
     <message>
-        <source>стандартный ввод: %1</source>
-        <translation>standard input: %1</translation>
-    </message>
-    <message>
-        <source>veltor: строка %1: ожидаются LON1 LAT1 LON2 LAT2 в градусах: %2</source>
-        <translation>veltor: line %1 is not LON1 LAT1 LON2 LAT2 in degrees: %2</translation>
-    </message>
-    <message>
-        <source>veltor: строка %1: рядом с антиподом vincenty и lambert расходятся с ellipsoid больше чем на 100 м (всего таких строк: %2)</source>
-        <translation>veltor: line %1: near the antipode, vincenty and lambert are more than 100 m off the ellipsoid (such lines in all: %2)</translation>
-    </message>
-    <message>
-        <source>большая полуось и обратное сжатие (0 — сфера); без ключа WGS 84</source>
-        <translation>semi-major axis and inverse flattening (0: a sphere); WGS 84 unless given</translation>
-    </message>
-    <message>
-        <source>СПИСОК</source>
-        <translation>LIST</translation>
-    </message>
-    <message>
-        <source>через запятую: cartesian, spherical, ellipsoid, vincenty, lambert, azimuth; без ключа все</source>
-        <translation>separated by commas: cartesian, spherical, ellipsoid, vincenty, lambert, azimuth; all unless given</translation>
-    </message>
-    <message>
-        <source>СЛОВО</source>
-        <translation>WORD</translation>
-    </message>
-    <message>
-        <source>вид вывода: text (так и без ключа), csv, json</source>
-        <translation>the output: text (unless given), csv, json</translation>
-    </message>
-    <message>
-        <source>то же, что --format json: объект в строке, числа со всеми знаками</source>
-        <translation>the same as --format json: an object a line, numbers with all their digits</translation>
-    </message>
-    <message>
-        <source>перед строками — строка с названиями столбцов</source>
-        <translation>a line with the names of the columns before the others</translation>
-    </message>
-    <message>
-        <source>о неверной строке сообщить и читать дальше; код завершения 1</source>
-        <translation>report a line that is none and go on; the exit status is 1</translation>
-    </message>
-    <message>
-        <source>[LON1 LAT1 LON2 LAT2] [КЛЮЧИ...]</source>
-        <translation>[LON1 LAT1 LON2 LAT2] [OPTIONS...]</translation>
-    </message>
-    <message>
-        <source>Расстояния между двумя точками в градусах по всем формулам, в метрах (cartesian — в градусах), и азимут в первой точке. Без координат читает со стандартного ввода по паре в строке, через пробелы или запятые, и печатает по строке на пару. Годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;</source>
-        <translation>Distances between two positions in degrees by every formula, in metres (cartesian: in degrees), and the azimuth at the first one. Without coordinates it reads a pair a line from standard input, separated by blanks or commas, and prints a line for each. Degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;</translation>
-    </message>
-    <message>
-        <source>ожидаются LON1 LAT1 LON2 LAT2 в градусах, а не &apos;%1&apos;</source>
-        <translation>LON1 LAT1 LON2 LAT2 in degrees expected, not &apos;%1&apos;</translation>
-    </message>
-    <message>
-        <source>--points бывает только у line</source>
-        <translation>only line has --points</translation>
-    </message>
-    <message>
-        <source>veltor: строка %1: ожидаются %2: %3</source>
-        <translation>veltor: line %1 is not %2: %3</translation>
-    </message>
-    <message>
-        <source>direct [LON LAT AZIMUTH DISTANCE] [КЛЮЧИ...]</source>
-        <translation>direct [LON LAT AZIMUTH DISTANCE] [OPTIONS...]</translation>
-    </message>
-    <message>
-        <source>inverse [LON1 LAT1 LON2 LAT2] [КЛЮЧИ...]</source>
-        <translation>inverse [LON1 LAT1 LON2 LAT2] [OPTIONS...]</translation>
-    </message>
-    <message>
-        <source>line [LON1 LAT1 LON2 LAT2] [--points N] [КЛЮЧИ...]</source>
-        <translation>line [LON1 LAT1 LON2 LAT2] [--points N] [OPTIONS...]</translation>
-    </message>
-    <message>
-        <source>Кратчайшие линии на эллипсоиде: куда приведут азимут и расстояние (direct), расстояние и азимуты в обеих точках (inverse), N точек вдоль линии вместе с её концами (line). Градусы и метры; годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;. Без чисел читает их со стандартного ввода, по задаче в строке.</source>
-        <translation>Shortest lines on the ellipsoid: where an azimuth and a distance lead (direct), the distance and the azimuths at both positions (inverse), N points along the line, its ends among them (line). Degrees and metres; degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;. Without numbers it reads them from standard input, a problem a line.</translation>
-    </message>
-    <message>
-        <source>число точек у line; без ключа 11</source>
-        <translation>number of points of line; 11 unless given</translation>
-    </message>
-    <message>
-        <source>долготы вдоль линии без скачка на ±180°</source>
-        <translation>longitudes that follow the line without the jump at ±180°</translation>
-    </message>
-    <message>
-        <source>ожидается direct, inverse или line, а не &apos;%1&apos;</source>
-        <translation>direct, inverse or line expected, not &apos;%1&apos;</translation>
-    </message>
-    <message>
-        <source>ожидаются %1, а не &apos;%2&apos;</source>
-        <translation>%1 expected, not &apos;%2&apos;</translation>
-    </message>
-    <message>
-        <source>после карты ожидается конец строки или файла</source>
-        <translation>the end of the line or of the file expected</translation>
-    </message>
-    <message>
-        <source>файл пуст</source>
-        <translation>the file is empty</translation>
-    </message>
-    <message>
-        <source>точке нужны два числа</source>
-        <translation>a position needs two numbers</translation>
-    </message>
-    <message>
-        <source>не та вложенность координат для %1</source>
-        <translation>the coordinates are not nested as those of a %1</translation>
-    </message>
-    <message>
-        <source>координаты вложены глубже, чем у MultiPolygon</source>
-        <translation>the coordinates are nested deeper than those of a MultiPolygon</translation>
-    </message>
-    <message>
-        <source>число вне точки</source>
-        <translation>a number outside a position</translation>
-    </message>
-    <message>
-        <source>число %1 слишком велико</source>
-        <translation>the number %1 is too large</translation>
-    </message>
-    <message>
-        <source>широта %1 вне пределов ±90 градусов</source>
-        <translation>latitude %1 is not within ±90 degrees</translation>
-    </message>
-    <message>
-        <source>; координаты на плоскости измеряет --mode cartesian</source>
-        <translation>; --mode cartesian measures coordinates on a plane</translation>
-    </message>
-    <message>
-        <source>точка %1: %2</source>
-        <translation>position %1: %2</translation>
-    </message>
-    <message>
-        <source>ожидается геометрия с type</source>
-        <translation>a geometry with a type expected</translation>
-    </message>
-    <message>
-        <source>неизвестный вид геометрии &apos;%1&apos;</source>
-        <translation>unknown kind of geometry &apos;%1&apos;</translation>
-    </message>
-    <message>
-        <source>у GeometryCollection нет списка geometries</source>
-        <translation>a GeometryCollection without a list of geometries</translation>
-    </message>
-    <message>
-        <source>у %1 нет списка coordinates</source>
-        <translation>a %1 without a list of coordinates</translation>
-    </message>
-    <message>
         <source>строка %1, смещение %2: </source>
         <translation>line %1, offset %2: </translation>
     </message>
@@ -557,8 +457,108 @@ discard keeps the new contents and removes the journal.</translation>
         <translation>cannot be read: %1</translation>
     </message>
     <message>
+        <source>нет такого ключа: &apos;%1&apos;</source>
+        <translation>there is no option &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>нет таких ключей: %1</source>
+        <translation>there are no options %1</translation>
+    </message>
+    <message>
+        <source>не задано значение ключа &apos;%1&apos;</source>
+        <translation>a value is missing after &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>у ключа &apos;%1&apos; не бывает значения</source>
+        <translation>&apos;%1&apos; takes no value</translation>
+    </message>
+    <message>
+        <source>нет прав доступа</source>
+        <translation>permission denied</translation>
+    </message>
+    <message>
+        <source>открыто слишком много файлов</source>
+        <translation>too many open files</translation>
+    </message>
+    <message>
+        <source>нет такого файла или папки</source>
+        <translation>no such file or directory</translation>
+    </message>
+    <message>
+        <source>на устройстве не осталось места</source>
+        <translation>no space left on device</translation>
+    </message>
+    <message>
+        <source>это папка</source>
+        <translation>is a directory</translation>
+    </message>
+    <message>
+        <source>закрыт</source>
+        <translation>is closed</translation>
+    </message>
+    <message>
+        <source>файл слишком велик</source>
+        <translation>file too large</translation>
+    </message>
+    <message>
+        <source>ошибка ввода-вывода</source>
+        <translation>input/output error</translation>
+    </message>
+    <message>
+        <source>действие не разрешено</source>
+        <translation>operation not permitted</translation>
+    </message>
+    <message>
+        <source>канал никто не читает</source>
+        <translation>nobody reads the pipe</translation>
+    </message>
+    <message>
+        <source>ошибка системы %1</source>
+        <translation>system error %1</translation>
+    </message>
+    <message>
+        <source>расстояния между двумя точками по всем формулам</source>
+        <translation>distances between positions by every formula</translation>
+    </message>
+    <message>
         <source>прямая и обратная геодезические задачи, точки вдоль линии</source>
         <translation>direct and inverse geodesic problem, points along a line</translation>
+    </message>
+    <message>
+        <source>показать журнал отката, откатить, исправить, убрать</source>
+        <translation>show, roll back, repair or discard a rollback journal</translation>
+    </message>
+    <message>
+        <source>площади, периметры и длины объектов карты GeoJSON</source>
+        <translation>areas, perimeters and lengths of a GeoJSON map</translation>
+    </message>
+    <message>
+        <source>Вызов: veltor КОМАНДА [АРГУМЕНТЫ...]</source>
+        <translation>Usage: veltor COMMAND [ARGUMENTS...]</translation>
+    </message>
+    <message>
+        <source>Команды:</source>
+        <translation>Commands:</translation>
+    </message>
+    <message>
+        <source>Подробно: veltor help КОМАНДА или veltor КОМАНДА --help; версия: veltor --version</source>
+        <translation>More: veltor help COMMAND or veltor COMMAND --help; the version: veltor --version</translation>
+    </message>
+    <message>
+        <source>Код завершения: 0 — сделано, 1 — отказ или ошибка, 2 — неверная командная строка, 130 — прервано</source>
+        <translation>Exit status: 0 done, 1 refused or failed, 2 the command line does not fit, 130 interrupted</translation>
+    </message>
+    <message>
+        <source>нет такой команды: &apos;%1&apos;</source>
+        <translation>there is no command &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>не названа команда</source>
+        <translation>which command?</translation>
+    </message>
+    <message>
+        <source>смотрите %1 --help</source>
+        <translation>see %1 --help</translation>
     </message>
     <message>
         <source>ожидается Feature, а не &apos;%1&apos;</source>
@@ -1012,7 +1012,7 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>Точка сохранения больше не действует</source>
-        <translation type="unfinished"></translation>
+        <translation>The savepoint is no longer valid</translation>
     </message>
 </context>
 <context>
@@ -1032,6 +1032,14 @@ discard keeps the new contents and removes the journal.</translation>
     <message>
         <source>Не восстановлено файлов: %0, файл отката &apos;%1&apos; сохранён: %2</source>
         <translation>Files not restored: %0; the rollback file &apos;%1&apos; is kept: %2</translation>
+    </message>
+    <message>
+        <source>часть сохранённых данных потеряна, восстановлено не всё</source>
+        <translation>a part of the saved bytes is lost; not all was restored</translation>
+    </message>
+    <message>
+        <source>файл не удалось открыть</source>
+        <translation>the file could not be opened</translation>
     </message>
     <message>
         <source>Точка сохранения не принадлежит транзакции или уже недействительна</source>
@@ -1100,14 +1108,6 @@ discard keeps the new contents and removes the journal.</translation>
     <message>
         <source>&apos;%0&apos; не является папкой транзакции</source>
         <translation>&apos;%0&apos; is not a transaction&apos;s folder</translation>
-    </message>
-    <message>
-        <source>часть сохранённых данных потеряна, восстановлено не всё</source>
-        <translation>a part of the saved bytes is lost; not all was restored</translation>
-    </message>
-    <message>
-        <source>файл не удалось открыть</source>
-        <translation>the file could not be opened</translation>
     </message>
 </context>
 </TS>
