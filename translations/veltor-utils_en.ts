@@ -371,20 +371,6 @@
         <translation>Journal removed; the files keep their new contents.</translation>
     </message>
     <message>
-        <source>show проверяет журнал отката и перечисляет файлы, которые он защищает, ничего не меняя;
-от отвергнутого журнала — то, что восстановило бы исправление.
-rollback возвращает файлам прежнее содержимое и удаляет журнал.
-repair восстанавливает из отвергнутого журнала всё, что цело; если восстановлено не всё, журнал
-сохраняется как JOURNAL.damaged.
-discard сохраняет новое содержимое и удаляет журнал.</source>
-        <translation>show checks a rollback journal and lists the files that it protects, changing nothing;
-of a refused journal, what a repair would restore.
-rollback puts every file back to its old contents and removes the journal.
-repair restores what is whole of a refused journal; when not everything was restored, the journal
-is kept as JOURNAL.damaged.
-discard keeps the new contents and removes the journal.</translation>
-    </message>
-    <message>
         <source>show: JSON вместо таблицы</source>
         <translation>show: JSON instead of a table</translation>
     </message>
@@ -739,6 +725,20 @@ discard keeps the new contents and removes the journal.</translation>
     <message>
         <source>дыры больше многоугольника; его площадь взята за 0</source>
         <translation>the holes are larger than the polygon, whose area is taken for 0</translation>
+    </message>
+    <message>
+        <source>show проверяет журнал отката и перечисляет файлы, которые он защищает,
+ничего не меняя; от отвергнутого журнала — то, что восстановило бы repair.
+rollback возвращает файлам прежнее содержимое и удаляет журнал.
+repair восстанавливает всё, что цело в отвергнутом журнале; если это не всё,
+журнал сохраняется как JOURNAL.damaged.
+discard сохраняет новое содержимое и удаляет журнал.</source>
+        <translation>show checks a rollback journal and lists the files that it protects, changing
+nothing; of a refused journal, what a repair would restore.
+rollback puts every file back to its old contents and removes the journal.
+repair restores what is whole of a refused journal; when that is not all, the
+journal is kept as JOURNAL.damaged.
+discard keeps the new contents and removes the journal.</translation>
     </message>
 </context>
 <context>
