@@ -44,7 +44,7 @@ Transaction::~Transaction()
 
 bool Transaction::isActive() const noexcept
 {
-    return m_p && (m_p->state == Private::State::Active || m_p->state == Private::State::Closing);
+    return m_p && m_p->state != Private::State::Ended && m_p->state != Private::State::GivenUp;
 }
 
 const Transaction::Result& Transaction::beginning() const noexcept
@@ -67,6 +67,9 @@ QString Transaction::errorString() const
 std::unique_ptr<SecuredFile> Transaction::open(const QString& name)
 {
     if (!m_p || m_p->state != Private::State::Active) {
+        if (m_p) {
+            m_p->journal.fail(message::notActive());
+        }
         return nullptr;
     }
     Result elsewhere; // the journal's rule decides of what lies beyond its folder
@@ -171,7 +174,7 @@ Transaction::Result Transaction::Private::appendToManifest(const QByteArray& byt
     }
     const Result failure{Status::Failed, journal.errorString(), 0};
     if (!journal.fileResize(manifest, manifestSize)) {
-        state = State::Closing; // half a record stands there: nothing may follow it
+        state = State::Broken; // half a record stands there: nothing may follow it
     }
     return failure;
 }
@@ -307,12 +310,12 @@ Transaction::Result Transaction::rollbackTo(const Savepoint& savepoint)
     }
     points.erase(found + 1, points.end()); // what they would undo is undone
     if (!m_p->journal.rollbackTo(savepoint.m_files)) {
-        m_p->state = Private::State::Closing;
+        m_p->state = Private::State::Broken;
         return {Status::Failed, m_p->journal.errorString(), 0};
     }
     const Result result = m_p->reloadNames();
     if (!result) {
-        m_p->state = Private::State::Closing;
+        m_p->state = Private::State::Broken;
         return m_p->fail(result);
     }
     m_p->closeFiles(false);
@@ -376,7 +379,7 @@ Transaction::Result Transaction::Private::seal()
 
 Transaction::Result Transaction::commit()
 {
-    if (!isActive()) {
+    if (!isActive() || m_p->state == Private::State::Broken) {
         return {Status::Failed, message::notActive(), 0};
     }
     const Result sealed = m_p->seal();
@@ -386,7 +389,7 @@ Transaction::Result Transaction::commit()
     m_p->closeFiles(true);
     const JournalRemoval removal = m_p->journal.commit();
     if (!removal) {
-        m_p->state = m_p->journal.isOpen() ? Private::State::Closing : Private::State::Ended;
+        m_p->state = m_p->journal.isOpen() ? Private::State::Sealed : Private::State::Ended;
         return {Status::Failed, removal.reason, 0};
     }
     const Result settled = m_p->journal.settled();
@@ -400,7 +403,7 @@ Transaction::Result Transaction::rollback()
         return {Status::Failed, message::notActive(), 0};
     }
     m_p->closeFiles(true);
-    m_p->state = Private::State::Closing; // also when the progress throws
+    m_p->state = Private::State::Broken; // also when the progress throws
     m_p->recovery = Recovery();
     const Result result = m_p->journal.restore(m_p->recovery);
     m_p->recovery.result = result;

@@ -19,7 +19,8 @@ public:
     {
         Ended,
         Active,
-        Closing, ///< a commit or rollback failed: only another one, or a rollback, can follow
+        Sealed,  ///< a commit failed: another one, or a rollback, can follow
+        Broken,  ///< only a rollback can follow
         GivenUp, ///< a rollback was cancelled: the journal is left to the next owner
     };
 
