@@ -22,6 +22,7 @@ struct NameStatus
     int error = 0;           ///< the system's number when `kind` is Unknown
     bool foreign = false;    ///< another user's, or a folder that others may change (told on Linux only)
     bool changeable = false; ///< this process may make and remove names beside it
+    bool impossible = false; ///< with Unknown: no file can have this name, which is too long
     FileIdentity identity;   ///< of a file or folder, where the system tells
 };
 

@@ -12,11 +12,11 @@ namespace veltor::test {
 namespace {
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int RecoveryStride = 7; // the full enumeration runs without a sanitizer
+constexpr int RecoveryStride = 7;
 #elif defined(Q_OS_WIN)
 constexpr int RecoveryStride = 29; // slow where Windows is emulated
 #else
-constexpr int RecoveryStride = 1;
+constexpr int RecoveryStride = 3;
 #endif
 
 constexpr Fate deaths[] = {Fate::NotApplied, Fate::Applied, Fate::Torn};

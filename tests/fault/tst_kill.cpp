@@ -10,9 +10,9 @@ namespace veltor::test {
 namespace {
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(Q_OS_WIN)
-constexpr int Rounds = 40;
+constexpr int Rounds = 20;
 #else
-constexpr int Rounds = 300;
+constexpr int Rounds = 60;
 #endif
 
 const Role changes("change", [](const QStringList& arguments) {

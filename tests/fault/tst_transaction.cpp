@@ -328,15 +328,17 @@ TEST_F(TransactionModel, DeathAtEveryStepLeavesAllOrNothing)
 TEST_F(TransactionModel, AnOperationThatFailsLeavesAllOrNothing)
 {
     for (unsigned seed = 0; seed < Seeds; ++seed) {
-        Plan counting;
-        run(seed, counting);
-        for (int chosen = 0; chosen < counting.count; ++chosen) {
-            for (const Fate fate : {Fate::Error, Fate::ShortWrite}) {
-                Plan plan{chosen, fate};
+        for (const auto& [reads, fate] :
+             {std::pair(false, Fate::Error), {false, Fate::ShortWrite}, {true, Fate::Error}}) {
+            Plan counting{-1, fate, reads};
+            run(seed, counting);
+            for (int chosen = 0; chosen < counting.count; ++chosen) {
+                Plan plan{chosen, fate, reads};
                 const Files told = run(seed, plan);
                 ASSERT_TRUE(recover());
-                ASSERT_TRUE(m_world.read() == told) << "seed " << seed << ", operation " << chosen
-                                                    << ", fate " << static_cast<int>(fate) << " " << found();
+                ASSERT_TRUE(m_world.read() == told)
+                    << "seed " << seed << ", " << (reads ? "read " : "operation ") << chosen << ", fate "
+                    << static_cast<int>(fate) << " " << found();
             }
         }
     }

@@ -31,7 +31,8 @@ QString thrown(Function function)
     return QStringLiteral("nothing was thrown");
 }
 
-/// The library's own words: Windows puts the current drive before the path, and each system its reason behind.
+/// The library's own words: Windows puts the current drive before the path, and each system its reason
+/// behind.
 QString ownWords(QString text)
 {
     const QString path = QStringLiteral("/missing/journal");

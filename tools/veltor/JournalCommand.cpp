@@ -302,12 +302,11 @@ int runJournal(const QStringList& words)
         QStringLiteral("journal"),
         {QStringLiteral("show JOURNAL [--json]"), QStringLiteral("rollback JOURNAL [--anywhere]"),
          QStringLiteral("repair JOURNAL [--anywhere]"), QStringLiteral("discard JOURNAL")},
-        Text::tr("show проверяет журнал отката и перечисляет файлы, которые он защищает, ничего не меняя;\n"
-                 "от отвергнутого журнала — то, что восстановило бы исправление.\n"
+        Text::tr("show проверяет журнал отката и перечисляет файлы, которые он защищает,\n"
+                 "ничего не меняя; от отвергнутого журнала — то, что восстановило бы repair.\n"
                  "rollback возвращает файлам прежнее содержимое и удаляет журнал.\n"
-                 "repair восстанавливает из отвергнутого журнала всё, что цело; если восстановлено не всё, "
-                 "журнал\n"
-                 "сохраняется как JOURNAL.damaged.\n"
+                 "repair восстанавливает всё, что цело в отвергнутом журнале; если это не всё,\n"
+                 "журнал сохраняется как JOURNAL.damaged.\n"
                  "discard сохраняет новое содержимое и удаляет журнал."));
     arguments.addFlag("json", Text::tr("show: JSON вместо таблицы"));
     arguments.addFlag("anywhere", Text::tr("rollback, repair: восстанавливать и файлы вне папки журнала"));

@@ -242,7 +242,8 @@ public:
     /// Puts the files back to what they were at @p savepoint; those added since, to what they were when
     /// added. They all stay protected, and the transaction goes on. The journal does not shrink. Savepoints
     /// made after @p savepoint are gone; it itself stays.
-    /// @return false for a savepoint that is gone or another journal's, with nothing changed; false also when a
+    /// @return false for a savepoint that is gone or another journal's, with nothing changed; false also when
+    /// a
     ///     file could not be put back: then only rollback() makes sense
     bool rollbackTo(const Savepoint& savepoint);
 

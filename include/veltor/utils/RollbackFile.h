@@ -33,7 +33,8 @@ struct JournalView
 };
 
 /// The rollback device of the file system: its journal is a file, and the protected files are named
-/// relative to it, so that a journal and its files can be moved together.
+/// relative to it, so that a journal and its files can be moved together. Transaction does with it what most
+/// callers want, recovery and names included; this class is for who needs the steps.
 ///
 ///     RollbackFile journal;
 ///     if (!journal.startNew(QFileInfo("project.rollback"))) {

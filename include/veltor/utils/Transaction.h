@@ -153,8 +153,8 @@ public:
     [[nodiscard]] QString errorString() const;
 
     /// Opens a file, under the name that it has by now in this transaction, for reading and writing. It is
-    /// closed with the transaction at the latest. Several of one file share its position, which the first begins
-    /// at 0.
+    /// closed with the transaction at the latest. Several of one file share its position, which the first
+    /// begins at 0.
     /// @return null, with errorString(), when there is none, or it cannot be protected
     [[nodiscard]] std::unique_ptr<SecuredFile> open(const QString& name);
 
@@ -172,12 +172,12 @@ public:
     [[nodiscard]] Savepoint savepoint();
     /// Puts contents, lengths and names back to that moment. The transaction goes on, and is still undone
     /// to its beginning by rollback() and recovery. Files opened since under names that are no more are
-    /// closed. After a failure only rollback() makes sense.
+    /// closed. After a failure only rollback() is left; a moment that is gone is no such failure.
     Result rollbackTo(const Savepoint& savepoint);
 
     /// Makes everything final and ends the transaction; its files are closed.
-    /// @return NamesPending: final all the same, and the next begin() goes on with the names. Any other failure: nothing is final; while isActive() is
-    ///     true, commit() or rollback() can be tried again
+    /// @return NamesPending: final all the same, and the next begin() goes on with the names. Any other
+    ///     failure: nothing is final; while isActive() is true it can be tried again, or rolled back
     Result commit();
 
     /// Puts everything back and ends the transaction; its files are closed. After a failure, which names

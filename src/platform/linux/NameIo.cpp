@@ -128,6 +128,7 @@ NameStatus NameIo::look(const Path& folder, const Path& name)
     if (::fstatat(parent.fd(), parent.leaf(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         found.error = errno;
         found.kind = errno == ENOENT ? NameStatus::Kind::Missing : NameStatus::Kind::Unknown;
+        found.impossible = errno == ENAMETOOLONG;
         return found;
     }
     found.kind = kindOf(status, parent.device());

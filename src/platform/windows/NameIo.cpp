@@ -94,6 +94,7 @@ NameStatus NameIo::look(const Path& folder, const Path& name)
         found.error = lastError();
         found.kind =
             found.error == ERROR_FILE_NOT_FOUND ? NameStatus::Kind::Missing : NameStatus::Kind::Unknown;
+        found.impossible = found.error == ERROR_FILENAME_EXCED_RANGE || found.error == ERROR_INVALID_NAME;
         return found;
     }
     found.kind = kindOf(attributes);

@@ -217,6 +217,12 @@ void SecuredFile::fail(FileError error, const QString& reason)
     case WriteError:
         QFileDevice::writeData(&byte, 1);
         break;
+    case PositionError:
+        QFileDevice::seek(0);
+        break;
+    case PermissionsError:
+        QFileDevice::setPermissions({});
+        break;
     default:
         QFileDevice::resize(0);
     }

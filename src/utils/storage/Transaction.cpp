@@ -33,14 +33,18 @@ Transaction& Transaction::operator=(Transaction&& other) noexcept
 
 Transaction::~Transaction()
 {
-    if (isActive()) {
-        rollback();
+    try {
+        if (isActive()) {
+            rollback();
+        }
+    } catch (...) {
+        // Out of the progress: the journal is left to the next owner.
     }
 }
 
 bool Transaction::isActive() const noexcept
 {
-    return m_p && (m_p->state == Private::State::Active || m_p->state == Private::State::Closing);
+    return m_p && m_p->state != Private::State::Ended && m_p->state != Private::State::GivenUp;
 }
 
 const Transaction::Result& Transaction::beginning() const noexcept
@@ -63,6 +67,9 @@ QString Transaction::errorString() const
 std::unique_ptr<SecuredFile> Transaction::open(const QString& name)
 {
     if (!m_p || m_p->state != Private::State::Active) {
+        if (m_p) {
+            m_p->journal.fail(message::notActive());
+        }
         return nullptr;
     }
     Result elsewhere; // the journal's rule decides of what lies beyond its folder
@@ -167,22 +174,30 @@ Transaction::Result Transaction::Private::appendToManifest(const QByteArray& byt
     }
     const Result failure{Status::Failed, journal.errorString(), 0};
     if (!journal.fileResize(manifest, manifestSize)) {
-        state = State::Closing; // half a record stands there: nothing may follow it
+        state = State::Broken; // half a record stands there: nothing may follow it
     }
     return failure;
 }
 
+/// Makes sure that there is a manifest, protected before its first byte.
+Transaction::Result Transaction::Private::openManifest()
+{
+    if (manifest != 0) {
+        return {};
+    }
+    const Result prepared = journal.names().prepare();
+    if (!prepared) {
+        return prepared;
+    }
+    manifest = journal.addFile(QFileInfo(journal.names().manifestPath()));
+    return manifest != 0 ? Result() : Result{Status::Failed, journal.errorString(), 0};
+}
+
 Transaction::Result Transaction::Private::note(const Record& record)
 {
-    if (manifest == 0) {
-        const Result prepared = journal.names().exists() ? Result() : journal.names().prepare();
-        if (!prepared) {
-            return prepared;
-        }
-        manifest = journal.addFile(QFileInfo(journal.names().manifestPath()));
-        if (manifest == 0) {
-            return {Status::Failed, journal.errorString(), 0};
-        }
+    const Result opened = openManifest();
+    if (!opened) {
+        return opened;
     }
     const QByteArray head = manifestSize == 0 ? journal::manifestHead() : QByteArray();
     const Result written = appendToManifest(head + encodeRecord(record));
@@ -205,8 +220,8 @@ Transaction::Result Transaction::create(const QString& name)
     }
     result = m_p->checkFree(*own);
     TransactionNames& names = m_p->journal.names();
-    if (result && m_p->manifest == 0 && !names.exists()) {
-        result = names.prepare();
+    if (result) {
+        result = m_p->openManifest();
     }
     const quint32 number = ++m_p->lastNumber;
     if (result) {
@@ -295,12 +310,12 @@ Transaction::Result Transaction::rollbackTo(const Savepoint& savepoint)
     }
     points.erase(found + 1, points.end()); // what they would undo is undone
     if (!m_p->journal.rollbackTo(savepoint.m_files)) {
-        m_p->state = Private::State::Closing;
+        m_p->state = Private::State::Broken;
         return {Status::Failed, m_p->journal.errorString(), 0};
     }
     const Result result = m_p->reloadNames();
     if (!result) {
-        m_p->state = Private::State::Closing;
+        m_p->state = Private::State::Broken;
         return m_p->fail(result);
     }
     m_p->closeFiles(false);
@@ -364,7 +379,7 @@ Transaction::Result Transaction::Private::seal()
 
 Transaction::Result Transaction::commit()
 {
-    if (!isActive()) {
+    if (!isActive() || m_p->state == Private::State::Broken) {
         return {Status::Failed, message::notActive(), 0};
     }
     const Result sealed = m_p->seal();
@@ -374,7 +389,7 @@ Transaction::Result Transaction::commit()
     m_p->closeFiles(true);
     const JournalRemoval removal = m_p->journal.commit();
     if (!removal) {
-        m_p->state = m_p->journal.isOpen() ? Private::State::Closing : Private::State::Ended;
+        m_p->state = m_p->journal.isOpen() ? Private::State::Sealed : Private::State::Ended;
         return {Status::Failed, removal.reason, 0};
     }
     const Result settled = m_p->journal.settled();
@@ -388,6 +403,7 @@ Transaction::Result Transaction::rollback()
         return {Status::Failed, message::notActive(), 0};
     }
     m_p->closeFiles(true);
+    m_p->state = Private::State::Broken; // also when the progress throws
     m_p->recovery = Recovery();
     const Result result = m_p->journal.restore(m_p->recovery);
     m_p->recovery.result = result;
@@ -396,8 +412,8 @@ Transaction::Result Transaction::rollback()
     } else if (result.status == Status::Canceled) {
         m_p->end();
         m_p->state = Private::State::GivenUp;
-    } else {
-        m_p->state = m_p->journal.isOpen() ? Private::State::Closing : Private::State::Ended;
+    } else if (!m_p->journal.isOpen()) {
+        m_p->state = Private::State::Ended;
     }
     return result;
 }

@@ -150,7 +150,8 @@ NameStatus TransactionNames::look(const QString& name) const
 
 bool TransactionNames::exists() const
 {
-    return look(hiddenName({})).kind != Kind::Missing;
+    const NameStatus folder = look(hiddenName({}));
+    return folder.kind != Kind::Missing && !folder.impossible;
 }
 
 /// Done when the folder can be worked with.
@@ -174,14 +175,16 @@ TransactionNames::Result TransactionNames::prepare()
 {
     for (const QString& leaf : {QString(), QString(manifestLeaf)}) {
         const QString name = hiddenName(leaf);
-        NameIo& io = platform::nameIo();
-        const int error = leaf.isEmpty() ? io.createFolder(native(m_folder), native(name))
-                                         : io.createFile(native(m_folder), native(name));
-        if (error != 0) {
-            return failed(message::cannotCreate(pathOf(name), qt_error_string(error)));
+        if (look(name).kind == Kind::Missing || !exists()) {
+            NameIo& io = platform::nameIo();
+            const int error = leaf.isEmpty() ? io.createFolder(native(m_folder), native(name))
+                                             : io.createFile(native(m_folder), native(name));
+            if (error != 0) {
+                return failed(message::cannotCreate(pathOf(name), qt_error_string(error)));
+            }
         }
     }
-    return {};
+    return checkFolder();
 }
 
 TransactionNames::Result TransactionNames::createHidden(quint32 number)

@@ -19,7 +19,8 @@ public:
     {
         Ended,
         Active,
-        Closing, ///< a commit or rollback failed: only another one, or a rollback, can follow
+        Sealed,  ///< a commit failed: another one, or a rollback, can follow
+        Broken,  ///< only a rollback can follow
         GivenUp, ///< a rollback was cancelled: the journal is left to the next owner
     };
 
@@ -37,6 +38,7 @@ public:
     Result checkFile(const QString& name, bool& first) const;
     Result checkFree(const QString& name) const;
 
+    Result openManifest();
     Result note(const journal::NameRecord& record);
     Result appendToManifest(const QByteArray& bytes);
     Result seal();

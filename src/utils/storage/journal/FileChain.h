@@ -23,7 +23,7 @@ struct FileChain
     quint64 fileSize = 0;
     quint64 blockCount = 0;
     quint64 savedBytes = 0;
-    bool whole = true; ///< false when it breaks off behind lastChange
+    bool whole = true;         ///< false when it breaks off behind lastChange
     std::vector<Floor> floors; ///< bounds descending, all below fileSize
 
     /// Counts one more block.
