@@ -214,10 +214,6 @@
         <translation>Could not create a temporary folder in &apos;%1&apos;: %2</translation>
     </message>
     <message>
-        <source>папка используется</source>
-        <translation>the folder is in use</translation>
-    </message>
-    <message>
         <source>Не удалось удалить &apos;%1&apos;: %2</source>
         <translation>Could not remove &apos;%1&apos;: %2</translation>
     </message>
