@@ -34,8 +34,9 @@ constexpr const char* TempMarkText = "A program's temporary files: deleted when 
 QString openTempBase(const QString& base, platform::Directory& directory);
 
 /// Moves a locked folder aside and deletes it. An error when it cannot be moved, and nothing is changed.
-[[nodiscard]] std::error_code removeAside(platform::Directory& base, platform::FolderLock& lock, const QString& basePath,
-                 const QString& name, RemovalReport& report, const RemovalProgress& progress);
+[[nodiscard]] std::error_code removeAside(platform::Directory& base, platform::FolderLock& lock,
+                                          const QString& basePath, const QString& name, RemovalReport& report,
+                                          const RemovalProgress& progress);
 
 /// A line of the log's, from the place that readers of it know.
 void logTemp(const QString& text);
