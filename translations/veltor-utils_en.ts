@@ -440,6 +440,10 @@ against writing, 1 something does.</translation>
         <source>кто использует файлы и почему их нельзя записать</source>
         <translation>who uses files, and why they cannot be written</translation>
     </message>
+    <message>
+        <source>нет такого файла; создать его ничто не мешает</source>
+        <translation>there is no such file; nothing stands against making it</translation>
+    </message>
 </context>
 <context>
     <name>veltor::concurrent::ProgressHandler</name>
