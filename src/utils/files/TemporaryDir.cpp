@@ -90,8 +90,10 @@ TemporaryDir::TemporaryDir(TemporaryDir&& other) noexcept = default;
 
 TemporaryDir& TemporaryDir::operator=(TemporaryDir&& other) noexcept
 {
-    TemporaryDir former(std::move(*this));
-    m_d = std::move(other.m_d);
+    if (this != &other) {
+        const TemporaryDir former(std::move(*this));
+        m_d = std::move(other.m_d);
+    }
     return *this;
 }
 
