@@ -63,15 +63,15 @@
     <name>LockInfo</name>
     <message>
         <source>нет папки &apos;%1&apos;</source>
-        <translation>there is no folder '%1'</translation>
+        <translation>there is no folder &apos;%1&apos;</translation>
     </message>
     <message>
         <source>&apos;%1&apos; — не папка</source>
-        <translation>'%1' is not a folder</translation>
+        <translation>&apos;%1&apos; is not a folder</translation>
     </message>
     <message>
         <source>нет прав на вход в папку &apos;%1&apos;</source>
-        <translation>you may not enter the folder '%1'</translation>
+        <translation>you may not enter the folder &apos;%1&apos;</translation>
     </message>
     <message>
         <source>ссылки ведут по кругу</source>
@@ -131,11 +131,11 @@
     </message>
     <message>
         <source>нет прав на создание файлов в папке &apos;%1&apos;</source>
-        <translation>you may not create files in the folder '%1'</translation>
+        <translation>you may not create files in the folder &apos;%1&apos;</translation>
     </message>
     <message>
         <source>папка &apos;%1&apos; отмечена как неизменяемая</source>
-        <translation>the folder '%1' is marked as immutable</translation>
+        <translation>the folder &apos;%1&apos; is marked as immutable</translation>
     </message>
     <message>
         <source>%1 и ещё %2</source>
@@ -143,7 +143,7 @@
     </message>
     <message>
         <source>Не удалось узнать, кто использует &apos;%1&apos;: %2</source>
-        <translation>Could not find out who uses '%1': %2</translation>
+        <translation>Could not find out who uses &apos;%1&apos;: %2</translation>
     </message>
     <message>
         <source>Процессы других пользователей не видны</source>
@@ -159,7 +159,7 @@
     </message>
     <message>
         <source>Файл &apos;%1&apos; нельзя записать: %2</source>
-        <translation>The file '%1' cannot be written: %2</translation>
+        <translation>The file &apos;%1&apos; cannot be written: %2</translation>
     </message>
     <message>
         <source>%1 (процесс %2)</source>
@@ -326,7 +326,7 @@
     <name>TemporaryDir</name>
     <message>
         <source>Не удалось открыть папку &apos;%1&apos;: %2</source>
-        <translation>Could not open the folder '%1': %2</translation>
+        <translation>Could not open the folder &apos;%1&apos;: %2</translation>
     </message>
     <message>
         <source>не папка этого пользователя</source>
@@ -338,23 +338,19 @@
     </message>
     <message>
         <source>Папка &apos;%1&apos; не годится для временных файлов: любой пользователь может подменить в ней чужие файлы</source>
-        <translation>The folder '%1' is not fit for temporary files: any user can replace the files of others in it</translation>
+        <translation>The folder &apos;%1&apos; is not fit for temporary files: any user can replace the files of others in it</translation>
     </message>
     <message>
         <source>Не удалось создать временную папку в &apos;%1&apos;: %2</source>
-        <translation>Could not create a temporary folder in '%1': %2</translation>
-    </message>
-    <message>
-        <source>папка используется</source>
-        <translation>the folder is in use</translation>
+        <translation>Could not create a temporary folder in &apos;%1&apos;: %2</translation>
     </message>
     <message>
         <source>Не удалось удалить &apos;%1&apos;: %2</source>
-        <translation>Could not remove '%1': %2</translation>
+        <translation>Could not remove &apos;%1&apos;: %2</translation>
     </message>
     <message>
         <source>Не удалось переименовать &apos;%1&apos; в &apos;%2&apos;: %3</source>
-        <translation>Could not rename '%1' to '%2': %3</translation>
+        <translation>Could not rename &apos;%1&apos; to &apos;%2&apos;: %3</translation>
     </message>
 </context>
 <context>
@@ -372,7 +368,7 @@
     <name>UniqueFile</name>
     <message>
         <source>Не удалось создать &apos;%1&apos;: %2</source>
-        <translation>Could not create '%1': %2</translation>
+        <translation>Could not create &apos;%1&apos;: %2</translation>
     </message>
 </context>
 <context>
@@ -418,8 +414,218 @@
         <translation>veltor: interrupted</translation>
     </message>
     <message>
+        <source>--ellipsoid: ожидаются большая полуось в метрах и обратное сжатие, например 6378137,298.257223563 (0 — сфера), а не &apos;%1&apos;</source>
+        <translation>--ellipsoid takes the semi-major axis in metres and the inverse flattening, as in 6378137,298.257223563 (0: a sphere), not &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>нет такого ключа: &apos;%1&apos;</source>
+        <translation>there is no option &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>нет таких ключей: %1</source>
+        <translation>there are no options %1</translation>
+    </message>
+    <message>
+        <source>не задано значение ключа &apos;%1&apos;</source>
+        <translation>a value is missing after &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>у ключа &apos;%1&apos; не бывает значения</source>
+        <translation>&apos;%1&apos; takes no value</translation>
+    </message>
+    <message>
+        <source>нет прав доступа</source>
+        <translation>permission denied</translation>
+    </message>
+    <message>
+        <source>открыто слишком много файлов</source>
+        <translation>too many open files</translation>
+    </message>
+    <message>
+        <source>нет такого файла или папки</source>
+        <translation>no such file or directory</translation>
+    </message>
+    <message>
+        <source>на устройстве не осталось места</source>
+        <translation>no space left on device</translation>
+    </message>
+    <message>
+        <source>это папка</source>
+        <translation>is a directory</translation>
+    </message>
+    <message>
+        <source>закрыт</source>
+        <translation>is closed</translation>
+    </message>
+    <message>
+        <source>файл слишком велик</source>
+        <translation>file too large</translation>
+    </message>
+    <message>
+        <source>ошибка ввода-вывода</source>
+        <translation>input/output error</translation>
+    </message>
+    <message>
+        <source>действие не разрешено</source>
+        <translation>operation not permitted</translation>
+    </message>
+    <message>
+        <source>канал никто не читает</source>
+        <translation>nobody reads the pipe</translation>
+    </message>
+    <message>
+        <source>ошибка системы %1</source>
+        <translation>system error %1</translation>
+    </message>
+    <message>
+        <source>расстояния между двумя точками по всем формулам</source>
+        <translation>distances between positions by every formula</translation>
+    </message>
+    <message>
+        <source>показать журнал отката, откатить, исправить, убрать</source>
+        <translation>show, roll back, repair or discard a rollback journal</translation>
+    </message>
+    <message>
+        <source>площади, периметры и длины объектов карты GeoJSON</source>
+        <translation>areas, perimeters and lengths of a GeoJSON map</translation>
+    </message>
+    <message>
+        <source>Вызов: veltor КОМАНДА [АРГУМЕНТЫ...]</source>
+        <translation>Usage: veltor COMMAND [ARGUMENTS...]</translation>
+    </message>
+    <message>
+        <source>Команды:</source>
+        <translation>Commands:</translation>
+    </message>
+    <message>
+        <source>Подробно: veltor help КОМАНДА или veltor КОМАНДА --help; версия: veltor --version</source>
+        <translation>More: veltor help COMMAND or veltor COMMAND --help; the version: veltor --version</translation>
+    </message>
+    <message>
+        <source>Код завершения: 0 — сделано, 1 — отказ или ошибка, 2 — неверная командная строка, 130 — прервано</source>
+        <translation>Exit status: 0 done, 1 refused or failed, 2 the command line does not fit, 130 interrupted</translation>
+    </message>
+    <message>
+        <source>нет такой команды: &apos;%1&apos;</source>
+        <translation>there is no command &apos;%1&apos;</translation>
+    </message>
+    <message>
+        <source>не названа команда</source>
+        <translation>which command?</translation>
+    </message>
+    <message>
+        <source>смотрите %1 --help</source>
+        <translation>see %1 --help</translation>
+    </message>
+    <message>
+        <source>на запись</source>
+        <translation>for writing</translation>
+    </message>
+    <message>
+        <source>на чтение</source>
+        <translation>for reading</translation>
+    </message>
+    <message>
+        <source>(ожидает)</source>
+        <translation>(waiting)</translation>
+    </message>
+    <message>
+        <source>%1:
+</source>
+        <translation>%1:
+</translation>
+    </message>
+    <message>
+        <source>с %1</source>
+        <translation>since %1</translation>
+    </message>
+    <message>
+        <source>процесс %1</source>
+        <translation>process %1</translation>
+    </message>
+    <message>
+        <source>неизвестный процесс</source>
+        <translation>unknown process</translation>
+    </message>
+    <message>
+        <source>никто не использует</source>
+        <translation>nobody uses it</translation>
+    </message>
+    <message>
+        <source>нельзя записать: %1</source>
+        <translation>cannot be written: %1</translation>
+    </message>
+    <message>
+        <source>Показывает, какие процессы открыли файл или папку, отобразили в память, выполняют или
+находятся в ней, какие блокировки держат, и почему файл нельзя записать. Ничего не
+меняет и не открывает. Код завершения: 0 — ничто не мешает записи, 1 — что-то мешает.</source>
+        <translation>Shows which processes have a file or folder open, map it, run it or are in it, by which locks,
+and why the file cannot be written. Changes and opens nothing. Exit status: 0 nothing stands
+against writing, 1 something does.</translation>
+    </message>
+    <message>
+        <source>в виде JSON</source>
+        <translation>as JSON</translation>
+    </message>
+    <message>
+        <source>кто использует файлы и почему их нельзя записать</source>
+        <translation>who uses files, and why they cannot be written</translation>
+    </message>
+    <message>
+        <source>нет такого файла; создать его ничто не мешает</source>
+        <translation>there is no such file; nothing stands against making it</translation>
+    </message>
+    <message>
         <source>стандартный ввод: %1</source>
         <translation>standard input: %1</translation>
+    </message>
+    <message>
+        <source>Программа</source>
+        <translation>Program</translation>
+    </message>
+    <message>
+        <source>Библиотека</source>
+        <translation>Library</translation>
+    </message>
+    <message>
+        <source>Время</source>
+        <translation>Time</translation>
+    </message>
+    <message>
+        <source>Сигнал</source>
+        <translation>Signal</translation>
+    </message>
+    <message>
+        <source>код %1, адрес %2</source>
+        <translation>code %1, address %2</translation>
+    </message>
+    <message>
+        <source>Процесс</source>
+        <translation>Process</translation>
+    </message>
+    <message>
+        <source>Поток</source>
+        <translation>Thread</translation>
+    </message>
+    <message>
+        <source>show ФАЙЛ [--debug-dir КАТАЛОГ]</source>
+        <translation>show FILE [--debug-dir DIR]</translation>
+    </message>
+    <message>
+        <source>Показывает файл отчёта о сбое: для каждого кадра стека функцию, исходный файл и строку, если файлы его модуля ещё доступны.</source>
+        <translation>Shows a crash file: for each frame of the stack its function, source file and line, where the files of its module are still to be had.</translation>
+    </message>
+    <message>
+        <source>КАТАЛОГ</source>
+        <translation>DIR</translation>
+    </message>
+    <message>
+        <source>сначала искать здесь прежние файлы программы и её библиотек или отдельную отладочную информацию, по идентификатору сборки или по имени</source>
+        <translation>look here first for the former files of the program and its libraries, or for separate debug information, by build id or by name</translation>
+    </message>
+    <message>
+        <source>неизвестное действие: %1</source>
+        <translation>unknown action: %1</translation>
     </message>
     <message>
         <source>veltor: строка %1: ожидаются LON1 LAT1 LON2 LAT2 в градусах: %2</source>
@@ -467,15 +673,11 @@
     </message>
     <message>
         <source>Расстояния между двумя точками в градусах по всем формулам, в метрах (cartesian — в градусах), и азимут в первой точке. Без координат читает со стандартного ввода по паре в строке, через пробелы или запятые, и печатает по строке на пару. Годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;</source>
-        <translation>Distances between two positions in degrees by every formula, in metres (cartesian: in degrees), and the azimuth at the first one. Without coordinates it reads a pair a line from standard input, separated by blanks or commas, and prints a line for each. Degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;</translation>
+        <translation>Distances between two positions in degrees by every formula, in metres (cartesian: in degrees), and the azimuth at the first one. Without coordinates it reads a pair a line from standard input, separated by blanks or commas, and prints a line for each. Degrees, minutes and seconds will do as well: 37°37'4.8"</translation>
     </message>
     <message>
         <source>ожидаются LON1 LAT1 LON2 LAT2 в градусах, а не &apos;%1&apos;</source>
-        <translation>LON1 LAT1 LON2 LAT2 in degrees expected, not &apos;%1&apos;</translation>
-    </message>
-    <message>
-        <source>--ellipsoid: ожидаются большая полуось в метрах и обратное сжатие, например 6378137,298.257223563 (0 — сфера), а не &apos;%1&apos;</source>
-        <translation>--ellipsoid takes the semi-major axis in metres and the inverse flattening, as in 6378137,298.257223563 (0: a sphere), not &apos;%1&apos;</translation>
+        <translation>LON1 LAT1 LON2 LAT2 in degrees expected, not '%1'</translation>
     </message>
     <message>
         <source>--points бывает только у line</source>
@@ -499,7 +701,7 @@
     </message>
     <message>
         <source>Кратчайшие линии на эллипсоиде: куда приведут азимут и расстояние (direct), расстояние и азимуты в обеих точках (inverse), N точек вдоль линии вместе с её концами (line). Градусы и метры; годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;. Без чисел читает их со стандартного ввода, по задаче в строке.</source>
-        <translation>Shortest lines on the ellipsoid: where an azimuth and a distance lead (direct), the distance and the azimuths at both positions (inverse), N points along the line, its ends among them (line). Degrees and metres; degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;. Without numbers it reads them from standard input, a problem a line.</translation>
+        <translation>Shortest lines on the ellipsoid: where an azimuth and a distance lead (direct), the distance and the azimuths at both positions (inverse), N points along the line, its ends among them (line). Degrees and metres; degrees, minutes and seconds will do as well: 37°37'4.8". Without numbers it reads them from standard input, a problem a line.</translation>
     </message>
     <message>
         <source>число точек у line; без ключа 11</source>
@@ -511,11 +713,11 @@
     </message>
     <message>
         <source>ожидается direct, inverse или line, а не &apos;%1&apos;</source>
-        <translation>direct, inverse or line expected, not &apos;%1&apos;</translation>
+        <translation>direct, inverse or line expected, not '%1'</translation>
     </message>
     <message>
         <source>ожидаются %1, а не &apos;%2&apos;</source>
-        <translation>%1 expected, not &apos;%2&apos;</translation>
+        <translation>%1 expected, not '%2'</translation>
     </message>
     <message>
         <source>после карты ожидается конец строки или файла</source>
@@ -563,7 +765,7 @@
     </message>
     <message>
         <source>неизвестный вид геометрии &apos;%1&apos;</source>
-        <translation>unknown kind of geometry &apos;%1&apos;</translation>
+        <translation>unknown kind of geometry '%1'</translation>
     </message>
     <message>
         <source>у GeometryCollection нет списка geometries</source>
@@ -579,7 +781,7 @@
     </message>
     <message>
         <source>Имена, которые изменит фиксация транзакции:</source>
-        <translation>Names that the transaction&apos;s commit would change:</translation>
+        <translation>Names that the transaction's commit would change:</translation>
     </message>
     <message>
         <source>новый файл %1</source>
@@ -666,20 +868,34 @@
         <translation>Journal removed; the files keep their new contents.</translation>
     </message>
     <message>
+        <source>show проверяет журнал отката и перечисляет файлы, которые он защищает,
+ничего не меняя; от отвергнутого журнала — то, что восстановило бы repair.
+rollback возвращает файлам прежнее содержимое и удаляет журнал.
+repair восстанавливает всё, что цело в отвергнутом журнале; если это не всё,
+журнал сохраняется как JOURNAL.damaged.
+discard сохраняет новое содержимое и удаляет журнал.</source>
+        <translation>show checks a rollback journal and lists the files that it protects, changing
+nothing; of a refused journal, what a repair would restore.
+rollback puts every file back to its old contents and removes the journal.
+repair restores what is whole of a refused journal; when that is not all, the
+journal is kept as JOURNAL.damaged.
+discard keeps the new contents and removes the journal.</translation>
+    </message>
+    <message>
         <source>show: JSON вместо таблицы</source>
         <translation>show: JSON instead of a table</translation>
     </message>
     <message>
         <source>rollback, repair: восстанавливать и файлы вне папки журнала</source>
-        <translation>rollback, repair: restore files outside the journal&apos;s folder too</translation>
+        <translation>rollback, repair: restore files outside the journal's folder too</translation>
     </message>
     <message>
         <source>нет такого действия: &apos;%1&apos;</source>
-        <translation>there is no action &apos;%1&apos;</translation>
+        <translation>there is no action '%1'</translation>
     </message>
     <message>
         <source>действие &apos;%1&apos; не знает этого ключа</source>
-        <translation>the action &apos;%1&apos; does not know this option</translation>
+        <translation>the action '%1' does not know this option</translation>
     </message>
     <message>
         <source>строка %1, смещение %2: </source>
@@ -738,116 +954,20 @@
         <translation>cannot be read: %1</translation>
     </message>
     <message>
-        <source>нет такого ключа: &apos;%1&apos;</source>
-        <translation>there is no option &apos;%1&apos;</translation>
-    </message>
-    <message>
-        <source>нет таких ключей: %1</source>
-        <translation>there are no options %1</translation>
-    </message>
-    <message>
-        <source>не задано значение ключа &apos;%1&apos;</source>
-        <translation>a value is missing after &apos;%1&apos;</translation>
-    </message>
-    <message>
-        <source>у ключа &apos;%1&apos; не бывает значения</source>
-        <translation>&apos;%1&apos; takes no value</translation>
-    </message>
-    <message>
-        <source>нет прав доступа</source>
-        <translation>permission denied</translation>
-    </message>
-    <message>
-        <source>открыто слишком много файлов</source>
-        <translation>too many open files</translation>
-    </message>
-    <message>
-        <source>нет такого файла или папки</source>
-        <translation>no such file or directory</translation>
-    </message>
-    <message>
-        <source>на устройстве не осталось места</source>
-        <translation>no space left on device</translation>
-    </message>
-    <message>
-        <source>это папка</source>
-        <translation>is a directory</translation>
-    </message>
-    <message>
-        <source>закрыт</source>
-        <translation>is closed</translation>
-    </message>
-    <message>
-        <source>файл слишком велик</source>
-        <translation>file too large</translation>
-    </message>
-    <message>
-        <source>ошибка ввода-вывода</source>
-        <translation>input/output error</translation>
-    </message>
-    <message>
-        <source>действие не разрешено</source>
-        <translation>operation not permitted</translation>
-    </message>
-    <message>
-        <source>канал никто не читает</source>
-        <translation>nobody reads the pipe</translation>
-    </message>
-    <message>
-        <source>ошибка системы %1</source>
-        <translation>system error %1</translation>
-    </message>
-    <message>
-        <source>расстояния между двумя точками по всем формулам</source>
-        <translation>distances between positions by every formula</translation>
+        <source>показать отчёт о сбое, оставшийся от программы</source>
+        <translation>show the report that a crashed program left</translation>
     </message>
     <message>
         <source>прямая и обратная геодезические задачи, точки вдоль линии</source>
         <translation>direct and inverse geodesic problem, points along a line</translation>
     </message>
     <message>
-        <source>показать журнал отката, откатить, исправить, убрать</source>
-        <translation>show, roll back, repair or discard a rollback journal</translation>
-    </message>
-    <message>
-        <source>площади, периметры и длины объектов карты GeoJSON</source>
-        <translation>areas, perimeters and lengths of a GeoJSON map</translation>
-    </message>
-    <message>
-        <source>Вызов: veltor КОМАНДА [АРГУМЕНТЫ...]</source>
-        <translation>Usage: veltor COMMAND [ARGUMENTS...]</translation>
-    </message>
-    <message>
-        <source>Команды:</source>
-        <translation>Commands:</translation>
-    </message>
-    <message>
-        <source>Подробно: veltor help КОМАНДА или veltor КОМАНДА --help; версия: veltor --version</source>
-        <translation>More: veltor help COMMAND or veltor COMMAND --help; the version: veltor --version</translation>
-    </message>
-    <message>
-        <source>Код завершения: 0 — сделано, 1 — отказ или ошибка, 2 — неверная командная строка, 130 — прервано</source>
-        <translation>Exit status: 0 done, 1 refused or failed, 2 the command line does not fit, 130 interrupted</translation>
-    </message>
-    <message>
-        <source>нет такой команды: &apos;%1&apos;</source>
-        <translation>there is no command &apos;%1&apos;</translation>
-    </message>
-    <message>
-        <source>не названа команда</source>
-        <translation>which command?</translation>
-    </message>
-    <message>
-        <source>смотрите %1 --help</source>
-        <translation>see %1 --help</translation>
-    </message>
-    <message>
         <source>ожидается Feature, а не &apos;%1&apos;</source>
-        <translation>a Feature expected, not &apos;%1&apos;</translation>
+        <translation>a Feature expected, not '%1'</translation>
     </message>
     <message>
         <source>неизвестный вид &apos;%1&apos;</source>
-        <translation>unknown type &apos;%1&apos;</translation>
+        <translation>unknown type '%1'</translation>
     </message>
     <message>
         <source>это не карта: ожидается объект</source>
@@ -931,7 +1051,7 @@
     </message>
     <message>
         <source>поверхность: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default и &apos;&apos; — эллипсоид</source>
-        <translation>the surface: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default and &apos;&apos; are the ellipsoid</translation>
+        <translation>the surface: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default and '' are the ellipsoid</translation>
     </message>
     <message>
         <source>что соединяет точки: geodesic — кратчайшие линии (так и без ключа), straight — прямые по долготе и широте, как в RFC 7946</source>
@@ -947,7 +1067,7 @@
     </message>
     <message>
         <source>свойство с именем объекта; без ключа name или NAME; иначе id или номер</source>
-        <translation>the property with a feature&apos;s name; name or NAME unless given; else the id or the number</translation>
+        <translation>the property with a feature's name; name or NAME unless given; else the id or the number</translation>
     </message>
     <message>
         <source>N объектов наибольшей площади, затем длины, в этом порядке</source>
@@ -980,6 +1100,14 @@
     <message>
         <source>концы строк JSON и CSV: lf, crlf, cr; без ключа lf, в CSV crlf; включает --json, если нет --format</source>
         <translation>line ends of JSON and CSV: lf, crlf, cr; unless given lf, in CSV crlf; implies --json without --format</translation>
+    </message>
+    <message>
+        <source>ФАЙЛ</source>
+        <translation>FILE</translation>
+    </message>
+    <message>
+        <source>куда записать, когда какой поток что делал: события для просмотра в браузере</source>
+        <translation>where to write what each thread did when: events for a browser's viewer</translation>
     </message>
     <message>
         <source>--json и --layout не сочетаются с --format %1</source>
@@ -1020,134 +1148,6 @@
     <message>
         <source>дыры больше многоугольника; его площадь взята за 0</source>
         <translation>the holes are larger than the polygon, whose area is taken for 0</translation>
-    </message>
-    <message>
-        <source>show проверяет журнал отката и перечисляет файлы, которые он защищает,
-ничего не меняя; от отвергнутого журнала — то, что восстановило бы repair.
-rollback возвращает файлам прежнее содержимое и удаляет журнал.
-repair восстанавливает всё, что цело в отвергнутом журнале; если это не всё,
-журнал сохраняется как JOURNAL.damaged.
-discard сохраняет новое содержимое и удаляет журнал.</source>
-        <translation>show checks a rollback journal and lists the files that it protects, changing
-nothing; of a refused journal, what a repair would restore.
-rollback puts every file back to its old contents and removes the journal.
-repair restores what is whole of a refused journal; when that is not all, the
-journal is kept as JOURNAL.damaged.
-discard keeps the new contents and removes the journal.</translation>
-    </message>
-    <message>
-        <source>Программа</source>
-        <translation>Program</translation>
-    </message>
-    <message>
-        <source>Библиотека</source>
-        <translation>Library</translation>
-    </message>
-    <message>
-        <source>Время</source>
-        <translation>Time</translation>
-    </message>
-    <message>
-        <source>Сигнал</source>
-        <translation>Signal</translation>
-    </message>
-    <message>
-        <source>код %1, адрес %2</source>
-        <translation>code %1, address %2</translation>
-    </message>
-    <message>
-        <source>Процесс</source>
-        <translation>Process</translation>
-    </message>
-    <message>
-        <source>Поток</source>
-        <translation>Thread</translation>
-    </message>
-    <message>
-        <source>show ФАЙЛ [--debug-dir КАТАЛОГ]</source>
-        <translation>show FILE [--debug-dir DIR]</translation>
-    </message>
-    <message>
-        <source>Показывает файл отчёта о сбое: для каждого кадра стека функцию, исходный файл и строку, если файлы его модуля ещё доступны.</source>
-        <translation>Shows a crash file: for each frame of the stack its function, source file and line, where the files of its module are still to be had.</translation>
-    </message>
-    <message>
-        <source>КАТАЛОГ</source>
-        <translation>DIR</translation>
-    </message>
-    <message>
-        <source>сначала искать здесь прежние файлы программы и её библиотек или отдельную отладочную информацию, по идентификатору сборки или по имени</source>
-        <translation>look here first for the former files of the program and its libraries, or for separate debug information, by build id or by name</translation>
-    </message>
-    <message>
-        <source>неизвестное действие: %1</source>
-        <translation>unknown action: %1</translation>
-    </message>
-    <message>
-        <source>на запись</source>
-        <translation>for writing</translation>
-    </message>
-    <message>
-        <source>на чтение</source>
-        <translation>for reading</translation>
-    </message>
-    <message>
-        <source>(ожидает)</source>
-        <translation>(waiting)</translation>
-    </message>
-    <message>
-        <source>%1:
-</source>
-        <translation>%1:
-</translation>
-    </message>
-    <message>
-        <source>с %1</source>
-        <translation>since %1</translation>
-    </message>
-    <message>
-        <source>процесс %1</source>
-        <translation>process %1</translation>
-    </message>
-    <message>
-        <source>неизвестный процесс</source>
-        <translation>unknown process</translation>
-    </message>
-    <message>
-        <source>никто не использует</source>
-        <translation>nobody uses it</translation>
-    </message>
-    <message>
-        <source>нельзя записать: %1</source>
-        <translation>cannot be written: %1</translation>
-    </message>
-    <message>
-        <source>Показывает, какие процессы открыли файл или папку, отобразили в память, выполняют или
-находятся в ней, какие блокировки держат, и почему файл нельзя записать. Ничего не
-меняет и не открывает. Код завершения: 0 — ничто не мешает записи, 1 — что-то мешает.</source>
-        <translation>Shows which processes have a file or folder open, map it, run it or are in it, by which locks,
-and why the file cannot be written. Changes and opens nothing. Exit status: 0 nothing stands
-against writing, 1 something does.</translation>
-    </message>
-    <message>
-        <source>в виде JSON</source>
-        <translation>as JSON</translation>
-    </message>
-    <message>
-        <source>показать отчёт о сбое, оставшийся от программы</source>
-        <translation>show the report that a crashed program left</translation>
-    </message>
-    <message>
-        <source>кто использует файлы и почему их нельзя записать</source>
-        <translation>who uses files, and why they cannot be written</translation>
-    </message>
-    <message>
-        <source>ФАЙЛ</source>
-        <translation>FILE</translation>
-    </message>
-    <message>
-        <source>куда записать, когда какой поток что делал: события для просмотра в браузере</source>
-        <translation>where to write what each thread did when: events for a browser's viewer</translation>
     </message>
 </context>
 <context>
@@ -1368,51 +1368,55 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>Файл отката &apos;%0&apos; остался в силе: его не удалось ни удалить, ни очистить</source>
-        <translation>The rollback file &apos;%0&apos; stays in force: it could be neither deleted nor emptied</translation>
+        <translation>The rollback file '%0' stays in force: it could be neither deleted nor emptied</translation>
     </message>
     <message>
         <source>Файл отката &apos;%0&apos; занят другой программой (процесс %1)</source>
-        <translation>The rollback file &apos;%0&apos; is in use by another program (process %1)</translation>
+        <translation>The rollback file '%0' is in use by another program (process %1)</translation>
     </message>
     <message>
         <source>Файл отката &apos;%0&apos; занят другой программой</source>
-        <translation>The rollback file &apos;%0&apos; is in use by another program</translation>
+        <translation>The rollback file '%0' is in use by another program</translation>
     </message>
     <message>
         <source>Невозможно занять файл отката &apos;%0&apos;</source>
-        <translation>Cannot lock the rollback file &apos;%0&apos;</translation>
+        <translation>Cannot lock the rollback file '%0'</translation>
     </message>
     <message>
         <source>Файл отката &apos;%0&apos; хранит незавершенные изменения</source>
-        <translation>The rollback file &apos;%0&apos; holds unfinished changes</translation>
+        <translation>The rollback file '%0' holds unfinished changes</translation>
     </message>
     <message>
         <source>Файл отката &apos;%0&apos; принадлежит другому пользователю или открыт ему для записи</source>
-        <translation>The rollback file &apos;%0&apos; belongs to another user, or another user may write it</translation>
+        <translation>The rollback file '%0' belongs to another user, or another user may write it</translation>
     </message>
     <message>
         <source>Файл &apos;%0&apos; не является файлом отката</source>
-        <translation>The file &apos;%0&apos; is not a rollback file</translation>
+        <translation>The file '%0' is not a rollback file</translation>
     </message>
     <message>
         <source>Файл отката доступен тем, кому недоступен файл &apos;%0&apos;</source>
-        <translation>The rollback file can be read by those who may not read the file &apos;%0&apos;</translation>
+        <translation>The rollback file can be read by those who may not read the file '%0'</translation>
     </message>
     <message>
         <source>Файл &apos;%0&apos; заменен другим</source>
-        <translation>The file &apos;%0&apos; was replaced by another one</translation>
+        <translation>The file '%0' was replaced by another one</translation>
     </message>
     <message>
         <source>Невозможно узнать размер файла &apos;%0&apos;</source>
-        <translation>Cannot tell the size of the file &apos;%0&apos;</translation>
+        <translation>Cannot tell the size of the file '%0'</translation>
     </message>
     <message>
         <source>Прежняя длина файла (%0) не подтверждена сохраненными данными: &apos;%1&apos;</source>
-        <translation>The former length of the file (%0) is not backed by saved data: &apos;%1&apos;</translation>
+        <translation>The former length of the file (%0) is not backed by saved data: '%1'</translation>
     </message>
     <message>
         <source>Файл открыт под защитой уже завершенного отката</source>
         <translation>The file was opened under the protection of a transaction that has ended</translation>
+    </message>
+    <message>
+        <source>Точка сохранения больше не действует</source>
+        <translation>The savepoint is no longer valid</translation>
     </message>
     <message>
         <source>Это не обычный файл</source>
@@ -1424,7 +1428,7 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>Имя ведет за пределы каталога файла отката</source>
-        <translation>The name leads out of the rollback file&apos;s folder</translation>
+        <translation>The name leads out of the rollback file's folder</translation>
     </message>
     <message>
         <source>Файл принадлежит служебной файловой системе</source>
@@ -1433,10 +1437,6 @@ against writing, 1 something does.</translation>
     <message>
         <source>Файл не разрешен правилом имен</source>
         <translation>The name rule does not accept the file</translation>
-    </message>
-    <message>
-        <source>Точка сохранения больше не действует</source>
-        <translation>The savepoint is no longer valid</translation>
     </message>
 </context>
 <context>
@@ -1447,15 +1447,15 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>Откат прерван, файл отката &apos;%0&apos; сохранён</source>
-        <translation>The rollback was cancelled; the rollback file &apos;%0&apos; is kept</translation>
+        <translation>The rollback was cancelled; the rollback file '%0' is kept</translation>
     </message>
     <message>
         <source>Из файла отката &apos;%0&apos; восстановить можно не всё, файлы не изменены: %1</source>
-        <translation>The rollback file &apos;%0&apos; cannot restore everything; no file was changed: %1</translation>
+        <translation>The rollback file '%0' cannot restore everything; no file was changed: %1</translation>
     </message>
     <message>
         <source>Не восстановлено файлов: %0, файл отката &apos;%1&apos; сохранён: %2</source>
-        <translation>Files not restored: %0; the rollback file &apos;%1&apos; is kept: %2</translation>
+        <translation>Files not restored: %0; the rollback file '%1' is kept: %2</translation>
     </message>
     <message>
         <source>часть сохранённых данных потеряна, восстановлено не всё</source>
@@ -1471,47 +1471,47 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>&apos;%0&apos; не может быть именем файла в папке файла отката</source>
-        <translation>&apos;%0&apos; cannot be the name of a file in the rollback file&apos;s folder</translation>
+        <translation>'%0' cannot be the name of a file in the rollback file's folder</translation>
     </message>
     <message>
         <source>Имя &apos;%0&apos; занято самой транзакцией</source>
-        <translation>The name &apos;%0&apos; is used by the transaction itself</translation>
+        <translation>The name '%0' is used by the transaction itself</translation>
     </message>
     <message>
         <source>Имя &apos;%0&apos; уже занято</source>
-        <translation>The name &apos;%0&apos; is already taken</translation>
+        <translation>The name '%0' is already taken</translation>
     </message>
     <message>
         <source>Файла &apos;%0&apos; нет</source>
-        <translation>There is no file &apos;%0&apos;</translation>
+        <translation>There is no file '%0'</translation>
     </message>
     <message>
         <source>&apos;%0&apos; не является обычным файлом</source>
-        <translation>&apos;%0&apos; is not a regular file</translation>
+        <translation>'%0' is not a regular file</translation>
     </message>
     <message>
         <source>&apos;%0&apos; и &apos;%1&apos; — один и тот же файл</source>
-        <translation>&apos;%0&apos; and &apos;%1&apos; are one and the same file</translation>
+        <translation>'%0' and '%1' are one and the same file</translation>
     </message>
     <message>
         <source>Нет доступа к &apos;%0&apos;: %1</source>
-        <translation>No access to &apos;%0&apos;: %1</translation>
+        <translation>No access to '%0': %1</translation>
     </message>
     <message>
         <source>Ошибка создания &apos;%0&apos;: %1</source>
-        <translation>Could not create &apos;%0&apos;: %1</translation>
+        <translation>Could not create '%0': %1</translation>
     </message>
     <message>
         <source>Ошибка переименования &apos;%0&apos; в &apos;%1&apos;: %2</source>
-        <translation>Could not rename &apos;%0&apos; to &apos;%1&apos;: %2</translation>
+        <translation>Could not rename '%0' to '%1': %2</translation>
     </message>
     <message>
         <source>Ошибка удаления &apos;%0&apos;: %1</source>
-        <translation>Could not remove &apos;%0&apos;: %1</translation>
+        <translation>Could not remove '%0': %1</translation>
     </message>
     <message>
         <source>Нет права создавать и удалять файлы рядом с &apos;%0&apos;</source>
-        <translation>No right to create and remove files beside &apos;%0&apos;</translation>
+        <translation>No right to create and remove files beside '%0'</translation>
     </message>
     <message>
         <source>Слишком много изменений имён в одной транзакции</source>
@@ -1519,19 +1519,19 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>Список имён транзакции &apos;%0&apos; повреждён, имена не изменены</source>
-        <translation>The transaction&apos;s list of names &apos;%0&apos; is damaged; no name was changed</translation>
+        <translation>The transaction's list of names '%0' is damaged; no name was changed</translation>
     </message>
     <message>
         <source>Ошибка чтения или записи списка имён транзакции &apos;%0&apos;: %1</source>
-        <translation>Could not read or write the transaction&apos;s list of names &apos;%0&apos;: %1</translation>
+        <translation>Could not read or write the transaction's list of names '%0': %1</translation>
     </message>
     <message>
         <source>Папка транзакции &apos;%0&apos; принадлежит другому пользователю</source>
-        <translation>The transaction&apos;s folder &apos;%0&apos; belongs to another user, or others may change it</translation>
+        <translation>The transaction's folder '%0' belongs to another user, or others may change it</translation>
     </message>
     <message>
         <source>&apos;%0&apos; не является папкой транзакции</source>
-        <translation>&apos;%0&apos; is not a transaction&apos;s folder</translation>
+        <translation>'%0' is not a transaction's folder</translation>
     </message>
 </context>
 </TS>

@@ -166,6 +166,10 @@ void show(const LockInfo& info)
             lock.pid > 0 ? Text::tr("процесс %1").arg(lock.pid) : Text::tr("неизвестный процесс");
         print(QStringLiteral("  %1  %2\n").arg(who, lockText(lock)));
     }
+    if (!info.exists() && info.obstacles().empty()) {
+        print(QStringLiteral("  ") + Text::tr("нет такого файла; создать его ничто не мешает") +
+              QLatin1Char('\n'));
+    }
     if (info.exists() && info.holders().empty() && info.otherLocks().empty()) {
         print(QStringLiteral("  ") + Text::tr("никто не использует") + QLatin1Char('\n'));
     }

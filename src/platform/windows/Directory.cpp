@@ -177,8 +177,7 @@ std::error_code Directory::removeFile(const NativeString& name)
         return error;
     }
     // Of a link to a folder, this removes the link.
-    return status.kind == FileKind::Link ? resultOf(RemoveDirectoryW(path.c_str()))
-                                         : systemError(NotAFile);
+    return status.kind == FileKind::Link ? resultOf(RemoveDirectoryW(path.c_str())) : systemError(NotAFile);
 }
 
 std::error_code Directory::removeFolder(const NativeString& name)

@@ -95,11 +95,11 @@ QString resolvedPath(const QString& path)
         }
         way << name;
         const QFileInfo info(joined(way));
-        if (info.isSymLink() && links < LongestLinks) {
+        // Not isSymLink(), which takes a shortcut file of Windows for a link too.
+        if ((info.isSymbolicLink() || info.isJunction()) && links < LongestLinks) {
             ++links;
             way.removeLast();
-            const QString target = QFileInfo(info).symLinkTarget();
-            const QStringList next = parts(target);
+            const QStringList next = parts(info.symLinkTarget());
             way = QStringList(next.front());
             ahead = next.mid(1) + ahead;
         }

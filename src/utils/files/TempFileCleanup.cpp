@@ -111,7 +111,8 @@ void CleanupRun::take(const platform::NativeString& name, const QString& text)
         return;
     }
     folder.close();
-    if (!removeAside(m_base, lock, m_basePath, text, m_report.contents, m_progress)) {
+    error = removeAside(m_base, lock, m_basePath, text, m_report.contents, m_progress);
+    if (error && !platform::isGone(error)) {
         ++m_report.waiting;
     } else if (!lock.isHeld()) {
         ++m_report.removed;

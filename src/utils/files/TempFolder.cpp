@@ -92,8 +92,8 @@ QString openTempBase(const QString& base, Directory& directory)
                  : QString();
 }
 
-bool removeAside(Directory& base, FolderLock& lock, const QString& basePath, const QString& name,
-                 RemovalReport& report, const RemovalProgress& progress)
+std::error_code removeAside(Directory& base, FolderLock& lock, const QString& basePath, const QString& name,
+                            RemovalReport& report, const RemovalProgress& progress)
 {
     const TempName parts = TempName::read(name).value_or(TempName());
     QString aside = name;
@@ -106,7 +106,7 @@ bool removeAside(Directory& base, FolderLock& lock, const QString& basePath, con
         }
     }
     if (error) {
-        return false;
+        return error;
     }
     const QString shown = basePath + QLatin1Char('/') + aside;
     TreeRemover remover(report, progress);
@@ -114,10 +114,10 @@ bool removeAside(Directory& base, FolderLock& lock, const QString& basePath, con
     error = lock.open(folder);
     if (error) {
         remover.fail(shown, reasonText(error));
-        return true;
+        return {};
     }
     if (!remover.empty(std::move(folder), shown, nativeName(QString::fromLatin1(TempMark)))) {
-        return true; // the mark stays, for the next cleanup
+        return {}; // the mark stays, for the next cleanup
     }
     if (!lock.open(folder) && !folder.removeFile(nativeName(QString::fromLatin1(TempMark)))) {
         ++report.removed;
@@ -128,8 +128,12 @@ bool removeAside(Directory& base, FolderLock& lock, const QString& basePath, con
         ++report.removed;
     } else if (!platform::isGone(error)) {
         remover.fail(shown, reasonText(error));
+        // Somebody has put something into it since: the next cleanup must know it again.
+        if (lock.isHeld() && !lock.open(folder)) {
+            static_cast<void>(folder.makeMark(nativeName(QString::fromLatin1(TempMark)), TempMarkText));
+        }
     }
-    return true;
+    return {};
 }
 
 void logTemp(const QString& text)

@@ -33,9 +33,10 @@ constexpr const char* TempMarkText = "A program's temporary files: deleted when 
 /// Opens the place for temporary files; why not, for the user, else empty.
 QString openTempBase(const QString& base, platform::Directory& directory);
 
-/// Moves a locked folder aside and deletes it. False when it cannot be moved, and nothing is changed.
-bool removeAside(platform::Directory& base, platform::FolderLock& lock, const QString& basePath,
-                 const QString& name, RemovalReport& report, const RemovalProgress& progress);
+/// Moves a locked folder aside and deletes it. An error when it cannot be moved, and nothing is changed.
+[[nodiscard]] std::error_code removeAside(platform::Directory& base, platform::FolderLock& lock,
+                                          const QString& basePath, const QString& name, RemovalReport& report,
+                                          const RemovalProgress& progress);
 
 /// A line of the log's, from the place that readers of it know.
 void logTemp(const QString& text);

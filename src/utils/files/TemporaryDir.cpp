@@ -90,8 +90,10 @@ TemporaryDir::TemporaryDir(TemporaryDir&& other) noexcept = default;
 
 TemporaryDir& TemporaryDir::operator=(TemporaryDir&& other) noexcept
 {
-    TemporaryDir former(std::move(*this));
-    m_d = std::move(other.m_d);
+    if (this != &other) {
+        const TemporaryDir former(std::move(*this));
+        m_d = std::move(other.m_d);
+    }
     return *this;
 }
 
@@ -124,10 +126,10 @@ RemovalReport TemporaryDir::remove(const RemovalProgress& progress)
     const QString folder = path();
     // Whatever becomes of it, it is no longer this object's; what stays is for the next cleanup.
     FolderLock lock = std::move(m_d->lock);
-    if (!removeAside(m_d->base, lock, m_d->basePath, m_d->name, report, progress)) {
+    const std::error_code error = removeAside(m_d->base, lock, m_d->basePath, m_d->name, report, progress);
+    if (error && !platform::isGone(error)) { // what is gone by that name, others have moved or removed
         ++report.failed;
-        report.failures.push_back(
-            {folder, QCoreApplication::translate("TemporaryDir", "папка используется")});
+        report.failures.push_back({folder, reasonText(error)});
     }
     for (const RemovalFailure& failure : report.failures) {
         logTemp(QCoreApplication::translate("TemporaryDir", "Не удалось удалить '%1': %2")
