@@ -85,7 +85,8 @@ StraightEdges::Edge StraightEdges::edge(QPointF from, QPointF to) const
 {
     const double dLongitude = drawnStep(from, to) * radians;
     const double dLatitude = (to.y() - from.y()) * radians;
-    if (std::fabs(dLatitude) <= longestShort) {
+    constexpr double nearPole = 85; // where the length of an edge changes quickly
+    if (std::fabs(dLatitude) <= longestShort && std::fabs(from.y()) < nearPole) {
         return integral(shortNodes, from.y() * radians, dLatitude, dLongitude);
     }
     const double pieces = std::ceil(std::fabs(dLatitude) / longestPiece);
