@@ -4,6 +4,7 @@
 
 #include "Drawing.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -85,10 +86,11 @@ StraightEdges::Edge StraightEdges::edge(QPointF from, QPointF to) const
 {
     const double dLongitude = drawnStep(from, to) * radians;
     const double dLatitude = (to.y() - from.y()) * radians;
-    if (std::fabs(dLatitude) <= longestShort) {
+    constexpr double nearPole = 85; // where the length of an edge changes quickly
+    if (std::fabs(dLatitude) <= longestShort && std::fabs(from.y()) < nearPole) {
         return integral(shortNodes, from.y() * radians, dLatitude, dLongitude);
     }
-    const double pieces = std::ceil(std::fabs(dLatitude) / longestPiece);
+    const double pieces = std::max(1.0, std::ceil(std::fabs(dLatitude) / longestPiece));
     Edge sum{0, 0};
     for (int i = 0; i < pieces; ++i) {
         const Edge piece = integral(longNodes, from.y() * radians + i / pieces * dLatitude,
