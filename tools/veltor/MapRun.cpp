@@ -218,7 +218,7 @@ void readBatches(QIODevice& device, MapReading& reading, Conveyor& conveyor)
             batch->points += pointsOf(feature);
             batch->features.push_back(std::move(feature));
             if (batch->points >= batchPoints || batch->features.size() >= batchFeatures) {
-                const utils::ScopedTimer timer("wait for room");
+                const utils::ScopedTimer roomTimer("wait for room");
                 conveyor.put(std::exchange(batch, std::make_unique<Batch>()));
             }
         };
