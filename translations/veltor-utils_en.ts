@@ -88,6 +88,21 @@
     </message>
 </context>
 <context>
+    <name>veltor::concurrent::TaskThreadPool</name>
+    <message>
+        <source>Задача с родительским объектом не может перейти в другой поток</source>
+        <translation>A task with a parent object cannot move to another thread</translation>
+    </message>
+    <message>
+        <source>Задача не принадлежит ни одному потоку</source>
+        <translation>The task belongs to no thread</translation>
+    </message>
+    <message>
+        <source>Задача уже передана на выполнение</source>
+        <translation>The task was already handed over</translation>
+    </message>
+</context>
+<context>
     <name>veltor::utils::SecuredFile</name>
     <message>
         <source>Ошибка перехода к смещению %0 (размер файла отката %1, %2)</source>
