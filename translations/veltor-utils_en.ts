@@ -1161,7 +1161,7 @@ discard keeps the new contents and removes the journal.</translation>
     <name>veltor::concurrent::TaskThreadPool</name>
     <message>
         <source>Задача с родительским объектом не может перейти в другой поток</source>
-        <translation>A task with a parent cannot move to another thread</translation>
+        <translation>A task with a parent object cannot move to another thread</translation>
     </message>
     <message>
         <source>Задача не принадлежит ни одному потоку</source>
@@ -1169,7 +1169,7 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>Задача уже передана на выполнение</source>
-        <translation>The task was handed over already</translation>
+        <translation>The task was already handed over</translation>
     </message>
 </context>
 <context>
