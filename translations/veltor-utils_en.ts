@@ -321,6 +321,10 @@
         <source>Значение результата уже взято</source>
         <translation>The value of the result was taken before</translation>
     </message>
+    <message>
+        <source>Наблюдатель задачи прерван: %1</source>
+        <translation>An observer of the task was broken off: %1</translation>
+    </message>
 </context>
 <context>
     <name>TemporaryDir</name>

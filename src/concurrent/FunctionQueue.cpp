@@ -83,15 +83,17 @@ private:
 
 std::shared_ptr<FunctionQueue> FunctionQueue::of(TaskThreadPool* pool)
 {
+    std::shared_ptr<FunctionQueue> former; // destroyed after the lock, which its destructor takes too
     Registry& all = registry();
     const std::lock_guard lock(all.mutex);
     std::weak_ptr<FunctionQueue>& known = all.queues[pool];
-    std::shared_ptr<FunctionQueue> queue = known.lock();
-    if (!queue || !queue->m_pool.isOpen()) { // of a former pool at this address
-        queue = std::make_shared<FunctionQueue>(pool);
-        known = queue;
+    former = known.lock();
+    if (former && former->m_pool.isOpen()) { // not of another pool that was at this address
+        return former;
     }
-    return queue;
+    auto made = std::make_shared<FunctionQueue>(pool);
+    known = made;
+    return made;
 }
 
 FunctionQueue::FunctionQueue(TaskThreadPool* pool)

@@ -4,12 +4,18 @@
 
 #include <veltor/concurrent/ResultCore.h>
 #include <veltor/err/ConcurrentNestedException.h>
+#include <veltor/logging/Logger.h>
+
+#include <QtCore/QCoreApplication>
 
 #include <exception>
 #include <utility>
 
 namespace veltor::concurrent {
 namespace {
+
+const logging::LoggerMessager observerLog(logging::LogLevel::Error, "concurrent/ResultNews.cpp", __LINE__,
+                                          "veltor::concurrent::ResultCore::tell()");
 
 class ResultScope : public NestedScopeImpl
 {
@@ -37,6 +43,30 @@ public:
 private:
     const ResultCore::Ptr m_node;
 };
+
+err::ConcurrentNestedException carrierOf(const std::exception_ptr& thrown)
+{
+    try {
+        std::rethrow_exception(thrown);
+    } catch (...) {
+        return {};
+    }
+}
+
+/// What an observer throws keeps nobody from hearing of the end.
+template <typename F>
+void guarded(F emitSignal)
+{
+    try {
+        emitSignal();
+    } catch (const std::exception& reason) {
+        observerLog.write(QCoreApplication::translate("TaskResult", "Наблюдатель задачи прерван: %1")
+                              .arg(QString::fromUtf8(reason.what())));
+    } catch (...) {
+        observerLog.write(QCoreApplication::translate("TaskResult", "Наблюдатель задачи прерван: %1")
+                              .arg(QLatin1Char('?')));
+    }
+}
 
 } // namespace
 
@@ -69,30 +99,21 @@ void ResultCore::tell(State state, const std::exception_ptr& thrown)
     if (!watcher) {
         return;
     }
-    switch (state) {
-    case State::Waiting:
+    if (state == State::Running) {
+        guarded([&] { Q_EMIT watcher->started(); });
         return;
-    case State::Running:
-        Q_EMIT watcher->started();
-        return;
-    case State::Succeeded:
-        watcher->show(100);
-        Q_EMIT watcher->successful();
-        break;
-    case State::Failed:
-        m_looked.store(true);
-        try {
-            std::rethrow_exception(thrown);
-        } catch (...) {
-            watcher->setError(err::ConcurrentNestedException());
-        }
-        Q_EMIT watcher->canceled();
-        break;
-    case State::Canceled:
-        Q_EMIT watcher->canceled();
-        break;
     }
-    Q_EMIT watcher->finished();
+    if (state == State::Succeeded) {
+        watcher->show(100);
+        guarded([&] { Q_EMIT watcher->successful(); });
+    } else {
+        if (state == State::Failed) {
+            m_looked.store(true);
+            guarded([&] { watcher->setError(carrierOf(thrown)); });
+        }
+        guarded([&] { Q_EMIT watcher->canceled(); });
+    }
+    guarded([&] { Q_EMIT watcher->finished(); });
 }
 
 std::unique_ptr<NestedScope> ResultCore::makeScope()

@@ -204,6 +204,8 @@ void WatchedTask::measure(qint64 nowMs)
 {
     if (m_state == State::Canceled || m_state == State::Failed) {
         m_perSecond = -1;
+        // A look may have come between a task's last value and its verdict.
+        m_fraction = m_fraction >= 1 && m_before >= 0 ? m_before : m_fraction;
         return;
     }
     const Range range = m_handler->range();
@@ -223,6 +225,9 @@ void WatchedTask::measure(qint64 nowMs)
         const double weight = 1 - std::exp(-passedMs / smoothingMs);
         m_perSecond = m_perSecond < 0 ? (now > 0 ? now : -1) : m_perSecond + (now - m_perSecond) * weight;
         m_measuredMs = nowMs;
+    }
+    if (m_fraction < 1) {
+        m_before = m_fraction;
     }
     m_width = range.end - range.start;
     m_fraction = fraction;

@@ -63,6 +63,7 @@ private:
     bool m_endSeen = false; // without its signal
     double m_value = 0;
     double m_fraction = -1;  // below 0: unknown
+    double m_before = -1;    // the last fraction but the whole
     double m_perSecond = -1; // of the fraction; below 0: unknown
     double m_width = 0;      // of the scale
     qint64 m_measuredMs = -1;
