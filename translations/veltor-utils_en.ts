@@ -231,10 +231,6 @@
         <translation>standard input: %1</translation>
     </message>
     <message>
-        <source>--formula: ожидаются через запятую cartesian, spherical, ellipsoid, vincenty, lambert, azimuth, а не &apos;%1&apos;</source>
-        <translation>--formula takes cartesian, spherical, ellipsoid, vincenty, lambert, azimuth, separated by commas, not &apos;%1&apos;</translation>
-    </message>
-    <message>
         <source>veltor: строка %1: ожидаются LON1 LAT1 LON2 LAT2 в градусах: %2</source>
         <translation>veltor: line %1 is not LON1 LAT1 LON2 LAT2 in degrees: %2</translation>
     </message>
@@ -525,10 +521,6 @@
     <message>
         <source>стандартный ввод</source>
         <translation>standard input</translation>
-    </message>
-    <message>
-        <source>--mode: ожидается одно из %1, а не &apos;%2&apos;</source>
-        <translation>--mode takes one of %1, not &apos;%2&apos;</translation>
     </message>
     <message>
         <source>--%1 не имеет смысла на плоскости</source>
