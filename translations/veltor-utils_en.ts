@@ -48,7 +48,7 @@
     </message>
     <message>
         <source>Задача &apos;%1&apos; не может быть частью группы: у неё есть владелец, она живёт в другом потоке или уже запущена</source>
-        <translation>The task '%1' cannot be a part of the group: it has an owner, lives in another thread or was started before</translation>
+        <translation>The task &apos;%1&apos; cannot be a part of the group: it has an owner, lives in another thread or was started before</translation>
     </message>
     <message>
         <source>Группа задач уже запущена</source>
@@ -677,11 +677,11 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>Расстояния между двумя точками в градусах по всем формулам, в метрах (cartesian — в градусах), и азимут в первой точке. Без координат читает со стандартного ввода по паре в строке, через пробелы или запятые, и печатает по строке на пару. Годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;</source>
-        <translation>Distances between two positions in degrees by every formula, in metres (cartesian: in degrees), and the azimuth at the first one. Without coordinates it reads a pair a line from standard input, separated by blanks or commas, and prints a line for each. Degrees, minutes and seconds will do as well: 37°37'4.8"</translation>
+        <translation>Distances between two positions in degrees by every formula, in metres (cartesian: in degrees), and the azimuth at the first one. Without coordinates it reads a pair a line from standard input, separated by blanks or commas, and prints a line for each. Degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;</translation>
     </message>
     <message>
         <source>ожидаются LON1 LAT1 LON2 LAT2 в градусах, а не &apos;%1&apos;</source>
-        <translation>LON1 LAT1 LON2 LAT2 in degrees expected, not '%1'</translation>
+        <translation>LON1 LAT1 LON2 LAT2 in degrees expected, not &apos;%1&apos;</translation>
     </message>
     <message>
         <source>--points бывает только у line</source>
@@ -705,7 +705,7 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>Кратчайшие линии на эллипсоиде: куда приведут азимут и расстояние (direct), расстояние и азимуты в обеих точках (inverse), N точек вдоль линии вместе с её концами (line). Градусы и метры; годятся и градусы, минуты и секунды: 37°37&apos;4.8&quot;. Без чисел читает их со стандартного ввода, по задаче в строке.</source>
-        <translation>Shortest lines on the ellipsoid: where an azimuth and a distance lead (direct), the distance and the azimuths at both positions (inverse), N points along the line, its ends among them (line). Degrees and metres; degrees, minutes and seconds will do as well: 37°37'4.8". Without numbers it reads them from standard input, a problem a line.</translation>
+        <translation>Shortest lines on the ellipsoid: where an azimuth and a distance lead (direct), the distance and the azimuths at both positions (inverse), N points along the line, its ends among them (line). Degrees and metres; degrees, minutes and seconds will do as well: 37°37&apos;4.8&quot;. Without numbers it reads them from standard input, a problem a line.</translation>
     </message>
     <message>
         <source>число точек у line; без ключа 11</source>
@@ -717,11 +717,11 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>ожидается direct, inverse или line, а не &apos;%1&apos;</source>
-        <translation>direct, inverse or line expected, not '%1'</translation>
+        <translation>direct, inverse or line expected, not &apos;%1&apos;</translation>
     </message>
     <message>
         <source>ожидаются %1, а не &apos;%2&apos;</source>
-        <translation>%1 expected, not '%2'</translation>
+        <translation>%1 expected, not &apos;%2&apos;</translation>
     </message>
     <message>
         <source>после карты ожидается конец строки или файла</source>
@@ -769,7 +769,7 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>неизвестный вид геометрии &apos;%1&apos;</source>
-        <translation>unknown kind of geometry '%1'</translation>
+        <translation>unknown kind of geometry &apos;%1&apos;</translation>
     </message>
     <message>
         <source>у GeometryCollection нет списка geometries</source>
@@ -785,7 +785,7 @@ against writing, 1 something does.</translation>
     </message>
     <message>
         <source>Имена, которые изменит фиксация транзакции:</source>
-        <translation>Names that the transaction's commit would change:</translation>
+        <translation>Names that the transaction&apos;s commit would change:</translation>
     </message>
     <message>
         <source>новый файл %1</source>
@@ -891,15 +891,15 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>rollback, repair: восстанавливать и файлы вне папки журнала</source>
-        <translation>rollback, repair: restore files outside the journal's folder too</translation>
+        <translation>rollback, repair: restore files outside the journal&apos;s folder too</translation>
     </message>
     <message>
         <source>нет такого действия: &apos;%1&apos;</source>
-        <translation>there is no action '%1'</translation>
+        <translation>there is no action &apos;%1&apos;</translation>
     </message>
     <message>
         <source>действие &apos;%1&apos; не знает этого ключа</source>
-        <translation>the action '%1' does not know this option</translation>
+        <translation>the action &apos;%1&apos; does not know this option</translation>
     </message>
     <message>
         <source>строка %1, смещение %2: </source>
@@ -967,11 +967,11 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>ожидается Feature, а не &apos;%1&apos;</source>
-        <translation>a Feature expected, not '%1'</translation>
+        <translation>a Feature expected, not &apos;%1&apos;</translation>
     </message>
     <message>
         <source>неизвестный вид &apos;%1&apos;</source>
-        <translation>unknown type '%1'</translation>
+        <translation>unknown type &apos;%1&apos;</translation>
     </message>
     <message>
         <source>это не карта: ожидается объект</source>
@@ -1055,7 +1055,7 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>поверхность: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default и &apos;&apos; — эллипсоид</source>
-        <translation>the surface: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default and '' are the ellipsoid</translation>
+        <translation>the surface: cartesian, plane; spherical, sphere; ellipsoidal, ellipsoid, ellipse; auto, default and &apos;&apos; are the ellipsoid</translation>
     </message>
     <message>
         <source>что соединяет точки: geodesic — кратчайшие линии (так и без ключа), straight — прямые по долготе и широте, как в RFC 7946</source>
@@ -1071,7 +1071,7 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>свойство с именем объекта; без ключа name или NAME; иначе id или номер</source>
-        <translation>the property with a feature's name; name or NAME unless given; else the id or the number</translation>
+        <translation>the property with a feature&apos;s name; name or NAME unless given; else the id or the number</translation>
     </message>
     <message>
         <source>N объектов наибольшей площади, затем длины, в этом порядке</source>
@@ -1111,7 +1111,7 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>куда записать, когда какой поток что делал: события для просмотра в браузере</source>
-        <translation>where to write what each thread did when: events for a browser's viewer</translation>
+        <translation>where to write what each thread did when: events for a browser&apos;s viewer</translation>
     </message>
     <message>
         <source>--json и --layout не сочетаются с --format %1</source>
@@ -1372,47 +1372,47 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>Файл отката &apos;%0&apos; остался в силе: его не удалось ни удалить, ни очистить</source>
-        <translation>The rollback file '%0' stays in force: it could be neither deleted nor emptied</translation>
+        <translation>The rollback file &apos;%0&apos; stays in force: it could be neither deleted nor emptied</translation>
     </message>
     <message>
         <source>Файл отката &apos;%0&apos; занят другой программой (процесс %1)</source>
-        <translation>The rollback file '%0' is in use by another program (process %1)</translation>
+        <translation>The rollback file &apos;%0&apos; is in use by another program (process %1)</translation>
     </message>
     <message>
         <source>Файл отката &apos;%0&apos; занят другой программой</source>
-        <translation>The rollback file '%0' is in use by another program</translation>
+        <translation>The rollback file &apos;%0&apos; is in use by another program</translation>
     </message>
     <message>
         <source>Невозможно занять файл отката &apos;%0&apos;</source>
-        <translation>Cannot lock the rollback file '%0'</translation>
+        <translation>Cannot lock the rollback file &apos;%0&apos;</translation>
     </message>
     <message>
         <source>Файл отката &apos;%0&apos; хранит незавершенные изменения</source>
-        <translation>The rollback file '%0' holds unfinished changes</translation>
+        <translation>The rollback file &apos;%0&apos; holds unfinished changes</translation>
     </message>
     <message>
         <source>Файл отката &apos;%0&apos; принадлежит другому пользователю или открыт ему для записи</source>
-        <translation>The rollback file '%0' belongs to another user, or another user may write it</translation>
+        <translation>The rollback file &apos;%0&apos; belongs to another user, or another user may write it</translation>
     </message>
     <message>
         <source>Файл &apos;%0&apos; не является файлом отката</source>
-        <translation>The file '%0' is not a rollback file</translation>
+        <translation>The file &apos;%0&apos; is not a rollback file</translation>
     </message>
     <message>
         <source>Файл отката доступен тем, кому недоступен файл &apos;%0&apos;</source>
-        <translation>The rollback file can be read by those who may not read the file '%0'</translation>
+        <translation>The rollback file can be read by those who may not read the file &apos;%0&apos;</translation>
     </message>
     <message>
         <source>Файл &apos;%0&apos; заменен другим</source>
-        <translation>The file '%0' was replaced by another one</translation>
+        <translation>The file &apos;%0&apos; was replaced by another one</translation>
     </message>
     <message>
         <source>Невозможно узнать размер файла &apos;%0&apos;</source>
-        <translation>Cannot tell the size of the file '%0'</translation>
+        <translation>Cannot tell the size of the file &apos;%0&apos;</translation>
     </message>
     <message>
         <source>Прежняя длина файла (%0) не подтверждена сохраненными данными: &apos;%1&apos;</source>
-        <translation>The former length of the file (%0) is not backed by saved data: '%1'</translation>
+        <translation>The former length of the file (%0) is not backed by saved data: &apos;%1&apos;</translation>
     </message>
     <message>
         <source>Файл открыт под защитой уже завершенного отката</source>
@@ -1432,7 +1432,7 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>Имя ведет за пределы каталога файла отката</source>
-        <translation>The name leads out of the rollback file's folder</translation>
+        <translation>The name leads out of the rollback file&apos;s folder</translation>
     </message>
     <message>
         <source>Файл принадлежит служебной файловой системе</source>
@@ -1451,15 +1451,15 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>Откат прерван, файл отката &apos;%0&apos; сохранён</source>
-        <translation>The rollback was cancelled; the rollback file '%0' is kept</translation>
+        <translation>The rollback was cancelled; the rollback file &apos;%0&apos; is kept</translation>
     </message>
     <message>
         <source>Из файла отката &apos;%0&apos; восстановить можно не всё, файлы не изменены: %1</source>
-        <translation>The rollback file '%0' cannot restore everything; no file was changed: %1</translation>
+        <translation>The rollback file &apos;%0&apos; cannot restore everything; no file was changed: %1</translation>
     </message>
     <message>
         <source>Не восстановлено файлов: %0, файл отката &apos;%1&apos; сохранён: %2</source>
-        <translation>Files not restored: %0; the rollback file '%1' is kept: %2</translation>
+        <translation>Files not restored: %0; the rollback file &apos;%1&apos; is kept: %2</translation>
     </message>
     <message>
         <source>часть сохранённых данных потеряна, восстановлено не всё</source>
@@ -1475,47 +1475,47 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>&apos;%0&apos; не может быть именем файла в папке файла отката</source>
-        <translation>'%0' cannot be the name of a file in the rollback file's folder</translation>
+        <translation>&apos;%0&apos; cannot be the name of a file in the rollback file&apos;s folder</translation>
     </message>
     <message>
         <source>Имя &apos;%0&apos; занято самой транзакцией</source>
-        <translation>The name '%0' is used by the transaction itself</translation>
+        <translation>The name &apos;%0&apos; is used by the transaction itself</translation>
     </message>
     <message>
         <source>Имя &apos;%0&apos; уже занято</source>
-        <translation>The name '%0' is already taken</translation>
+        <translation>The name &apos;%0&apos; is already taken</translation>
     </message>
     <message>
         <source>Файла &apos;%0&apos; нет</source>
-        <translation>There is no file '%0'</translation>
+        <translation>There is no file &apos;%0&apos;</translation>
     </message>
     <message>
         <source>&apos;%0&apos; не является обычным файлом</source>
-        <translation>'%0' is not a regular file</translation>
+        <translation>&apos;%0&apos; is not a regular file</translation>
     </message>
     <message>
         <source>&apos;%0&apos; и &apos;%1&apos; — один и тот же файл</source>
-        <translation>'%0' and '%1' are one and the same file</translation>
+        <translation>&apos;%0&apos; and &apos;%1&apos; are one and the same file</translation>
     </message>
     <message>
         <source>Нет доступа к &apos;%0&apos;: %1</source>
-        <translation>No access to '%0': %1</translation>
+        <translation>No access to &apos;%0&apos;: %1</translation>
     </message>
     <message>
         <source>Ошибка создания &apos;%0&apos;: %1</source>
-        <translation>Could not create '%0': %1</translation>
+        <translation>Could not create &apos;%0&apos;: %1</translation>
     </message>
     <message>
         <source>Ошибка переименования &apos;%0&apos; в &apos;%1&apos;: %2</source>
-        <translation>Could not rename '%0' to '%1': %2</translation>
+        <translation>Could not rename &apos;%0&apos; to &apos;%1&apos;: %2</translation>
     </message>
     <message>
         <source>Ошибка удаления &apos;%0&apos;: %1</source>
-        <translation>Could not remove '%0': %1</translation>
+        <translation>Could not remove &apos;%0&apos;: %1</translation>
     </message>
     <message>
         <source>Нет права создавать и удалять файлы рядом с &apos;%0&apos;</source>
-        <translation>No right to create and remove files beside '%0'</translation>
+        <translation>No right to create and remove files beside &apos;%0&apos;</translation>
     </message>
     <message>
         <source>Слишком много изменений имён в одной транзакции</source>
@@ -1523,19 +1523,19 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>Список имён транзакции &apos;%0&apos; повреждён, имена не изменены</source>
-        <translation>The transaction's list of names '%0' is damaged; no name was changed</translation>
+        <translation>The transaction&apos;s list of names &apos;%0&apos; is damaged; no name was changed</translation>
     </message>
     <message>
         <source>Ошибка чтения или записи списка имён транзакции &apos;%0&apos;: %1</source>
-        <translation>Could not read or write the transaction's list of names '%0': %1</translation>
+        <translation>Could not read or write the transaction&apos;s list of names &apos;%0&apos;: %1</translation>
     </message>
     <message>
         <source>Папка транзакции &apos;%0&apos; принадлежит другому пользователю</source>
-        <translation>The transaction's folder '%0' belongs to another user, or others may change it</translation>
+        <translation>The transaction&apos;s folder &apos;%0&apos; belongs to another user, or others may change it</translation>
     </message>
     <message>
         <source>&apos;%0&apos; не является папкой транзакции</source>
-        <translation>'%0' is not a transaction's folder</translation>
+        <translation>&apos;%0&apos; is not a transaction&apos;s folder</translation>
     </message>
 </context>
 </TS>
