@@ -18,6 +18,8 @@ enum class OpenFault
 {
     None,
     System,     ///< the system refused; see OpenedFile::error
+    Absent,     ///< the same, because there is none
+    Exists,     ///< the same, because there is one where there must be none
     NotRegular, ///< a folder, a pipe, a device
     Link,       ///< a symbolic link where none is allowed
     Outside,    ///< the name leads out of the folder, or to another file system

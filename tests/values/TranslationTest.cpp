@@ -53,21 +53,6 @@ QString canceled()
     return thrown([&] { handler.throwIfCanceled(); });
 }
 
-/// What the tool says of a missing journal, by the user's settings.
-QString toolSays(const char* all, const char* languages)
-{
-    QProcess tool;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("LC_ALL"), QString::fromLatin1(all));
-    environment.insert(QStringLiteral("LANG"), QStringLiteral("de_DE.UTF-8"));
-    environment.insert(QStringLiteral("LANGUAGE"), QString::fromLatin1(languages));
-    tool.setProcessEnvironment(environment);
-    tool.start(QStringLiteral(VELTOR_TOOL),
-               {QStringLiteral("journal"), QStringLiteral("show"), QStringLiteral("/missing/journal")});
-    EXPECT_TRUE(tool.waitForFinished(30000));
-    return ownWords(QString::fromUtf8(tool.readAllStandardError()).trimmed());
-}
-
 TEST(Translation, SwitchesTheMessagesOfEveryFamilyAndBack)
 {
     struct Row
@@ -115,18 +100,6 @@ TEST(Translation, SwitchesTheMessagesOfEveryFamilyAndBack)
     EXPECT_TRUE(installTranslation(QLocale(QLocale::English)));
     removeTranslation();
     EXPECT_EQ(toYesNo(true), QStringLiteral("Да"));
-}
-
-TEST(Translation, OfTheToolFollowsTheUsersSettings)
-{
-    const QString english = QStringLiteral("Could not open the file '/missing/journal'");
-    const QString russian = QStringLiteral("Ошибка открытия файла '/missing/journal'");
-    EXPECT_EQ(toolSays("en_US.UTF-8", "ru"), english);
-    EXPECT_EQ(toolSays("C.UTF-8", "en"), russian);
-#ifdef Q_OS_UNIX // elsewhere the languages are a setting of the system
-    EXPECT_EQ(toolSays("", "ru:en"), russian);
-    EXPECT_EQ(toolSays("", "de:en_GB"), english);
-#endif
 }
 
 } // namespace

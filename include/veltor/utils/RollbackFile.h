@@ -22,14 +22,14 @@ enum class JournalState
 /// A look at a journal that opens none of its files and changes nothing.
 struct JournalView
 {
-    JournalState state = JournalState::Nothing;
-    qint64 ownerPid = 0;       ///< of the program that has it open; 0 when none, or unknown
+    JournalState state = JournalState::Nothing; ///< what stands there
+    qint64 ownerPid = 0;                        ///< of the program that has it open; 0 when none, or unknown
     bool belongsToUser = true; ///< it is the file of the user who runs, and nobody else may write it
     bool valid = false;        ///< whole; of one in use, whole at this moment
     QString reason;            ///< why not, or why it cannot be read or is in use; with the system's words
     QUuid version;             ///< null when there is none that could be read
     std::vector<RollbackDevice::ProtectedFile> files; ///< what a rollback, or a repair, would restore
-    unsigned long long freeBlocks = 0;
+    unsigned long long freeBlocks = 0;                ///< free records in it
 };
 
 /// The rollback device of the file system: its journal is a file, and the protected files are named
@@ -72,6 +72,7 @@ public:
 
     /// Holds no journal.
     RollbackFile();
+    /// Closes; a journal stays where it is, free for the next owner.
     ~RollbackFile() override;
 
     /// Tells whether a journal holds somebody's unfinished transaction, to be rolled back (or discarded)

@@ -137,7 +137,12 @@ OpenedFile openFile(const NativePath& path, FileOpening opening)
         const int error = errno;
         const bool link = opening.refuseLink && error == ELOOP;
         const bool other = error == EISDIR || error == ENXIO || error == ENODEV;
-        return failed(link ? OpenFault::Link : other ? OpenFault::NotRegular : OpenFault::System, error);
+        return failed(link                                  ? OpenFault::Link
+                      : other                               ? OpenFault::NotRegular
+                      : error == ENOENT || error == ENOTDIR ? OpenFault::Absent
+                      : error == EEXIST                     ? OpenFault::Exists
+                                                            : OpenFault::System,
+                      error);
     }
     return judged(fd);
 }

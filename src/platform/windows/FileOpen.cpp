@@ -76,7 +76,12 @@ OpenedFile openFile(const NativePath& path, FileOpening opening)
         const DWORD error = GetLastError();
         const DWORD found = GetFileAttributesW(path.c_str());
         const bool folder = found != INVALID_FILE_ATTRIBUTES && (found & FILE_ATTRIBUTE_DIRECTORY) != 0;
-        return failed(folder ? OpenFault::NotRegular : OpenFault::System, error);
+        const bool absent = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+        return failed(folder                       ? OpenFault::NotRegular
+                      : absent                     ? OpenFault::Absent
+                      : error == ERROR_FILE_EXISTS ? OpenFault::Exists
+                                                   : OpenFault::System,
+                      error);
     }
     if (opening.refuseLink && isLink(handle)) {
         CloseHandle(handle);

@@ -46,20 +46,23 @@ std::unique_ptr<StorageFile> makeFile(const QString& path, platform::FileOpening
 /// Opens without a lock; the answer is Opened, Absent or Refused.
 OpenedJournal openUnlocked(const QString& path, const JournalOpening& opening)
 {
+    using platform::OpenFault;
     OpenedJournal journal;
     platform::OpenedFile opened;
     journal.file = makeFile(path, {opening.write || opening.create, false, true}, opened);
-    const bool system = opened.fault == platform::OpenFault::System;
-    const bool absent = system && platform::presenceOf(nativePath(path)) == platform::Presence::Absent;
-    if (!journal.file && absent && opening.create) {
+    if (opened.fault == OpenFault::Absent && opening.create) {
         journal.file = makeFile(path, {true, true, true}, opened);
         journal.created = journal.file != nullptr;
-    } else if (!journal.file && system && !absent && !opening.create && opening.write) {
+    } else if (opened.fault == OpenFault::System && opening.write && !opening.create) {
         const platform::OpenedFile first = opened;
         journal.file = makeFile(path, {false, false, true}, opened);
         opened = journal.file ? opened : first;
     }
-    journal.answer = journal.file ? Answer::Opened : absent ? Answer::Absent : Answer::Refused;
+    // Somebody else made it in between.
+    journal.isNew = opened.fault == OpenFault::Exists;
+    journal.answer = journal.file                        ? Answer::Opened
+                     : opened.fault == OpenFault::Absent ? Answer::Absent
+                                                         : Answer::Refused;
     if (!journal.file) {
         journal.reason = Fault{message::openFailed(path), reasonOf(opened)}.whole();
     }
@@ -73,12 +76,10 @@ OpenedJournal openJournal(const QString& path, JournalOpening opening)
     constexpr int attempts = 100; // at names that others keep changing
     for (int attempt = 0; attempt < attempts; ++attempt) {
         OpenedJournal journal = openUnlocked(path, opening);
+        if (journal.isNew) {
+            continue;
+        }
         if (!journal.file) {
-            // Made by somebody else in between: then it is there now.
-            if (opening.create && journal.answer == Answer::Absent &&
-                platform::presenceOf(nativePath(path)) == platform::Presence::Present) {
-                continue;
-            }
             return journal;
         }
         const int descriptor = journal.file->descriptor();

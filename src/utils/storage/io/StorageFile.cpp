@@ -78,6 +78,8 @@ QString reasonOf(const platform::OpenedFile& opened)
     case platform::OpenFault::Interface:
         return message::isInterface();
     case platform::OpenFault::System:
+    case platform::OpenFault::Absent:
+    case platform::OpenFault::Exists:
         return qt_error_string(opened.error);
     case platform::OpenFault::None:
         break;
