@@ -281,26 +281,6 @@ TEST_F(Rollback, ACommitThatCannotDeleteTheJournalEmptiesIt)
     EXPECT_EQ(read("folder/a"), "1aaa");
 }
 
-TEST_F(Rollback, AFileThatBecameReadOnlyKeepsTheJournal)
-{
-    write("a", "aaaa");
-    RollbackFile journal;
-    ASSERT_TRUE(begin(journal));
-    change(journal, "a", "1");
-    journal.close();
-    QFile::setPermissions(path(), QFile::Permissions(0x7777));
-    QFile::setPermissions(path("journal"), QFile::Permissions(0x6666));
-    QFile::setPermissions(path("a"), QFile::Permissions(0x4444));
-    const int rolledBack = forked([this] { return rollBack() ? 1 : 0; }, User::Ordinary);
-    if (rolledBack == NoFork) {
-        GTEST_SKIP() << "the user of the tests may write any file, and cannot become another";
-    }
-    EXPECT_EQ(rolledBack, 0);
-    QFile::setPermissions(path("a"), QFile::Permissions(0x6666));
-    EXPECT_TRUE(rollBack());
-    EXPECT_EQ(read("a"), "aaaa");
-}
-
 TEST_F(Rollback, FilesBeyond4GiBAreProtected)
 {
     constexpr qint64 size = (5LL << 30) + 3;
