@@ -37,7 +37,12 @@ done
 
 as_root=()
 if [ "$(id -u)" -ne 0 ]; then
-  command -v sudo >/dev/null || { echo "tools/setup.sh: run it as root, or install sudo; missing: ${missing[*]}" >&2; exit 1; }
+  # A password is asked for only where somebody can type it.
+  if ! command -v sudo >/dev/null || ! { if [ -t 0 ]; then sudo -v; else sudo -n true; fi; } 2>/dev/null; then
+    echo "tools/setup.sh: packages are missing, and there is no right to install them. As root:" >&2
+    echo "  apt-get install --no-install-recommends ${missing[*]}" >&2
+    exit 1
+  fi
   as_root=(sudo)
 fi
 echo "Installing: ${missing[*]}"

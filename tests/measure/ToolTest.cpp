@@ -9,6 +9,8 @@
 #include "JsonText.h"
 #include "Surface.h"
 
+#include <veltor/utils/Area.h>
+
 #include <QtCore/QBuffer>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -220,6 +222,31 @@ TEST(Tool, MeasuresTheSideThatARingEncloses)
     MapFeature zone;
     zone.polygons = {{parallel(-89.999), parallel(-60)}};
     EXPECT_NEAR(geodesic.measure(zone, notes).area, 360 * radians * (1 - std::sin(60 * radians)), 1e-4);
+}
+
+TEST(Tool, ShortGeodesicsAreThoseOfProj)
+{
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> unit(-1, 1);
+    for (const double rf : {298.257223563, -250.0, std::numeric_limits<double>::infinity()}) {
+        const double a = 6378137;
+        const Surface surface(core::CalcMode::Ellipsoidal, {a, rf}, Edges::Geodesic);
+        Notes notes;
+        for (int i = 0; i < 5000; ++i) {
+            const double reach =
+                std::pow(10, 2 * unit(random) - 2.5); // degrees: some metres to some tens of km
+            const QPointF corner(180 * unit(random), (90 - 1.5 * reach) * unit(random));
+            MapFeature feature;
+            const double wide = reach / std::cos(corner.y() * radians);
+            feature.polygons = {{{corner, corner + QPointF(wide * unit(random), reach * unit(random)),
+                                  corner + QPointF(wide * unit(random), reach * unit(random))}}};
+            const auto [area, perimeter] =
+                utils::ellipsoidPolygonAreaPerimeter(feature.polygons[0][0], a, rf);
+            const Measures measures = surface.measure(feature, notes);
+            EXPECT_NEAR(measures.area, area, 0.3) << corner.x() << ' ' << corner.y() << ' ' << reach;
+            EXPECT_NEAR(measures.perimeter, perimeter, 45e-9);
+        }
+    }
 }
 
 TEST(Tool, StraightEdgesAreTheLimitOfShortGeodesics)

@@ -4,6 +4,7 @@
 
 #include "Drawing.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -26,7 +27,7 @@ constexpr std::array<Node, 5> longNodes{{{0.04691007703066800, 0.118463442528094
                                          {0.5, 0.28444444444444444},
                                          {0.76923465505284155, 0.23931433524968324},
                                          {0.95308992296933200, 0.11846344252809454}}};
-constexpr double longestShort = 0.1 * radians; // the error of the rule of two is of the fifth power
+constexpr double longestShort = 0.2 * radians; // the error of the rule of two is of the fifth power
 constexpr double longestPiece = 2 * radians;
 
 /// atanh(e x) / e, for an imaginary e too: the squared one is given.
@@ -47,7 +48,6 @@ StraightEdges::StraightEdges(const Ellipsoid& ellipsoid)
     , m_halfPolar(ellipsoid.a * ellipsoid.a * (1 - m_e2) / 2)
 {}
 
-/// Between the equator and a latitude, for each radian of longitude.
 double StraightEdges::zone(double sinLatitude) const
 {
     return m_halfPolar *
@@ -68,10 +68,10 @@ double StraightEdges::element(double sinLatitude, double cosLatitude, double dLa
 }
 
 template <typename Nodes>
-StraightEdges::Edge StraightEdges::integral(const Nodes& nodes, double from, double dLatitude,
-                                            double dLongitude) const
+EdgeMeasures StraightEdges::integral(const Nodes& nodes, double from, double dLatitude,
+                                     double dLongitude) const
 {
-    Edge sum{0, 0};
+    EdgeMeasures sum{0, 0};
     for (const Node& node : nodes) {
         const double latitude = from + node.place * dLatitude;
         const double sine = std::sin(latitude);
@@ -81,18 +81,19 @@ StraightEdges::Edge StraightEdges::integral(const Nodes& nodes, double from, dou
     return {sum.area * dLongitude, sum.length};
 }
 
-StraightEdges::Edge StraightEdges::edge(QPointF from, QPointF to) const
+EdgeMeasures StraightEdges::edge(QPointF from, QPointF to) const
 {
     const double dLongitude = drawnStep(from, to) * radians;
     const double dLatitude = (to.y() - from.y()) * radians;
-    if (std::fabs(dLatitude) <= longestShort) {
+    constexpr double nearPole = 85; // where the length of an edge changes quickly
+    if (std::fabs(dLatitude) <= longestShort && std::fabs(from.y()) < nearPole) {
         return integral(shortNodes, from.y() * radians, dLatitude, dLongitude);
     }
-    const double pieces = std::ceil(std::fabs(dLatitude) / longestPiece);
-    Edge sum{0, 0};
+    const double pieces = std::max(1.0, std::ceil(std::fabs(dLatitude) / longestPiece));
+    EdgeMeasures sum{0, 0};
     for (int i = 0; i < pieces; ++i) {
-        const Edge piece = integral(longNodes, from.y() * radians + i / pieces * dLatitude,
-                                    dLatitude / pieces, dLongitude / pieces);
+        const EdgeMeasures piece = integral(longNodes, from.y() * radians + i / pieces * dLatitude,
+                                            dLatitude / pieces, dLongitude / pieces);
         sum.area += piece.area;
         sum.length += piece.length;
     }
@@ -101,9 +102,9 @@ StraightEdges::Edge StraightEdges::edge(QPointF from, QPointF to) const
 
 std::pair<double, double> StraightEdges::ring(const Ring& ring) const
 {
-    Edge sum{0, 0};
+    EdgeMeasures sum{0, 0};
     for (int i = 0; i < ring.size(); ++i) {
-        const Edge next = edge(i == 0 ? ring.last() : ring[i - 1], ring[i]);
+        const EdgeMeasures next = edge(i == 0 ? ring.last() : ring[i - 1], ring[i]);
         sum.area += next.area;
         sum.length += next.length;
     }

@@ -3,7 +3,6 @@
 #include "Surface.h"
 
 #include "Drawing.h"
-#include "StraightEdges.h"
 #include "Text.h"
 
 #include <veltor/utils/Area.h>
@@ -18,65 +17,32 @@ namespace {
 
 using core::CalcMode;
 
-constexpr double radians = 3.14159265358979323846 / 180;
-
-/// The one that is nearer to @p guess.
-double nearer(double guess, double one, double other)
-{
-    return std::fabs(other - guess) < std::fabs(one - guess) ? other : one;
-}
-
 } // namespace
 
 Surface::Surface(CalcMode mode, const Ellipsoid& ellipsoid, Edges edges)
     : m_mode(mode)
-    , m_ellipsoid(ellipsoid)
     , m_edges(edges)
-    , m_whole(StraightEdges(ellipsoid).area())
+    , m_straight(ellipsoid)
+    , m_geodesic(ellipsoid)
+    , m_whole(m_straight.area())
 {}
-
-/// The library gives the smaller of the two sides; the drawing tells which one is meant.
-Surface::RingMeasures Surface::geodesicRing(const Ring& ring) const
-{
-    const auto [smaller, perimeter] =
-        utils::ellipsoidPolygonAreaPerimeter(ring, m_ellipsoid.a, m_ellipsoid.rf);
-    if (ring.size() < 3) {
-        return {smaller, perimeter, NAN};
-    }
-    const Drawing drawing = drawingOf(ring);
-    const double larger = m_whole - smaller;
-    if (std::fabs(drawing.turn) > 180) {
-        const double north = 0.5 - std::copysign(1, drawing.turn) * drawnPart(ring);
-        return {smaller, perimeter, nearer(north * m_whole, smaller, larger)};
-    }
-    const double height = std::sin(drawing.north * radians) - std::sin(drawing.south * radians);
-    // What lies within a quarter of the sphere need not be looked at closely: most rings do.
-    if ((drawing.east - drawing.west) / 360 * height / 2 < 0.25) {
-        return {smaller, perimeter, NAN};
-    }
-    return {nearer(std::fabs(drawnPart(ring)) * m_whole, smaller, larger), perimeter, NAN};
-}
-
-Surface::RingMeasures Surface::straightRing(const Ring& ring) const
-{
-    const auto [zone, perimeter] = StraightEdges(m_ellipsoid).ring(ring);
-    const double turn = drawingOf(ring).turn;
-    if (std::fabs(turn) <= 180) {
-        return {std::fabs(zone), perimeter, NAN};
-    }
-    const double northCap = m_whole / 2 - std::copysign(zone, zone * turn);
-    return {std::min(northCap, m_whole - northCap), perimeter, northCap};
-}
 
 Surface::RingMeasures Surface::measureRing(const Ring& ring) const
 {
-    if (m_mode != CalcMode::Cartesian) {
-        return ring.isEmpty()               ? RingMeasures{0, 0, NAN}
-               : m_edges == Edges::Geodesic ? geodesicRing(ring)
-                                            : straightRing(ring);
+    if (ring.size() < 2) {
+        return {0, 0, NAN};
     }
-    const auto [area, perimeter] = utils::cartesianPolygonAreaPerimeter(ring);
-    return {area, perimeter, NAN};
+    if (m_mode == CalcMode::Cartesian) {
+        const auto [area, perimeter] = utils::cartesianPolygonAreaPerimeter(ring);
+        return {area, perimeter, NAN};
+    }
+    const auto [zone, perimeter] = m_edges == Edges::Straight ? m_straight.ring(ring) : m_geodesic.ring(ring);
+    const double turn = drawnTurn(ring);
+    if (std::fabs(turn) <= 180) {
+        return {std::fabs(zone), perimeter, NAN};
+    }
+    const double northCap = m_whole / 2 - (turn > 0 ? zone : -zone);
+    return {std::min(northCap, m_whole - northCap), perimeter, northCap};
 }
 
 double Surface::measurePolygon(const std::vector<Ring>& rings, double& perimeter, bool& isOdd) const
@@ -103,14 +69,12 @@ double Surface::measurePolygon(const std::vector<Ring>& rings, double& perimeter
 
 double Surface::measureLine(const Ring& line) const
 {
-    if (m_mode != CalcMode::Cartesian && m_edges == Edges::Straight) {
-        return StraightEdges(m_ellipsoid).length(line);
+    if (m_mode != CalcMode::Cartesian) {
+        return m_edges == Edges::Straight ? m_straight.length(line) : m_geodesic.length(line);
     }
     double sum = 0;
     for (int i = 1; i < line.size(); ++i) {
-        sum += m_mode == CalcMode::Cartesian
-                   ? utils::cartesianDistance(line[i - 1], line[i])
-                   : utils::ellipsoidDistance(line[i - 1], line[i], m_ellipsoid.a, m_ellipsoid.rf);
+        sum += utils::cartesianDistance(line[i - 1], line[i]);
     }
     return sum;
 }

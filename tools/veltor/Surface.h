@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Ellipsoid.h"
+#include "GeodesicEdges.h"
 #include "MapFeature.h"
+#include "StraightEdges.h"
 
 #include <veltor/core/CalcMode.h>
 
@@ -44,14 +45,13 @@ private:
         double northCap; ///< area north of a ring that goes round a pole, NaN for all others
     };
     [[nodiscard]] RingMeasures measureRing(const Ring& ring) const;
-    [[nodiscard]] RingMeasures geodesicRing(const Ring& ring) const;
-    [[nodiscard]] RingMeasures straightRing(const Ring& ring) const;
     [[nodiscard]] double measurePolygon(const std::vector<Ring>& rings, double& perimeter, bool& isOdd) const;
     [[nodiscard]] double measureLine(const Ring& line) const;
 
     core::CalcMode m_mode;
-    Ellipsoid m_ellipsoid;
     Edges m_edges;
+    StraightEdges m_straight;
+    GeodesicEdges m_geodesic;
     double m_whole; // area of the surface
 };
 

@@ -18,15 +18,21 @@ namespace veltor::utils {
 /// |rf| <= 1e-12 a sphere of radius a where the function says so. Distances are in the unit of `a`,
 /// azimuths in degrees clockwise from north.
 ///
-/// | function            | largest difference from the geodesic on WGS 84           |
-/// |---------------------|----------------------------------------------------------|
-/// | ellipsoidDistance() | 15 nanometres                                            |
-/// | vincentyDistance()  | 7 micrometres to 1,000 km, 0.1 mm to 19,900 km           |
-/// | lambertDistance()   | 1.4 m in 1,000 km, 13 m to 10,000 km, 500 m to 19,000 km |
-/// | sphericalDistance() | 0.56 % of the distance                                   |
+/// | function            | largest difference from the geodesic on WGS 84                |
+/// |---------------------|---------------------------------------------------------------|
+/// | ellipsoidDistance() | 15 nanometres                                                 |
+/// | vincentyDistance()  | 7 micrometres to 1,000 km, 0.1 mm to 19,900 km                |
+/// | lambertDistance()   | 1.4 m in 1,000 km, 13 m to 10,000 km, 480 m to 19,000 km,     |
+/// |                     | 5 km to 19,900 km                                             |
+/// | sphericalDistance() | 0.562 % of the distance                                       |
+///
+/// Near the antipode vincentyDistance() and lambertDistance() are up to **34 km** off.
+/// Within 0.2 m of the antipode vincentyDistance() and lambertDistance() have no meaning at all: the results
+/// were as low as -1.7e21 m.
 ///
 /// ellipsoidDistance() was compared with 420 pairs calculated by exact integrals, flattenings of 1/50 among
-/// them; the others with ellipsoidDistance() on 200,000 pairs in all directions (docs/measurement.md).
+/// them; the others with ellipsoidDistance() on 200,000 pairs in all directions and 200,000 near the
+/// antipode (docs/measurement.md).
 ///
 /// All functions are reentrant and throw nothing. On the sphere and the ellipsoid NaN and infinite
 /// coordinates give NaN. The ellipsoid last used by a thread is kept prepared, so that measuring many
@@ -54,8 +60,8 @@ namespace veltor::utils {
 ///
 /// - Points that are equal within a relative 1e-12 (an absolute one beside a 0), and positions **exactly
 ///   antipodal** to each other, whose auxiliary arc has a sine of 0, give 0.
-/// - Near the antipode, where the iteration does not settle in 100 rounds, the result is Lambert's formula
-///   and shares its error, which was up to 18 km there.
+/// - Within about 100 km of the antipode, where the iteration does not settle in 100 rounds, the result is
+///   Lambert's formula and shares its error: up to 34 km, and within 0.2 m no meaning at all.
 /// - |rf| <= 1e-12 gives the great circle on the sphere of radius a with the coordinates **taken as
 ///   radians**, unlike ellipsoidDistance().
 ///
@@ -64,8 +70,9 @@ namespace veltor::utils {
 [[nodiscard]] VELTOR_UTILS_EXPORT double vincentyDistance(QPointF p1, QPointF p2, double a, double rf);
 
 /// Length of the geodesic to the first order of the flattening, by Lambert's formula for long lines. No
-/// iteration: the same time for every pair. Near the antipode the error grows to 18 km. Equal points and
-/// |rf| <= 1e-12 as with vincentyDistance(): 0, and **radians**.
+/// iteration: the same time for every pair. Near the antipode the error grows to 34 km, and within 0.2 m of
+/// it the result has no meaning. Equal points and |rf| <= 1e-12 as with vincentyDistance(): 0, and
+/// **radians**.
 ///
 /// Source: W. D. Lambert, The distance between two widely separated points on the surface of the Earth,
 /// J. Washington Acad. Sci. 32 (1942).
