@@ -30,8 +30,8 @@ using Files = std::map<QString, QByteArray>;
 constexpr unsigned Seeds = 4;
 constexpr int KillRounds = 20;
 #else
-constexpr unsigned Seeds = 12;
-constexpr int KillRounds = 150;
+constexpr unsigned Seeds = 8;
+constexpr int KillRounds = 80;
 #endif
 
 /// Lets the plan in force decide of names too.
