@@ -174,7 +174,9 @@ TEST(TempFolder, ACutCleanupIsContinuedByTheNext)
         base.write(QStringLiteral("%1/more%2").arg(QFileInfo(place).fileName()).arg(i).toUtf8(), "");
     }
     const TempCleanupReport cut = cleanup.run();
-    EXPECT_TRUE(cut.contents.canceled);
+    EXPECT_TRUE(cut.contents.canceled)
+        << cut.inUse << " in use, " << cut.waiting << " waiting, " << cut.refused.size() << " refused"
+        << (cut.refused.empty() ? "" : cut.refused[0].reason.toUtf8().constData());
     EXPECT_EQ(cut.removed, 0);
     const QStringList aside = namesIn(base.path());
     ASSERT_EQ(aside.size(), 1);

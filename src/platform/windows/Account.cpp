@@ -16,9 +16,10 @@ std::vector<unsigned char> tokenRecord(TOKEN_INFORMATION_CLASS which)
     DWORD size = 0;
     GetTokenInformation(token.get(), which, nullptr, 0, &size);
     std::vector<unsigned char> record(size);
-    return size != 0 && GetTokenInformation(token.get(), which, record.data(), size, &size)
-               ? record
-               : std::vector<unsigned char>();
+    if (size == 0 || !GetTokenInformation(token.get(), which, record.data(), size, &size)) {
+        record.clear();
+    }
+    return record; // moved, never copied: it points into itself
 }
 
 std::wstring ownUserOnly()

@@ -117,27 +117,31 @@ std::error_code Directory::openAbove(const Directory& child)
 
 bool Directory::next(Name& name, std::error_code& error)
 {
+    // By the handle: a search by the path would be an opening of its own, which a lock may refuse.
+    Folder& folder = *m_folder;
     for (;;) {
-        WIN32_FIND_DATAW found{};
-        BOOL got = TRUE;
-        if (m_folder->names == INVALID_HANDLE_VALUE) { // NOLINT: the system's own convention
-            m_folder->names = FindFirstFileExW(m_folder->pathOf(L"*").c_str(), FindExInfoBasic, &found,
-                                               FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
-            got = m_folder->names != INVALID_HANDLE_VALUE; // NOLINT
-        } else {
-            got = FindNextFileW(m_folder->names, &found);
+        if (!folder.more) {
+            folder.names.resize(8192);
+            const auto which = folder.begun ? FileIdBothDirectoryInfo : FileIdBothDirectoryRestartInfo;
+            if (!GetFileInformationByHandleEx(folder.handle.get(), which, folder.names.data(),
+                                              static_cast<DWORD>(folder.names.size() * sizeof(LONGLONG)))) {
+                const DWORD code = GetLastError();
+                error = code == ERROR_NO_MORE_FILES || code == ERROR_FILE_NOT_FOUND ? std::error_code()
+                                                                                    : systemError(code);
+                return false;
+            }
+            folder.begun = folder.more = true;
+            folder.next = 0;
         }
-        if (!got) {
-            const DWORD code = GetLastError();
-            error = code == ERROR_NO_MORE_FILES || code == ERROR_FILE_NOT_FOUND ? std::error_code()
-                                                                                : systemError(code);
-            return false;
-        }
-        const std::wstring text = found.cFileName;
+        const auto* const bytes = reinterpret_cast<const unsigned char*>(folder.names.data()) + folder.next;
+        const auto* const entry = reinterpret_cast<const FILE_ID_BOTH_DIR_INFO*>(bytes);
+        folder.next += entry->NextEntryOffset;
+        folder.more = entry->NextEntryOffset != 0;
+        const std::wstring text(entry->FileName, entry->FileNameLength / sizeof(wchar_t));
         if (text != L"." && text != L"..") {
             name.text = text;
-            name.kind = kindOf(found.dwFileAttributes, found.dwReserved0);
-            name.hidden = (found.dwFileAttributes & FILE_ATTRIBUTE_HIDDEN) != 0;
+            name.kind = kindOf(entry->FileAttributes, entry->EaSize); // where the system puts the tag
+            name.hidden = (entry->FileAttributes & FILE_ATTRIBUTE_HIDDEN) != 0;
             return true;
         }
     }
@@ -145,7 +149,7 @@ bool Directory::next(Name& name, std::error_code& error)
 
 void Directory::rewind()
 {
-    m_folder->endNames();
+    m_folder->begun = m_folder->more = false;
 }
 
 std::error_code Directory::status(FileStatus& status) const

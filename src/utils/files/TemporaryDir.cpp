@@ -143,17 +143,16 @@ bool TemporaryDir::keepAs(const QString& path)
     if (!isValid()) {
         return false;
     }
-    Directory folder;
-    std::error_code error = m_d->lock.open(folder);
-    if (!error) {
-        error = m_d->lock.moveOut(m_d->base, nativeName(m_d->name), toNative(path));
-    }
+    const std::error_code error = m_d->lock.moveOut(m_d->base, nativeName(m_d->name), toNative(path));
     if (error) {
         m_d->refuse(QCoreApplication::translate("TemporaryDir", "Не удалось переименовать '%1' в '%2': %3")
                         .arg(this->path(), path, reasonText(error)));
         return false;
     }
-    static_cast<void>(folder.removeFile(nativeName(QString::fromLatin1(TempMark))));
+    Directory folder;
+    if (!m_d->lock.open(folder)) {
+        static_cast<void>(folder.removeFile(nativeName(QString::fromLatin1(TempMark))));
+    }
     m_d->lock.release();
     return true;
 }
