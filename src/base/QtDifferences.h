@@ -43,7 +43,9 @@ inline int order(const QVariant& a, const QVariant& b)
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED // since Qt 5.15, which offers nothing in their place
-    return a < b ? -1 : static_cast<int>(a > b);
+            return a < b
+        ? -1
+        : static_cast<int>(a > b);
     QT_WARNING_POP
 #else
     const QPartialOrdering order = QVariant::compare(a, b);

@@ -7,8 +7,8 @@
 
 namespace veltor::concurrent {
 
-/// Waits on @p changed until @p condition holds, at most for @p limit, and returns whether it holds. In steps:
-/// a clock's last moment is nearer than the longest limit.
+/// Waits on @p changed until @p condition holds, at most for @p limit, and returns whether it holds. In
+/// steps: a clock's last moment is nearer than the longest limit.
 template <typename Condition>
 bool waitAtMost(std::condition_variable& changed, std::unique_lock<std::mutex>& lock,
                 std::chrono::milliseconds limit, Condition condition)

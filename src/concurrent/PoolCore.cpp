@@ -133,8 +133,8 @@ bool PoolCore::enter(const JobPtr& job)
         throwAway(job);
         return true;
     }
-    // The mutex is not held while the task is moved, since moving runs a virtual function of the task: a worker
-    // is reserved before, and a task is queued after it was parked.
+    // The mutex is not held while the task is moved, since moving runs a virtual function of the task: a
+    // worker is reserved before, and a task is queued after it was parked.
     try {
         job->task->moveTaskToThread(job->home);
     } catch (...) {
@@ -213,7 +213,8 @@ void PoolCore::addThread()
     if (m_life != Life::Open) {
         return;
     }
-    auto* worker = new PoolThread(shared_from_this(), QStringLiteral("%1-%2").arg(m_name).arg(++m_lastNumber));
+    auto* worker =
+        new PoolThread(shared_from_this(), QStringLiteral("%1-%2").arg(m_name).arg(++m_lastNumber));
     worker->moveToThread(nullptr); // it has no events, and belongs to whoever ends it
     m_workers.push_back(worker);
     m_idle.push_back(worker);
@@ -321,7 +322,8 @@ bool PoolCore::allDone() const
 bool PoolCore::idle() const
 {
     return m_queue.isEmpty() && m_entering == 0 && m_unsettled == 0 && m_idle.size() >= m_threadCount &&
-           std::all_of(m_arriving.begin(), m_arriving.end(), [](const JobPtr& job) { return job->terms.service; });
+           std::all_of(m_arriving.begin(), m_arriving.end(),
+                       [](const JobPtr& job) { return job->terms.service; });
 }
 
 void PoolCore::wakeIfIdle()
@@ -347,7 +349,8 @@ bool PoolCore::waitForAll(unsigned long ms)
         return true;
     }
     constexpr qulonglong longest = std::chrono::milliseconds::max().count();
-    return waitAtMost(m_changed, lock, std::chrono::milliseconds(qint64(qMin<qulonglong>(ms, longest))), becameIdle);
+    return waitAtMost(m_changed, lock, std::chrono::milliseconds(qint64(qMin<qulonglong>(ms, longest))),
+                      becameIdle);
 }
 
 /// In @p thread, which takes nothing any more: what lives in it and was not handed to another.

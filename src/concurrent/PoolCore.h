@@ -19,12 +19,12 @@ namespace veltor::concurrent {
 
 class TaskThreadPool;
 
-/// The machinery of a pool. Whatever is on its way through an event queue holds a share in it, and none a pointer to the
-/// pool.
+/// The machinery of a pool. Whatever is on its way through an event queue holds a share in it, and none a
+/// pointer to the pool.
 ///
-/// Its life is Open, Closing, Stopped, in this order, read and changed under the mutex, which guards everything here
-/// but constants. enter() and hand() pass the gate: they find it Open and count themselves in `m_passing`, and close()
-/// waits for those before a thread is asked to end.
+/// Its life is Open, Closing, Stopped, in this order, read and changed under the mutex, which guards
+/// everything here but constants. enter() and hand() pass the gate: they find it Open and count themselves in
+/// `m_passing`, and close() waits for those before a thread is asked to end.
 ///
 ///     life                   service thread   workers          a task given to start()
 ///     Open                   runs             run              is moved, then run or queued
@@ -139,9 +139,9 @@ private:
 
     mutable std::mutex m_mutex;
     Life m_life = Life::Open;
-    int m_passing = 0;  // calls between the gate and their end
-    int m_entering = 0; // of these, with a task to be queued
-    std::set<JobPtr> m_arriving; // through other threads
+    int m_passing = 0;                 // calls between the gate and their end
+    int m_entering = 0;                // of these, with a task to be queued
+    std::set<JobPtr> m_arriving;       // through other threads
     std::condition_variable m_changed; // m_passing, m_idleCount
 
     const QString m_name;

@@ -10,9 +10,9 @@
 
 namespace veltor::concurrent {
 
-/// The tasks that wait in a pool, in the order of their starts, and the names that limit them. Not thread-safe: under
-/// the pool's mutex. A task whose resource is in use to its limit is set aside until that is released, so that
-/// a look at the queue costs the same however many such tasks wait.
+/// The tasks that wait in a pool, in the order of their starts, and the names that limit them. Not
+/// thread-safe: under the pool's mutex. A task whose resource is in use to its limit is set aside until that
+/// is released, so that a look at the queue costs the same however many such tasks wait.
 class PoolQueue
 {
 public:

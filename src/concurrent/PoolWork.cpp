@@ -20,8 +20,9 @@ constexpr std::chrono::microseconds quick{100};
 
 } // namespace
 
-/// Tasks that were refused in a thread with an event loop, which deletes them: the caller of start() may still
-/// look at them. One event for all, since each object that leaves the thread looks through all of its events.
+/// Tasks that were refused in a thread with an event loop, which deletes them: the caller of start() may
+/// still look at them. One event for all, since each object that leaves the thread looks through all of its
+/// events.
 class PoolCore::Bin : public QObject
 {
 public:
@@ -423,7 +424,8 @@ void PoolCore::onDestroyed(PoolJob& job)
     }
     if (job.home) {
         std::vector<JobPtr>& lingering = job.home->lingering;
-        lingering.erase(std::remove(lingering.begin(), lingering.end(), job.shared_from_this()), lingering.end());
+        lingering.erase(std::remove(lingering.begin(), lingering.end(), job.shared_from_this()),
+                        lingering.end());
     }
 }
 

@@ -223,8 +223,7 @@ void ProgressHandler::waitForFinished(QFlags<QEventLoop::ProcessEventsFlag> flag
     waitForFinished(QDeadlineTimer(QDeadlineTimer::Forever), flags);
 }
 
-bool ProgressHandler::waitForFinished(QDeadlineTimer deadline,
-                                      QFlags<QEventLoop::ProcessEventsFlag> flags)
+bool ProgressHandler::waitForFinished(QDeadlineTimer deadline, QFlags<QEventLoop::ProcessEventsFlag> flags)
 {
     const bool ofTask = m_p->task != nullptr; // finished() may be that of a part, passed on
     bool ended = isFinished_impl();

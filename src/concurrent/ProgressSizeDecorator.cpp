@@ -86,8 +86,8 @@ ProgressSizeDecorator::~ProgressSizeDecorator()
     }
 }
 
-/// A main handler whose task, or inner handler, ends by itself emits finished() then, and only then. Any other does
-/// when its parts have ended, once.
+/// A main handler whose task, or inner handler, ends by itself emits finished() then, and only then. Any
+/// other does when its parts have ended, once.
 void ProgressSizeDecorator::forwardEnd()
 {
     Private& whole = *m_share->main->m_p;

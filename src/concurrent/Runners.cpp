@@ -44,8 +44,8 @@ private:
     QThread* m_thread = nullptr; // null once it ends
 };
 
-/// The thread of one task, which it owns: ends with the task, whether or not the caller's thread delivers events, and
-/// deletes it last of all.
+/// The thread of one task, which it owns: ends with the task, whether or not the caller's thread delivers
+/// events, and deletes it last of all.
 class TaskThread : public EventThread
 {
 public:

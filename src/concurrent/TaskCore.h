@@ -18,13 +18,14 @@
 
 namespace veltor::concurrent {
 
-/// What a task shares with its handlers and its owner, and what therefore outlives it. The transitions that call
-/// foreign code live here: they touch the task only while it is certain to exist, and hold no lock meanwhile.
+/// What a task shares with its handlers and its owner, and what therefore outlives it. The transitions that
+/// call foreign code live here: they touch the task only while it is certain to exist, and hold no lock
+/// meanwhile.
 ///
-/// Two counts, both guarded by the mutex. *Visits* are calls of a virtual function of the task: its destructor
-/// waits for those of other threads. *Uses* are calls on some stack that are not done with the task, visits, its
-/// start() and its last signals: an owner does not delete it before they are over (mayDelete()), and nobody
-/// waits for them.
+/// Two counts, both guarded by the mutex. *Visits* are calls of a virtual function of the task: its
+/// destructor waits for those of other threads. *Uses* are calls on some stack that are not done with the
+/// task, visits, its start() and its last signals: an owner does not delete it before they are over
+/// (mayDelete()), and nobody waits for them.
 class TaskCore : public std::enable_shared_from_this<TaskCore>
 {
 public:
@@ -45,8 +46,8 @@ public:
     void setHandedOver();
     bool withdraw();
 
-    /// In the task's thread, by its owner: true when it may delete the task now, which no call reaches any more.
-    /// Else the owner's onReleased() follows.
+    /// In the task's thread, by its owner: true when it may delete the task now, which no call reaches any
+    /// more. Else the owner's onReleased() follows.
     [[nodiscard]] bool mayDelete();
     /// The destructor begins: no new call reaches the task, and those of other threads are over.
     void close();
@@ -59,8 +60,8 @@ public:
     void askToCancel(Task& task);
     void enterPaused();
     void enterWaiting();
-    /// The one way into a finished @p word. The claim comes first, so that of several threads one sets the final
-    /// progress, the word and the signals, in this order. The task may be destroyed meanwhile.
+    /// The one way into a finished @p word. The claim comes first, so that of several threads one sets the
+    /// final progress, the word and the signals, in this order. The task may be destroyed meanwhile.
     void end(TaskState::States word, const err::ConcurrentNestedException* error = nullptr);
     /// Ends the task with the exception in flight.
     void fail();

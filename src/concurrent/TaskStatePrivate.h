@@ -43,10 +43,10 @@ struct TaskState::Private
 
     mutable std::mutex mutex; // guards what follows, the two requests excepted
     States word = Created;
-    bool endClaimed = false;         // somebody is on the way to enter a finished word
-    int waiting = 0;                 // threads between beginPause() and the end of their wait
-    unsigned releases = 0;           // ends of pauses
-    std::condition_variable changed; // releases, or a cancel request
+    bool endClaimed = false;                        // somebody is on the way to enter a finished word
+    int waiting = 0;                                // threads between beginPause() and the end of their wait
+    unsigned releases = 0;                          // ends of pauses
+    std::condition_variable changed;                // releases, or a cancel request
     std::optional<CancellationSource> cancellation; // once a token was asked for
     std::atomic<bool> cancelRequested{false};
     std::atomic<bool> pauseRequested{false};

@@ -1,7 +1,7 @@
 #pragma once
 
-// What ThreadSanitizer cannot see, since Qt's binaries are not instrumented: an event queue's lock and a thread's
-// end order what lies before them and what comes after. Nothing in other builds.
+// What ThreadSanitizer cannot see, since Qt's binaries are not instrumented: an event queue's lock and a
+// thread's end order what lies before them and what comes after. Nothing in other builds.
 
 #if defined(__SANITIZE_THREAD__)
 #define VELTOR_THREAD_SANITIZER 1

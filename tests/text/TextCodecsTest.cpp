@@ -4,8 +4,8 @@
 #include "support/Printers.h"
 #include "support/Text.h"
 
-#include <QtCore/QTemporaryFile>
 #include <QTextCodec>
+#include <QtCore/QTemporaryFile>
 
 #include <gtest/gtest.h>
 

@@ -198,8 +198,9 @@ Q_SIGNALS:
 public Q_SLOTS:
     /// cancel(), then canceled() and cancelRequest().
     void sendCancel();
-    /// sendCancel(), then waits for the end with an event loop that leaves the user's input alone. A task that
-    /// waits in a pool's queue leaves it and ends at once; one that was not handed over is not waited for.
+    /// sendCancel(), then waits for the end with an event loop that leaves the user's input alone. A task
+    /// that waits in a pool's queue leaves it and ends at once; one that was not handed over is not waited
+    /// for.
     void stopTaskWithEvents();
     /// The same without any event of the calling thread: the work must not need that thread, and must not run
     /// in it.

@@ -14,10 +14,10 @@ using ProgressSize = double;
 ///
 /// The inner handler is the task's handler at construction. Its progress counts, and so does what is
 /// written into the decorator itself, as when it was installed with Task::setProgressHandler(). The signals
-/// started(), canceled() and error() of both are forwarded to the main handler. So is finished(), once: when all
-/// decorators of the main handler have ended; a task's handler, which emits it at the task's own end, gets none of
-/// its parts'. The main handler's isFinished() stays what it is. Questions, cancellation, errors and ranges go to
-/// the inner handler, which follows an installed decorator to the task's thread.
+/// started(), canceled() and error() of both are forwarded to the main handler. So is finished(), once: when
+/// all decorators of the main handler have ended; a task's handler, which emits it at the task's own end,
+/// gets none of its parts'. The main handler's isFinished() stays what it is. Questions, cancellation, errors
+/// and ranges go to the inner handler, which follows an installed decorator to the task's thread.
 ///
 /// Threads: as ProgressHandler; the inner handler's news arrive through the decorator's event loop when
 /// they come from another thread.

@@ -30,8 +30,8 @@ public:
     [[nodiscard]] ProgressHandlerPtr taskHandler() const;
 
     /// Cancels the task and waits for its end; returns at once when there is none, or when it has ended.
-    /// Waits in an event loop that leaves the user's input alone. A task that waits in a pool's queue leaves it
-    /// and ends at once; one that was handed over to nobody is not waited for.
+    /// Waits in an event loop that leaves the user's input alone. A task that waits in a pool's queue leaves
+    /// it and ends at once; one that was handed over to nobody is not waited for.
     void stopTask();
     /// The same until @p deadline at most.
     /// @return whether the task, if there is one, has ended

@@ -11,7 +11,8 @@ class Task;
 /// Runs @p task in a thread of its own, which ends with it. The task is deleted when the thread ends, the
 /// thread object by the event loop of the calling thread. Called in the task's thread.
 /// @throws err::NullArgument when @p task is null
-/// @throws err::UnsupportedOperation when it has a parent, belongs to no thread, or was handed over before; it stays
+/// @throws err::UnsupportedOperation when it has a parent, belongs to no thread, or was handed over before;
+/// it stays
 ///         the caller's
 VELTOR_UTILS_EXPORT void runInNewThread(Task* task);
 

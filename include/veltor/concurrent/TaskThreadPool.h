@@ -15,25 +15,25 @@ class PoolCore;
 class Task;
 
 /// Runs tasks on a set of threads that it owns. A task object is moved into its worker and started there by a
-/// queued call, so its slots and events live in that thread. Tasks that find no idle worker wait in a queue, and
-/// live meanwhile in the pool's service thread, which delivers their events, cancel() among them.
+/// queued call, so its slots and events live in that thread. Tasks that find no idle worker wait in a queue,
+/// and live meanwhile in the pool's service thread, which delivers their events, cancel() among them.
 ///
 /// Ownership: the pool owns every task from the call of start() or startService() on, and deletes it in its
-/// own thread when its finished() has been emitted and the last call of another thread is done with it; so it does
-/// with a task that it drops. The caller keeps the task's progress handler instead of the task.
+/// own thread when its finished() has been emitted and the last call of another thread is done with it; so it
+/// does with a task that it drops. The caller keeps the task's progress handler instead of the task.
 ///
 /// A task that has ended before its turn, as one whose onCancelRequested() enters the cancelled state, is
 /// dropped. A request alone ends nothing: a queued task whose cancellation was asked for is started when its
-/// turn comes, and finds the request at its first throwIfCanceled(). cancel() and cancelAll() take tasks out of the
-/// queue at once instead.
+/// turn comes, and finds the request at its first throwIfCanceled(). cancel() and cancelAll() take tasks out
+/// of the queue at once instead.
 ///
 /// Destruction, on any thread that runs none of the pool's tasks: asks all tasks to cancel, waits for the
 /// work in progress, then deletes every task that is left, queued, waiting or paused, which enters the
 /// cancelled state thereby. A task that never looks at its requests is waited for. One that start() is given
 /// meanwhile, by a running task or another thread, ends as cancelled and is deleted.
 ///
-/// Threads: all functions are thread-safe; the pool is not to be destroyed while another thread calls one, but the
-/// tasks of the pool may.
+/// Threads: all functions are thread-safe; the pool is not to be destroyed while another thread calls one,
+/// but the tasks of the pool may.
 ///
 /// Events, and so tasks, need a QCoreApplication; without one the pool starts and ends cleanly.
 class VELTOR_UTILS_EXPORT TaskThreadPool : public QObject
@@ -52,7 +52,8 @@ public:
     /// @param parent   destroys the pool with itself. It does not become QObject::parent(): the pool lives
     ///                 in its service thread, and a child lives where its parent does.
     explicit TaskThreadPool(int threads, QObject* parent = nullptr);
-    /// @param name  of the threads, in debuggers and process lists: "name-1" and so on, "name-service". Linux shows
+    /// @param name  of the threads, in debuggers and process lists: "name-1" and so on, "name-service". Linux
+    /// shows
     ///              15 bytes.
     TaskThreadPool(int threads, const QString& name, QObject* parent = nullptr);
     /// One worker for each processor core.
@@ -72,13 +73,15 @@ public:
     /// The pool whose worker, or service thread, calls; null in other threads.
     [[nodiscard]] static TaskThreadPool* current();
 
-    /// Runs @p task on a worker, now or when its turn comes. A task that lives in another thread than the caller's is
-    /// handed over by that thread's event loop.
-    /// @param resource  what the task needs for itself, such as "disk": of the tasks that name the same, one runs
-    ///                  at a time, or as many as setResourceLimit() says, and those behind them in the queue go
-    ///                  first. An empty name is no resource.
+    /// Runs @p task on a worker, now or when its turn comes. A task that lives in another thread than the
+    /// caller's is handed over by that thread's event loop.
+    /// @param resource  what the task needs for itself, such as "disk": of the tasks that name the same, one
+    /// runs
+    ///                  at a time, or as many as setResourceLimit() says, and those behind them in the queue
+    ///                  go first. An empty name is no resource.
     /// @throws err::NullArgument when @p task is null
-    /// @throws err::UnsupportedOperation when it has a parent, belongs to no thread, or was handed over before; it
+    /// @throws err::UnsupportedOperation when it has a parent, belongs to no thread, or was handed over
+    /// before; it
     ///         stays the caller's. What its moveTaskToThread() throws is passed on likewise.
     void start(Task* task, Priority priority = Normal, const QString& resource = {});
     /// Runs @p task in the pool's own thread, one service task after another. Workers, and
@@ -101,12 +104,13 @@ public:
     /// Whether pauseStarts() holds.
     [[nodiscard]] bool startsPaused() const;
 
-    /// How many tasks that name @p resource run at once, 1 at first. More of them than a lower limit allows go on.
+    /// How many tasks that name @p resource run at once, 1 at first. More of them than a lower limit allows
+    /// go on.
     /// @throws err::UnexpectedValue when @p limit is below 1 or @p resource is empty
     void setResourceLimit(const QString& resource, int limit);
 
-    /// Takes the task of @p handler out of the queue: it is asked to cancel and ends as cancelled, at once and without a
-    /// turn. Any other is asked to cancel.
+    /// Takes the task of @p handler out of the queue: it is asked to cancel and ends as cancelled, at once
+    /// and without a turn. Any other is asked to cancel.
     /// @return whether it waited for its turn
     bool cancel(const ProgressHandlerPtr& handler);
     /// The same for all tasks that the pool has, service tasks too.
@@ -140,7 +144,8 @@ public:
     /// Whether the pool takes tasks; it may close any moment.
     [[nodiscard]] bool isOpen() const;
     /// TaskThreadPool::start().
-    /// @return false when the pool is closed: the task then stays the caller's. One that lives in another thread
+    /// @return false when the pool is closed: the task then stays the caller's. One that lives in another
+    /// thread
     ///         than the caller's is the pool's when it is open now.
     bool start(Task* task, TaskThreadPool::Priority priority = TaskThreadPool::Normal,
                const QString& resource = {}) const;

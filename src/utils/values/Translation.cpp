@@ -6,8 +6,8 @@
 
 #include <memory>
 
-/// Has the linker take the catalogues along where the library is a static one. Outside of all namespaces, as Qt
-/// demands.
+/// Has the linker take the catalogues along where the library is a static one. Outside of all namespaces, as
+/// Qt demands.
 static void initCatalogues()
 {
     Q_INIT_RESOURCE(veltor_translations);

@@ -176,7 +176,8 @@ std::optional<QString> decodeName(const QByteArray& bytes)
     }
     // IgnoreHeader: a name that begins with U+FEFF keeps it.
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    QString name = QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), static_cast<int>(bytes.size()), &state);
+    QString name = QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(),
+                                                                static_cast<int>(bytes.size()), &state);
     if (state.invalidChars != 0 || state.remainingChars != 0) {
         return std::nullopt;
     }
