@@ -15,6 +15,7 @@ class CancellationState;
 class VELTOR_UTILS_EXPORT Canceled : public std::runtime_error
 {
 public:
+    /// With that text, in the language of the messages.
     Canceled();
 };
 
@@ -50,6 +51,7 @@ private:
 class VELTOR_UTILS_EXPORT CancellationSource
 {
 public:
+    /// Not cancelled.
     CancellationSource();
 
     /// A token of this source.

@@ -25,6 +25,7 @@ public:
     ~GroupProgressHandler() override;
 
     /// Counts @p part from now on, and keeps it.
+    /// @param part    not null; one that is counted already is not counted twice
     /// @param weight  of the part among the others, not negative, finite; when all are 0 they count alike
     /// @param text    names the part to the user; may be empty
     /// @throws err::NullArgument when @p part is null, err::UnexpectedValue for another weight

@@ -70,6 +70,7 @@ public:
 
     /// Adds a part. It lives in the group's thread, was not started, and belongs to the group from now on.
     /// Parts that may run at once begin in the order in which they were added.
+    /// @param task    not null
     /// @param weight  its share in the progress beside the others', not negative, finite
     /// @param text    names it to the user, in messages and errors; may be empty
     /// @return its number, from 0

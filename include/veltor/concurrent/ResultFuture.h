@@ -56,6 +56,7 @@ void settle(Promise<T>& promise, QFuture<T> future)
 
 /// The future that ends as @p result does, for code that waits on those: its value, its own exception, or
 /// cancelled.
+/// @param result   its state is shared, not copied
 /// @param context  lives in the calling thread; while it exists, and events are delivered there, a
 ///                 cancellation of the future cancels the result. Null for a future that only looks.
 template <typename T>
@@ -89,9 +90,9 @@ QFuture<T> toFuture(const TaskResult<T>& result, QObject* context = nullptr)
 
 /// The result that ends as @p future does; with its first value, when it has several, and as cancelled when
 /// it has none. Cancelling the result cancels the future.
+/// @param future   is kept until it ends
 /// @param context  lives in the calling thread, whose events bring the end; when it goes before, the result
-/// is
-///                 cancelled
+///                 is cancelled
 /// @throws err::NullArgument when @p context is null
 template <typename T>
 TaskResult<T> fromFuture(const QFuture<T>& future, QObject* context)

@@ -12,8 +12,7 @@ class Task;
 /// thread object by the event loop of the calling thread. Called in the task's thread.
 /// @throws err::NullArgument when @p task is null
 /// @throws err::UnsupportedOperation when it has a parent, belongs to no thread, or was handed over before;
-/// it stays
-///         the caller's
+///         it stays the caller's
 VELTOR_UTILS_EXPORT void runInNewThread(Task* task);
 
 /// Runs @p task in @p thread, which runs an event loop now or later. Thread and task stay the caller's.

@@ -65,9 +65,9 @@ public:
     /// What the user may do with an operation.
     enum Ability : int
     {
-        Nothing = 0x0,
-        Cancel = 0x1, ///< cancel
-        Pause = 0x2,  ///< pause and continue; of a task's handler only
+        Nothing = 0x0, ///< it can be watched alone
+        Cancel = 0x1,  ///< cancel
+        Pause = 0x2,   ///< pause and continue; of a task's handler only
     };
     Q_DECLARE_FLAGS(Abilities, Ability)
 
@@ -114,9 +114,12 @@ public:
     /// replay a recording. An empty one restores the system's.
     void setClock(std::function<qint64()> clock);
 
+    /// The model's own functions, for views.
+    /// @{
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+    /// @}
 
 Q_SIGNALS:
     /// activeCount() is another.

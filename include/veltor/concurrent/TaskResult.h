@@ -28,7 +28,7 @@ namespace veltor::concurrent {
 /// its progress and operation are shown by progressHandler(), and canWork() tells of a cancellation; or a
 /// CancellationToken, which tells of that alone. Quiet cancellation: once it was asked for, the callable may
 /// return anything, or throw; it counts as cancelled. So does a callable that throws Canceled. A callable
-/// that returns a TaskResult<U> makes a TaskResult<U>, which ends as that one does.
+/// that returns a `TaskResult<U>` makes a `TaskResult<U>`, which ends as that one does.
 ///
 /// Threads: every function may be called from any thread. A follower with a context runs in the thread in
 /// which the context lives, from its event loop; never in the call that makes it, and never once the context

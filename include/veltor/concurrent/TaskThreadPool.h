@@ -52,9 +52,10 @@ public:
     /// @param parent   destroys the pool with itself. It does not become QObject::parent(): the pool lives
     ///                 in its service thread, and a child lives where its parent does.
     explicit TaskThreadPool(int threads, QObject* parent = nullptr);
-    /// @param name  of the threads, in debuggers and process lists: "name-1" and so on, "name-service". Linux
-    /// shows
-    ///              15 bytes.
+    /// The same, with names for its threads.
+    /// @param threads  number of workers
+    /// @param name     in debuggers and process lists: "name-1" and so on, "name-service"
+    /// @param parent   as above
     TaskThreadPool(int threads, const QString& name, QObject* parent = nullptr);
     /// One worker for each processor core.
     explicit TaskThreadPool(QObject* parent = nullptr);
@@ -75,14 +76,14 @@ public:
 
     /// Runs @p task on a worker, now or when its turn comes. A task that lives in another thread than the
     /// caller's is handed over by that thread's event loop.
-    /// @param resource  what the task needs for itself, such as "disk": of the tasks that name the same, one
-    /// runs
+    /// @param task      not null, without a parent, not started or handed over before
+    /// @param priority  where it joins the queue
+    /// @param resource  what it needs for itself, such as "disk": of the tasks that name the same, one runs
     ///                  at a time, or as many as setResourceLimit() says, and those behind them in the queue
     ///                  go first. An empty name is no resource.
     /// @throws err::NullArgument when @p task is null
     /// @throws err::UnsupportedOperation when it has a parent, belongs to no thread, or was handed over
-    /// before; it
-    ///         stays the caller's. What its moveTaskToThread() throws is passed on likewise.
+    ///         before; it stays the caller's. What its moveTaskToThread() throws is passed on likewise.
     void start(Task* task, Priority priority = Normal, const QString& resource = {});
     /// Runs @p task in the pool's own thread, one service task after another. Workers, and
     /// waitForAllTasks(), do not count it.
@@ -139,14 +140,14 @@ class VELTOR_UTILS_EXPORT TaskPoolRef
 public:
     /// Refers to no pool: closed.
     TaskPoolRef() = default;
+    /// Refers to @p pool, which lives.
     explicit TaskPoolRef(const TaskThreadPool& pool);
 
     /// Whether the pool takes tasks; it may close any moment.
     [[nodiscard]] bool isOpen() const;
     /// TaskThreadPool::start().
     /// @return false when the pool is closed: the task then stays the caller's. One that lives in another
-    /// thread
-    ///         than the caller's is the pool's when it is open now.
+    ///         thread than the caller's is the pool's when it is open now.
     bool start(Task* task, TaskThreadPool::Priority priority = TaskThreadPool::Normal,
                const QString& resource = {}) const;
 

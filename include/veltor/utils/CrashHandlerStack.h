@@ -19,6 +19,7 @@ namespace veltor::utils {
 class VELTOR_UTILS_EXPORT CrashHandlerStack
 {
 public:
+    /// For the calling thread, which destroys the object too.
     CrashHandlerStack();
     ~CrashHandlerStack();
     CrashHandlerStack(const CrashHandlerStack&) = delete;

@@ -48,8 +48,7 @@ struct CrashReport
 ///     number, "%t" for the time of the crash in UTC ("20261121T183000Z") and "%%" for a percent sign; empty
 ///     writes no files any more
 /// @return false, with a line in the log and the former template in force, where the template does not fit or
-/// no
-///     file can be made in the directory
+///     no file can be made in the directory
 ///
 /// On Linux room for the file is reserved here, where the file system has files without names: then a full
 /// disk costs no report, and a process that does not crash leaves nothing. A process forked off makes its own
@@ -66,6 +65,7 @@ VELTOR_UTILS_EXPORT bool setCrashReportFile(const QString& pathTemplate);
 VELTOR_UTILS_EXPORT std::optional<CrashReport> lastCrash(QString* error = nullptr);
 
 /// Reads one crash file, from wherever. Its bytes are not trusted: what does not fit is an error.
+/// @param path   the file
 /// @param error  gets the file's name and what is wrong
 ///
 /// Reentrant.
@@ -74,9 +74,9 @@ VELTOR_UTILS_EXPORT std::optional<CrashReport> readCrashReport(const QString& pa
 /// One line per frame with its function and place in the source, as far as files with the frame's build id
 /// tell: "function (source.cpp:12): module". Where none is found: "[0x1234]: module", with the address in the
 /// module. Callers are looked up at their call, not at the instruction behind it.
+/// @param report  from this process's system
 /// @param debugDirectories  are searched for the modules' files and for separate debug information, by build
-/// id
-///     (".build-id/ab/cdef.debug") and by name; the modules' own places and the system's come after them
+///     id (".build-id/ab/cdef.debug") and by name; the modules' own places and the system's come after them
 ///
 /// Reads the files that the report names, so not for a report from a stranger. Thread-safe.
 VELTOR_UTILS_EXPORT QStringList resolveCrash(const CrashReport& report,

@@ -68,8 +68,7 @@ public:
 
     /// Closes, then creates the mutex @p name or opens the one that exists.
     /// @return false, with the object closed, when the system refuses, or when something else has the place
-    /// of
-    ///     the mutex's file; errorString() and a line of the log tell what and where
+    ///     of the mutex's file; errorString() and a line of the log tell what and where
     bool open(const std::string& name);
     /// What open() does after closing; an object that is still open is closed here too.
     bool openImpl(const std::string& name);

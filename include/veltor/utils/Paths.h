@@ -27,8 +27,8 @@ enum class PathType
 /// first unless it contains "..", in which case the second.
 /// @param folder  that the file is seen from
 /// @param path  best absolute: a relative one is relative to @p folder for the first, to the process's folder
-/// for
-///              the second. The canonical path is asked of the system, and is empty for a file that does not
+///              for the second. The canonical path is asked of the system, and is empty for a file that
+///              does not
 ///              exist
 /// @param type  a value of none of these counts as PathType::RelativeUnlessOutside. A name with two dots in
 ///              it, like `a..b`, is told canonically by that one

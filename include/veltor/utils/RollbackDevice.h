@@ -243,8 +243,7 @@ public:
     /// added. They all stay protected, and the transaction goes on. The journal does not shrink. Savepoints
     /// made after @p savepoint are gone; it itself stays.
     /// @return false for a savepoint that is gone or another journal's, with nothing changed; false also when
-    /// a
-    ///     file could not be put back: then only rollback() makes sense
+    ///     a file could not be put back: then only rollback() makes sense
     bool rollbackTo(const Savepoint& savepoint);
 
     /// Salvages what a damaged journal still holds: its files, each with the change blocks that are whole

@@ -20,8 +20,7 @@ namespace veltor::utils {
 /// - handle() is -1, map() gives null and setFileTime() fails: they would pass the rollback device by.
 ///   fileTime() is invalid; ask QFileInfo(fileName()).
 /// - A file outlives its transaction only as an object: after commit(), rollback() or a new open() of the
-/// rollback
-///   device every operation fails, until the file is opened again.
+///   rollback device every operation fails, until the file is opened again.
 ///
 /// Failures are reported as file devices do, by results, error() (after a failed open ResizeError, since the
 /// base sets no other) and errorString(); the log has them too.

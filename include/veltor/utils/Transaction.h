@@ -47,9 +47,10 @@ namespace veltor::utils {
 class VELTOR_UTILS_EXPORT Transaction
 {
 public:
+    /// How something ended, in a word.
     enum class Status
     {
-        Done,
+        Done,         ///< as it was asked for
         InUse,        ///< a living program has the journal
         Damaged,      ///< the journal or the manifest is not whole: somebody must decide; nothing was changed
         Foreign,      ///< the journal or the manifest belongs to another user and is not trusted
@@ -61,10 +62,11 @@ public:
     /// How something ended.
     struct Result
     {
-        Status status = Status::Done;
-        QString reason;      ///< for a person: the file and the system's words; empty when done
-        qint64 ownerPid = 0; ///< of the program that has the journal, with InUse; 0 when not known
+        Status status = Status::Done; ///< in a word
+        QString reason;               ///< for a person: the file and the system's words; empty when done
+        qint64 ownerPid = 0;          ///< of the program that has the journal, with InUse; 0 when not known
 
+        /// Whether it was done.
         explicit operator bool() const noexcept { return status == Status::Done; }
     };
 
@@ -78,20 +80,21 @@ public:
         Salvage, ///< restore what is whole; the journal stays as NAME.damaged, or NAME.damaged-2, ...
     };
 
+    /// What a caller may choose.
     struct Options
     {
         /// Where the files may lie whose contents are changed or restored.
         RollbackFile::NameRule nameRule = RollbackFile::NameRule::Beneath;
         /// Accept journals and manifests of other users. One may have been planted.
         bool trustForeign = false;
-        DamagedJournal damaged = DamagedJournal::Refuse;
+        DamagedJournal damaged = DamagedJournal::Refuse; ///< what becomes of such a journal
         Progress progress; ///< of every rollback, that of the destructor included
     };
 
     /// What was found at the beginning, and what became of it.
     struct Recovery
     {
-        Result result;
+        Result result;                   ///< how the recovery ended
         bool foundJournal = false;       ///< a dead program's journal, with something to put back
         unsigned long long restored = 0; ///< files put back
         std::vector<RollbackReport::Failure> failures; ///< files not put back: the journal keeps them
@@ -102,13 +105,14 @@ public:
     /// A change of a name that waits for the commit.
     struct NameChange
     {
+        /// What becomes of the name.
         enum class Kind
         {
-            Create,
-            Remove,
-            Rename,
+            Create, ///< a new file gets it
+            Remove, ///< its file goes
+            Rename, ///< its file gets another
         };
-        Kind kind;
+        Kind kind;      ///< what becomes of it
         QString name;   ///< relative to the journal's folder
         QString target; ///< of a Rename
     };
@@ -124,8 +128,10 @@ public:
     /// Recovers what @p journal holds of a program that died, then starts.
     /// @return an active transaction, or one that says in beginning() why it is not, with every file left
     ///     as it was found or, as far as recovery() tells, restored
+    /// @{
     [[nodiscard]] static Transaction begin(const QString& journal);
     [[nodiscard]] static Transaction begin(const QString& journal, const Options& options);
+    /// @}
 
     /// Recovers alone. Done also when there is nothing to recover.
     static Recovery recover(const QString& journal, const Options& options);
@@ -140,7 +146,9 @@ public:
 
     /// Rolls back, unless committed, and closes the files that were opened here.
     ~Transaction();
+    /// Takes over; what is left behind is not active.
     Transaction(Transaction&& other) noexcept;
+    /// Takes over; rolls back what stood here, unless committed.
     Transaction& operator=(Transaction&& other) noexcept;
 
     /// True between begin() and the commit or rollback that ended it.
