@@ -1,3 +1,5 @@
+// Owning pointers to devices, with their deleters.
+
 #include <veltor/IOPtr.h>
 
 namespace veltor {

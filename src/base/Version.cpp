@@ -1,3 +1,5 @@
+// The version of the library that was loaded.
+
 #include <veltor/Version.h>
 
 #define VELTOR_TEXT_OF(number) #number

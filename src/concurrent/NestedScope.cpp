@@ -1,3 +1,5 @@
+// Scopes that split the progress of one handler among the steps of its work.
+
 #include <veltor/concurrent/NestedScope.h>
 
 #include <veltor/logging/Logger.h>

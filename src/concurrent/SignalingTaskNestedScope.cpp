@@ -1,3 +1,5 @@
+// A scope that tells its task of pauses and cancellation.
+
 #include <veltor/concurrent/SignalingTaskNestedScope.h>
 
 #include <veltor/concurrent/Task.h>

@@ -1,3 +1,5 @@
+// Keywords of the calculation modes.
+
 #include <veltor/core/CalcMode.h>
 
 #include <algorithm>

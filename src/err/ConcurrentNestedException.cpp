@@ -1,3 +1,5 @@
+// Carries an exception through Qt's futures and queued signals.
+
 #include <veltor/err/ConcurrentNestedException.h>
 
 namespace veltor::err {

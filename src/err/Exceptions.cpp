@@ -1,3 +1,5 @@
+// The messages of the exception family.
+
 #include <veltor/err/Exceptions.h>
 
 #include <QtCore/QObject>

@@ -1,3 +1,5 @@
+// The walk from an exception to those nested in it.
+
 #include <veltor/err/HandleCurrentException.h>
 
 #include <exception>

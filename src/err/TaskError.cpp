@@ -1,3 +1,5 @@
+// An exception as a value.
+
 #include <veltor/err/TaskError.h>
 
 #include <utility>

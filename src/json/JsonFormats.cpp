@@ -1,3 +1,5 @@
+// The seven predefined layouts.
+
 #include <veltor/json/JsonFormatter.h>
 
 namespace veltor::json {

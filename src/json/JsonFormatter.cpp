@@ -1,3 +1,5 @@
+// Writes JSON values token by token in the layout of a format.
+
 #include <veltor/json/JsonFormatter.h>
 
 #include "base/QtDifferences.h"

@@ -1,3 +1,5 @@
+// The instructions that this processor has, asked once.
+
 #include "platform/CpuFeatures.h"
 
 #include <cstdint>

@@ -1,3 +1,5 @@
+// Where calls to files go: to the system, or to a test in its place.
+
 #include "platform/FileIo.h"
 
 #include <atomic>

@@ -1,3 +1,5 @@
+// The query of the machine's memory, which tests replace.
+
 #include "platform/MemoryInfo.h"
 
 #include <atomic>

@@ -1,3 +1,5 @@
+// How many parameters a callable has.
+
 #include <veltor/python/PythonBridge.h>
 
 #include <veltor/err/Exceptions.h>

@@ -1,3 +1,5 @@
+// The Python classes that stand for native exceptions.
+
 #include <veltor/python/PythonBridge.h>
 
 #include <veltor/logging/Logger.h>

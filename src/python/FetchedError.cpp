@@ -1,3 +1,5 @@
+// A Python error outside of the interpreter.
+
 #include "python/FetchedError.h"
 
 #include "python/PythonApi.h"

@@ -1,3 +1,5 @@
+// Python exceptions made of native ones.
+
 #include "python/NativeException.h"
 
 #include <veltor/err/ConcurrentNestedException.h>

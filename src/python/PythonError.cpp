@@ -1,3 +1,5 @@
+// A Python traceback as a native exception.
+
 #include <veltor/utils/PythonError.h>
 
 namespace veltor::utils {

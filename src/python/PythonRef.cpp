@@ -1,3 +1,5 @@
+// References that are dropped on any thread.
+
 #include "python/PythonRef.h"
 
 #include "python/PythonApi.h"

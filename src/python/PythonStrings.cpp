@@ -1,3 +1,5 @@
+// Texts across the border.
+
 #include <veltor/python/PythonBridge.h>
 
 #include "base/QtDifferences.h"

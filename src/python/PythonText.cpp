@@ -1,3 +1,5 @@
+// What needs no interpreter: literals and class names.
+
 #include <veltor/python/PythonBridge.h>
 
 #include <QtCore/QMetaObject>

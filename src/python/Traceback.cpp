@@ -1,3 +1,5 @@
+// The pending error as the text of its traceback.
+
 #include <veltor/python/PythonBridge.h>
 #include <veltor/utils/PythonError.h>
 

@@ -1,3 +1,5 @@
+// UTF-16 as the platform's wide characters.
+
 #include "python/WideText.h"
 
 namespace veltor::python {

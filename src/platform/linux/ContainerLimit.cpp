@@ -1,3 +1,5 @@
+// The memory limit that the process's control group sets.
+
 #include "platform/linux/ContainerLimit.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// What Linux tells of an ARM processor.
+
 #include "platform/CpuFeatures.h"
 
 #ifdef __aarch64__

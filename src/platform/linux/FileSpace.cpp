@@ -1,3 +1,5 @@
+// The stretches of a file that hold data.
+
 #include "platform/FileSpace.h"
 
 #include "platform/FileIo.h"

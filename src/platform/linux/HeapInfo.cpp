@@ -1,3 +1,5 @@
+// The state of the C library's heaps.
+
 #include "platform/HeapInfo.h"
 
 #include <cstdlib>

@@ -1,3 +1,5 @@
+// The calling thread's return addresses by the runtime's unwinder.
+
 #include "platform/StackCapture.h"
 
 #include <unwind.h>

@@ -1,3 +1,5 @@
+// What Windows tells of an ARM processor.
+
 #include "platform/CpuFeatures.h"
 
 #if defined(_M_ARM64) || defined(__aarch64__)

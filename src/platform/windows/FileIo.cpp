@@ -1,3 +1,5 @@
+// Positioned reads and writes.
+
 #include "platform/FileIo.h"
 
 #ifndef NOMINMAX

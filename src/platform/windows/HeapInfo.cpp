@@ -1,3 +1,5 @@
+// A walk over the heaps of the process.
+
 #include "platform/HeapInfo.h"
 
 #include <windows.h>

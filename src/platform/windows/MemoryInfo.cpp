@@ -1,3 +1,5 @@
+// The memory of the machine and the process.
+
 #include "platform/MemoryInfo.h"
 
 #include <windows.h>

@@ -1,3 +1,5 @@
+// The calling thread's return addresses.
+
 #include "platform/StackCapture.h"
 
 #ifndef NOMINMAX

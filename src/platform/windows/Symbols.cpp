@@ -1,3 +1,5 @@
+// Names of functions by DbgHelp.
+
 #include "platform/Symbols.h"
 
 #ifndef NOMINMAX

@@ -1,3 +1,5 @@
+// Lines of a text, read in bounded pieces.
+
 #include <veltor/utils/LineStream.h>
 
 #include <QtCore/QTextStream>

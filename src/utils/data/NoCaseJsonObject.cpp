@@ -1,3 +1,5 @@
+// Members of a JSON object by names of any case.
+
 #include <veltor/utils/NoCaseJsonObject.h>
 
 #include <QtCore/QStringList>

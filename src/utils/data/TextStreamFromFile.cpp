@@ -1,3 +1,5 @@
+// A text stream that owns its file and finds its codec.
+
 #include <veltor/utils/TextStreamFromFile.h>
 
 #include <veltor/utils/Paths.h>

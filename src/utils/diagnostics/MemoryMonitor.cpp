@@ -1,3 +1,5 @@
+// Memory figures against limits, and the heap's as lines of the log.
+
 #include <veltor/utils/MemoryMonitor.h>
 
 #include "platform/HeapInfo.h"

@@ -1,3 +1,5 @@
+// Angles and vectors of the plane.
+
 #include <veltor/utils/Angles.h>
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Areas and perimeters on plane, sphere and ellipsoid.
+
 #include <veltor/utils/Area.h>
 
 #include "CentralAngle.h"

@@ -1,3 +1,5 @@
+// Distances and azimuths by every formula.
+
 #include <veltor/utils/Distance.h>
 
 #include "CentralAngle.h"

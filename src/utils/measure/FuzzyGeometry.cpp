@@ -1,3 +1,5 @@
+// Tolerant, rounded and exact comparisons; the algebra of rectangles.
+
 #include <veltor/utils/FuzzyGeometry.h>
 
 #include <veltor/utils/Rounding.h>

@@ -1,3 +1,5 @@
+// The ellipsoid as PROJ's geodesic routines want it.
+
 #include "Geodesic.h"
 
 #include <array>

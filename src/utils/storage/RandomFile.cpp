@@ -1,3 +1,5 @@
+// A file as a bounded set of mapped blocks.
+
 #include <veltor/utils/RandomFile.h>
 
 #ifndef Q_OS_WIN

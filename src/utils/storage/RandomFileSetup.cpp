@@ -1,3 +1,5 @@
+// The limits of the block file.
+
 #include <veltor/utils/RandomFile.h>
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// A device that counts and stores nothing.
+
 #include <veltor/utils/SizeEstimator.h>
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// A double as its significant decimal digits.
+
 #include "utils/text/Decimal.h"
 
 #include <QtCore/QtAlgorithms>

@@ -1,3 +1,5 @@
+// Points, sizes and rectangles as text.
+
 #include <veltor/utils/NumberToText.h>
 
 #include "utils/text/NeutralText.h"

@@ -1,3 +1,5 @@
+// What texts in any locale share.
+
 #include "utils/text/LocaleText.h"
 
 #include <veltor/utils/NumberToText.h>

@@ -1,3 +1,5 @@
+// Numbers in the C locale, without Qt.
+
 #include "utils/text/NeutralText.h"
 
 #include "utils/text/Decimal.h"

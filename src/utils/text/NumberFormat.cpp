@@ -1,3 +1,5 @@
+// The four presentations of a number.
+
 #include <veltor/utils/NumberFormat.h>
 
 #include "base/QtDifferences.h"

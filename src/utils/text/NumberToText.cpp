@@ -1,3 +1,5 @@
+// Numbers as text in the C locale and in any other.
+
 #include <veltor/utils/NumberToText.h>
 
 #include <veltor/utils/Rounding.h>

@@ -1,3 +1,5 @@
+// Compiled expressions, the least used dropped first.
+
 #include <veltor/utils/RegularExpressionCache.h>
 
 #include <array>

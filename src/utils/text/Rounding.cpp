@@ -1,3 +1,5 @@
+// Rounding to decimal places and to significant digits.
+
 #include <veltor/utils/Rounding.h>
 
 #include <array>

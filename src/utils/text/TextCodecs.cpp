@@ -1,3 +1,5 @@
+// Encoding into fields of limited size; walks by code points; codecs of files.
+
 #include <veltor/utils/TextCodecs.h>
 
 #include <veltor/logging/Logger.h>

@@ -1,3 +1,5 @@
+// The register of base types.
+
 #include <veltor/BaseTypeInfo.h>
 
 std::unordered_map<std::type_index, std::type_index> BaseTypeInfo::baseTypeMap;

@@ -1,3 +1,5 @@
+// Names of platforms and their bits.
+
 #include <veltor/utils/PlatformMask.h>
 
 #include <QtCore/QRegularExpression>

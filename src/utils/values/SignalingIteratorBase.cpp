@@ -1,3 +1,5 @@
+// Where the base of signalling iterators has its meta-object.
+
 #include <veltor/utils/SignalingIteratorBase.h>
 
 namespace veltor::utils {

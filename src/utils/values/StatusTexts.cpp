@@ -1,3 +1,5 @@
+// Words for states.
+
 #include <veltor/utils/StatusTexts.h>
 
 #include <QtCore/QObject>

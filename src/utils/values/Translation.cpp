@@ -1,3 +1,5 @@
+// Installs the catalogue of the user's language.
+
 #include <veltor/utils/Translation.h>
 
 #include <QtCore/QCoreApplication>

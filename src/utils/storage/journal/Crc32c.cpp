@@ -1,3 +1,5 @@
+// Picks the fastest CRC-32C that the processor has.
+
 #include "utils/storage/journal/Crc32c.h"
 
 #include "platform/CpuFeatures.h"

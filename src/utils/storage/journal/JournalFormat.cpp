@@ -1,3 +1,5 @@
+// The bytes of every record.
+
 #include "utils/storage/journal/JournalFormat.h"
 
 #include <QTextCodec>
