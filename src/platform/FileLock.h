@@ -18,7 +18,8 @@ struct LockAnswer
 };
 
 /// Takes a file's exclusive lock without waiting. It belongs to this opening of the file and ends when its
-/// last descriptor is closed: with the process at the latest. Advisory: it hinders nobody who does not ask.
+/// last descriptor is closed: with the process at the latest. A child of fork() has no part in it: there the
+/// descriptor leads to nothing any more. Advisory: it hinders nobody who does not ask.
 LockAnswer lockFile(int fd);
 
 /// Whether another opening of the file has the lock.

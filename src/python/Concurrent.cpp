@@ -2,6 +2,7 @@
 
 #include <veltor/python/PythonBridge.h>
 
+#include "platform/HandlerStack.h"
 #include "python/FetchedError.h"
 #include "python/NativeException.h"
 #include "python/PythonRef.h"
@@ -87,6 +88,7 @@ public:
 private:
     void work(const std::function<void()>& procedure)
     {
+        const platform::HandlerStack handlerStack;
         struct Ending // also when the procedure ends its thread
         {
             ~Ending() { ended = true; }

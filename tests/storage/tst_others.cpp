@@ -93,6 +93,21 @@ TEST_F(Others, AJournalHasOneOwner)
     EXPECT_TRUE(third.startNew(journal()));
 }
 
+TEST_F(Others, AForkedChildHasNoPartInATransaction)
+{
+    write("a", "aaaa");
+    RollbackFile owner;
+    ASSERT_TRUE(change(owner, journal(), path("a"), "new"));
+    const int undone = forked([&] { return owner.rollback() ? 1 : 0; });
+    if (undone == NoFork) {
+        GTEST_SKIP() << "no fork here";
+    }
+    EXPECT_EQ(undone, 0);
+    EXPECT_EQ(read("a"), "newa");
+    EXPECT_TRUE(owner.rollback());
+    EXPECT_EQ(read("a"), "aaaa");
+}
+
 TEST_F(Others, NamesStayBeneathTheJournalWhenTheyAreToldTo)
 {
     using platform::ConfinedFolder;

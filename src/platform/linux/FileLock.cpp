@@ -3,13 +3,18 @@
 
 #include "platform/FileLock.h"
 
+#include <fcntl.h>
+#include <pthread.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
+#include <map>
+#include <mutex>
 #include <string>
 
 namespace veltor::platform {
@@ -55,11 +60,58 @@ LockAnswer refusal(int fd)
     return {LockState::Busy, ownerOf(fd)};
 }
 
+/// Files by their numbers that were locked here. Some may be closed by now, and their numbers another file's.
+struct Locked
+{
+    std::mutex mutex; // guards files
+    std::map<int, std::pair<dev_t, ino_t>> files;
+};
+
+Locked& locked()
+{
+    static auto* const made = new Locked; // never destroyed: a fork may come after this source's statics
+    return *made;
+}
+
+/// A child of fork() shares the openings with its parent, and with them the locks, which would outlive their
+/// owner in it: in its place the child gets a file that takes everything and holds nothing.
+void leaveToParent() noexcept
+{
+    for (const auto& [fd, identity] : locked().files) {
+        struct stat file;
+        if (::fstat(fd, &file) == 0 && std::pair(file.st_dev, file.st_ino) == identity) {
+            const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+            ::close(nothing < 0 || ::dup3(nothing, fd, O_CLOEXEC) < 0 ? fd : nothing);
+        }
+    }
+    locked().files.clear();
+}
+
+void remember(int fd)
+{
+    static const int registered =
+        ::pthread_atfork([] { locked().mutex.lock(); }, [] { locked().mutex.unlock(); },
+                         [] {
+                             leaveToParent();
+                             locked().mutex.unlock();
+                         });
+    static_cast<void>(registered); // without memory for it, a child shares the locks
+    struct stat file;
+    if (::fstat(fd, &file) == 0) {
+        const std::lock_guard guard(locked().mutex);
+        locked().files[fd] = {file.st_dev, file.st_ino};
+    }
+}
+
 } // namespace
 
 LockAnswer lockFile(int fd)
 {
-    return tryLock(fd, LOCK_EX) ? LockAnswer{LockState::Taken} : refusal(fd);
+    if (!tryLock(fd, LOCK_EX)) {
+        return refusal(fd);
+    }
+    remember(fd);
+    return {LockState::Taken};
 }
 
 LockAnswer askLock(int fd)
