@@ -3,6 +3,7 @@
 #include "GroupRun.h"
 
 #include "Post.h"
+#include "TaskCore.h"
 
 #include <algorithm>
 #include <utility>
@@ -12,6 +13,13 @@ namespace {
 
 /// So many failures are nested in one another; beyond, the first ones have told enough.
 constexpr std::size_t mostFailures = 64;
+
+/// Closed before, so that no call of another thread finds a part that is half destroyed.
+void destroy(Task* task)
+{
+    TaskAccess::core(*task).close();
+    delete task;
+}
 
 } // namespace
 
@@ -57,7 +65,7 @@ void GroupRun::advance()
         needless = takeNeedless();
     }
     for (Task* task : needless) {
-        delete task;
+        destroy(task);
     }
     begin();
     for (bool more = true; more;) {
@@ -173,7 +181,7 @@ void GroupRun::handOver(std::size_t index, Task* task)
         const std::lock_guard lock(mutex);
         parts[index].error = error;
     }
-    delete task;
+    destroy(task);
 }
 
 void GroupRun::watch(std::size_t index)
@@ -185,19 +193,23 @@ void GroupRun::watch(std::size_t index)
         set();
     };
     using H = ProgressHandler;
-    QObject::connect(handler, &H::started, [self, handler] { self->partStarted(*handler); });
-    QObject::connect(handler, &H::successful,
-                     [self, note, index] { note([&] { self->parts[index].successful = true; }); });
-    QObject::connect(handler, &H::canceled,
-                     [self, note, index] { note([&] { self->parts[index].canceled = true; }); });
-    QObject::connect(handler, &H::error, [self, note, index](const err::ConcurrentNestedException& error) {
+    std::vector<QMetaObject::Connection> connections;
+    const auto on = [&](auto signal, auto slot) {
+        connections.push_back(QObject::connect(handler, signal, std::move(slot)));
+    };
+    on(&H::started, [self, handler] { self->partStarted(*handler); });
+    on(&H::successful, [self, note, index] { note([&] { self->parts[index].successful = true; }); });
+    on(&H::canceled, [self, note, index] { note([&] { self->parts[index].canceled = true; }); });
+    on(&H::error, [self, note, index](const err::ConcurrentNestedException& error) {
         note([&] { self->parts[index].error = error.nested_ptr(); });
     });
-    QObject::connect(handler, &H::finished, [self, handler, index] {
+    on(&H::finished, [self, handler, index] {
         if (handler->isFinished()) { // and not only a part of it, whose end it passes on
             self->partEnded(index);
         }
     });
+    const std::lock_guard lock(mutex);
+    parts[index].connections = std::move(connections);
 }
 
 /// In the part's thread, before its work.
@@ -347,11 +359,14 @@ void GroupRun::detach()
 {
     const std::shared_ptr<GroupRun> self = shared_from_this();
     std::vector<Task*> own;
+    std::vector<QMetaObject::Connection> connections;
     Task* onStack = nullptr;
     {
         const std::lock_guard lock(mutex);
         m_group = nullptr;
         for (std::size_t index = 0; index < parts.size(); ++index) {
+            auto& ofPart = parts[index].connections;
+            connections.insert(connections.end(), ofPart.begin(), ofPart.end());
             if (Task* task = std::exchange(parts[index].task, nullptr)) {
                 if (index == m_starting) {
                     onStack = task;
@@ -362,8 +377,11 @@ void GroupRun::detach()
         }
     }
     stop();
+    for (const QMetaObject::Connection& connection : connections) {
+        QObject::disconnect(connection);
+    }
     for (Task* task : own) {
-        delete task;
+        destroy(task);
     }
     if (onStack) {
         onStack->deleteLater();

@@ -13,7 +13,8 @@
 namespace veltor::concurrent {
 
 /// A group on its way: its parts and how far they are. The connections to the parts hold it, so that a part
-/// may end, in its thread, while the group goes in another.
+/// may end, in its thread, while the group goes in another; as it holds the parts' handlers in turn, it cuts
+/// the connections where the group goes.
 ///
 /// Parts begin, and parts that never began are destroyed, in the group's thread alone, in advance(); whatever
 /// happens elsewhere is noted under the mutex and wakes that.
@@ -29,6 +30,7 @@ public:
         bool successful = false;
         bool canceled = false;
         bool heard = false; // its end
+        std::vector<QMetaObject::Connection> connections = {};
     };
 
     explicit GroupRun(GroupTask* group)

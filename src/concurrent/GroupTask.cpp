@@ -3,6 +3,7 @@
 #include <veltor/concurrent/GroupTask.h>
 
 #include "GroupRun.h"
+#include "TaskCore.h"
 
 #include <veltor/err/Exceptions.h>
 
@@ -57,6 +58,7 @@ GroupTask::GroupTask(QObject* parent)
 
 GroupTask::~GroupTask()
 {
+    TaskAccess::core(*this).close(); // no hook of a group that is half destroyed
     d->detach();
 }
 

@@ -5,11 +5,15 @@
 #include "support/Printers.h"
 
 #include <QtCore/QEventLoop>
+#include <QtCore/QPointer>
 #include <QtCore/QThread>
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <atomic>
 #include <stdexcept>
+#include <thread>
 
 namespace veltor::concurrent {
 namespace {
@@ -156,17 +160,26 @@ TEST(Runners, ANewThreadEndsWithoutTheCallersEventLoop)
 {
     std::shared_ptr<TaskProgressHandler> handler;
     std::thread([&] {
-        auto* task = new LambdaTask;
-        handler = task->progressHandler();
-        runInNewThread(task);
-        auto* cancelled = new LambdaTask;
-        cancelled->enterCancelledState();
-        runInNewThread(cancelled);
+        std::array<std::atomic<QThread*>, 2> threads{};
+        for (std::size_t i = 0; i < threads.size(); ++i) {
+            auto* task = new LambdaTask;
+            QObject::connect(task, &QObject::destroyed, [&, i] { threads[i] = QThread::currentThread(); });
+            if (i == 0) {
+                handler = task->progressHandler();
+            } else {
+                task->enterCancelledState();
+            }
+            runInNewThread(task);
+        }
         handler->waitForFinished();
-        while (LambdaTask::alive > 0) {
+        while (!threads[0] || !threads[1]) {
             std::this_thread::yield();
         }
-        QEventLoop().processEvents(); // deletes the thread objects
+        const QPointer<QThread> first(threads[0].load());
+        const QPointer<QThread> second(threads[1].load());
+        while (first || second) {
+            QEventLoop().processEvents(); // deletes the thread objects
+        }
     }).join();
     EXPECT_TRUE(handler->isFinished());
 }
