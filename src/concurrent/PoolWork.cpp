@@ -352,7 +352,9 @@ bool PoolCore::unqueue(PoolJob& job)
 bool PoolCore::withdraw(const JobPtr& job)
 {
     const std::lock_guard lock(m_mutex);
-    const bool arriving = job->stage == PoolJob::Stage::Arriving;
+    // Past the gate, one that is to be queued can still be set aside; one with a thread of its own runs.
+    const bool bound = job->home && (job->home != m_service || job->terms.service);
+    const bool arriving = job->stage == PoolJob::Stage::Arriving && !bound;
     const bool queued = unqueue(*job);
     if (arriving) {
         job->withdrawn = true; // it is refused at the gate, or set aside after it

@@ -171,7 +171,6 @@ TEST(Runners, ANewThreadEndsWithoutTheCallersEventLoop)
             }
             runInNewThread(task);
         }
-        handler->waitForFinished();
         while (!threads[0] || !threads[1]) {
             std::this_thread::yield();
         }
