@@ -75,9 +75,11 @@ int main(int argc, char** argv)
         //! [start]
         //! [watch]
         const ProgressHandlerPtr handler = lines.progressHandler();
-        QObject::connect(
-            handler.get(), &ProgressHandler::progressValueChanged, &application,
-            [path](double value) { std::fprintf(stderr, "%s: %.0f %%\n", qPrintable(path), value); });
+        const auto show = [path](double value) {
+            std::fprintf(stderr, "%s: %.0f %%\n", qPrintable(path), value);
+        };
+        QObject::connect(handler.get(), &ProgressHandler::progressValueChanged, &application, show);
+        show(handler->progress()); // as far as it has come by now, perhaps to its end
         //! [watch]
         handlers.push_back(handler);
     }

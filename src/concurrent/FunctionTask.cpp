@@ -42,20 +42,20 @@ public:
     const std::function<void(FunctionTask&)> run;
 };
 
-FunctionTask::FunctionTask(Scoped work)
+FunctionTask::FunctionTask(const Scoped& work)
     : d(std::make_unique<Private>(work, true, true, [work](FunctionTask& task) {
         Private::Scope scope(task);
         work(scope);
     }))
 {}
 
-FunctionTask::FunctionTask(Cancelable work)
+FunctionTask::FunctionTask(const Cancelable& work)
     : d(std::make_unique<Private>(work, true, false, [work](FunctionTask& task) {
         work(task.progressHandler()->cancellationToken());
     }))
 {}
 
-FunctionTask::FunctionTask(Plain work)
+FunctionTask::FunctionTask(const Plain& work)
     : d(std::make_unique<Private>(work, false, false, [work](FunctionTask&) { work(); }))
 {}
 

@@ -153,6 +153,9 @@ void GroupProgressHandler::Private::publish(GroupProgressHandler& handler)
         message = std::exchange(m_message, {});
         share = std::min(total(), 1.0);
     }
+    if (handler.isFinished()) { // nothing is told behind the end
+        return;
+    }
     const QPointer<GroupProgressHandler> alive(&handler);
     if (share > m_shown) {
         m_shown = share;

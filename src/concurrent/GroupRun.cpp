@@ -326,15 +326,14 @@ bool GroupRun::setPaused(bool on)
 void GroupRun::conclude()
 {
     GroupTask* const group = m_group; // this is its thread
-    if (group->cancelRequested()) {
-        group->enterCancelledState();
-    } else if (!m_failures.empty()) {
+    const bool asked = group->cancelRequested();
+    if (!asked && !m_failures.empty()) {
         try {
             throwFailures(0);
         } catch (...) {
             group->enterErrorState(err::ConcurrentNestedException());
         }
-    } else if (m_partCanceled) {
+    } else if (asked || m_partCanceled) {
         group->enterCancelledState();
     } else {
         group->enterSuccessfulState();

@@ -31,7 +31,7 @@ JobPtr PoolQueue::take()
 {
     while (!m_ready.empty() && !isHeldUp()) {
         const auto first = m_ready.begin();
-        const JobPtr job = std::move(first->second);
+        JobPtr job = std::move(first->second);
         m_ready.erase(first);
         if (acquire(job->terms.resource)) {
             --m_count;

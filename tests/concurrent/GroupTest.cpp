@@ -82,6 +82,7 @@ public:
 
     void check(bool disturbed)
     {
+        const std::lock_guard lock(m_mutex); // the last progress may still be told
         EXPECT_EQ(m_ends, 1);
         EXPECT_TRUE(m_allEndedBefore) << "the group ends last";
         EXPECT_TRUE(m_forward) << "progress never goes back";

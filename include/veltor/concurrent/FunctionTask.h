@@ -30,9 +30,9 @@ public:
 
     /// @throws err::NullArgument when @p work is empty
     /// @{
-    explicit FunctionTask(Scoped work);
-    explicit FunctionTask(Cancelable work);
-    explicit FunctionTask(Plain work);
+    explicit FunctionTask(const Scoped& work);
+    explicit FunctionTask(const Cancelable& work);
+    explicit FunctionTask(const Plain& work);
     /// @}
     ~FunctionTask() override;
 
