@@ -123,9 +123,10 @@ void ResultCore::startAfter(Ptr former, Wants wants)
 {
     m_source = false;
     m_wants = wants;
-    m_former = former;
-    former->m_looked.store(true);
-    former->whenEnded([self = shared_from_this()] { self->formerEnded(); });
+    const Ptr kept = std::move(former); // its end may come at once, and let go of it
+    m_former = kept;
+    kept->m_looked.store(true);
+    kept->whenEnded([self = shared_from_this()] { self->formerEnded(); });
 }
 
 void ResultCore::formerEnded()
