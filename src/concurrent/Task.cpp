@@ -141,6 +141,7 @@ void Task::enterFinishedState()
     m_core->end(TaskState::Finished);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the slot's signature
 void Task::enterErrorState(err::ConcurrentNestedException error)
 {
     m_core->end(TaskState::Finished | TaskState::Cancelled | TaskState::Error, &error);

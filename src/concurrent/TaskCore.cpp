@@ -259,7 +259,7 @@ void TaskCore::end(TaskState::States word, const err::ConcurrentNestedException*
     } else if (word.testFlag(TaskState::Cancelled)) {
         Q_EMIT observed->canceled();
     }
-    Q_EMIT observed->finished();
+    Q_EMIT observed->finished(); // NOLINT(readability-misleading-indentation): Q_EMIT is empty
 }
 
 void TaskCore::fail()

@@ -86,8 +86,8 @@ public:
                 owner = m_owner;
             }
         }
-        if (task) {
-            function(task); // only this thread can destroy it
+        if (task) {         // which only this thread can destroy
+            function(task); // NOLINT(bugprone-use-after-move): moved only where there is no task here
         } else if (owner) {
             owner->onPosted();
         }
