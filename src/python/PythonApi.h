@@ -61,7 +61,7 @@ namespace veltor::python {
 /// pointers to the interpreter's variables.
 struct PythonApi
 {
-#define VELTOR_ENTRY(name) decltype(&::name) name;
+#define VELTOR_ENTRY(name) decltype(&::name) name; // NOLINT(bugprone-macro-parentheses): it declares
     VELTOR_PYTHON_FUNCTIONS(VELTOR_ENTRY)
     VELTOR_PYTHON_OBJECTS(VELTOR_ENTRY)
 #undef VELTOR_ENTRY

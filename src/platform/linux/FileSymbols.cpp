@@ -69,6 +69,7 @@ fs::path pathOfBuildId(const BuildId& id)
 std::pair<fs::path, int> findFile(const ForeignFrame& frame, const std::vector<fs::path>& directories)
 {
     std::vector<fs::path> candidates;
+    candidates.reserve(3 * directories.size() + 1);
     const fs::path name = frame.module.filename();
     for (const fs::path& directory : directories) {
         candidates.push_back(directory / name);

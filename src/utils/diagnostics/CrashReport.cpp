@@ -80,7 +80,7 @@ QString useTemplate(const QString& pathTemplate)
     const QFileInfo target(pathTemplate);
     platform::CrashFilePlan plan;
     if (!pathTemplate.isEmpty()) {
-        if (const QString fault = faultOf(target.fileName()); !fault.isEmpty()) {
+        if (QString fault = faultOf(target.fileName()); !fault.isEmpty()) {
             return fault;
         }
         plan = {toNative(target.absolutePath()), toNative(target.fileName()),

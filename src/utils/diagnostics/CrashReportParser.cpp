@@ -55,7 +55,7 @@ public:
     QByteArray bytes(const char* name)
     {
         const QByteArray digits = text(name).toLatin1();
-        const QByteArray bytes = QByteArray::fromHex(digits.left(maxBuildIdDigits));
+        QByteArray bytes = QByteArray::fromHex(digits.left(maxBuildIdDigits));
         m_good = m_good && bytes.toHex() == digits;
         return bytes;
     }
