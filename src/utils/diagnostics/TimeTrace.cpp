@@ -79,7 +79,7 @@ void addLines(QString& text, const Place& place, int indent, qint64 wholeNs)
                     .arg(name, -nameWidth)
                     .arg(static_cast<double>(inner->totalNs) / 1e6, 12, 'f', 3)
                     .arg(inner->count, 8)
-                    .arg(QString(static_cast<int>(share * barWidth + 0.5), QLatin1Char('#')));
+                    .arg(QString(qRound(share * barWidth), QLatin1Char('#')));
         addLines(text, *inner, indent + 2, wholeNs);
     }
 }

@@ -50,7 +50,7 @@ QString firstFree(const QString& path, const std::function<Attempt(const QString
         // Beside many of the kind the next free number would be far: then any will do.
         const quint32 number =
             i <= NumbersInTurn ? static_cast<quint32>(i) : QRandomGenerator::global()->bounded(1000000u);
-        const QString name = i == 1 ? path : numbered(path, number);
+        QString name = i == 1 ? path : numbered(path, number);
         const Attempt result = attempt(name, reason);
         if (result == Attempt::Done) {
             return name;
