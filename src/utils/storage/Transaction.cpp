@@ -172,7 +172,7 @@ Transaction::Result Transaction::Private::appendToManifest(const QByteArray& byt
         manifestSize += bytes.size();
         return {};
     }
-    const Result failure{Status::Failed, journal.errorString(), 0};
+    Result failure{Status::Failed, journal.errorString(), 0};
     if (!journal.fileResize(manifest, manifestSize)) {
         state = State::Broken; // half a record stands there: nothing may follow it
     }
@@ -185,7 +185,7 @@ Transaction::Result Transaction::Private::openManifest()
     if (manifest != 0) {
         return {};
     }
-    const Result prepared = journal.names().prepare();
+    Result prepared = journal.names().prepare();
     if (!prepared) {
         return prepared;
     }
@@ -195,12 +195,12 @@ Transaction::Result Transaction::Private::openManifest()
 
 Transaction::Result Transaction::Private::note(const Record& record)
 {
-    const Result opened = openManifest();
+    Result opened = openManifest();
     if (!opened) {
         return opened;
     }
     const QByteArray head = manifestSize == 0 ? journal::manifestHead() : QByteArray();
-    const Result written = appendToManifest(head + encodeRecord(record));
+    Result written = appendToManifest(head + encodeRecord(record));
     if (written) {
         static_cast<void>(names.apply(record));
         ++recordCount;
@@ -313,7 +313,7 @@ Transaction::Result Transaction::rollbackTo(const Savepoint& savepoint)
         m_p->state = Private::State::Broken;
         return {Status::Failed, m_p->journal.errorString(), 0};
     }
-    const Result result = m_p->reloadNames();
+    Result result = m_p->reloadNames();
     if (!result) {
         m_p->state = Private::State::Broken;
         return m_p->fail(result);
@@ -392,7 +392,7 @@ Transaction::Result Transaction::commit()
         m_p->state = m_p->journal.isOpen() ? Private::State::Sealed : Private::State::Ended;
         return {Status::Failed, removal.reason, 0};
     }
-    const Result settled = m_p->journal.settled();
+    Result settled = m_p->journal.settled();
     m_p->end();
     return settled;
 }
@@ -405,7 +405,7 @@ Transaction::Result Transaction::rollback()
     m_p->closeFiles(true);
     m_p->state = Private::State::Broken; // also when the progress throws
     m_p->recovery = Recovery();
-    const Result result = m_p->journal.restore(m_p->recovery);
+    Result result = m_p->journal.restore(m_p->recovery);
     m_p->recovery.result = result;
     if (result || result.status == Status::NamesPending) {
         m_p->end();

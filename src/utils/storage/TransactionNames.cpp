@@ -58,7 +58,7 @@ using platform::NameIo;
 using platform::NameStatus;
 using Status = Transaction::Status;
 
-constexpr QLatin1String manifestLeaf("manifest");
+const QLatin1String manifestLeaf("manifest");
 
 NameIo::Path native(const QString& path)
 {
@@ -385,13 +385,13 @@ TransactionNames::Result TransactionNames::clean()
             return character >= QLatin1Char('0') && character <= QLatin1Char('9');
         });
         if (own) {
-            if (const Result result = remove(leaf); !result) {
+            if (Result result = remove(leaf); !result) {
                 return result;
             }
         }
     }
     if (manifest) {
-        if (const Result result = remove(manifestLeaf); !result) {
+        if (Result result = remove(manifestLeaf); !result) {
             return result;
         }
     }

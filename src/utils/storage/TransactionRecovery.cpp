@@ -41,7 +41,7 @@ Transaction::Result Transaction::Private::start()
         }
     }
     bool finished = false;
-    const Result result = journal.names().settle(finished);
+    Result result = journal.names().settle(finished);
     recovery.finishedNames = recovery.finishedNames || finished;
     if (!result) {
         journal.setEnding(TransactionJournal::Ending::Settled);
