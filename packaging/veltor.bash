@@ -14,7 +14,7 @@ _veltor_words()
     fi
     if [[ $last == --* ]]; then
         local complaint
-        complaint=$("$tool" "$command" "$last=?" /dev/null/x 2>&1 </dev/null)
+        complaint=$("$tool" "$command" "$last=/dev/null/?" /dev/null/x 2>&1 </dev/null)
         case $complaint in
             *" takes one of "*)
                 sed -n "s/.* takes one of \(.*\), not '.*/\1/p" <<<"$complaint" | sed "s/''//; s/, */\n/g"

@@ -11,7 +11,7 @@ function __veltor_words
         return
     end
     if string match -q -- '--*' "$typed[-1]"
-        set -l complaint ($tool $command "$typed[-1]=?" /dev/null/x 2>&1 </dev/null)
+        set -l complaint ($tool $command "$typed[-1]=/dev/null/?" /dev/null/x 2>&1 </dev/null)
         if string match -q '* takes one of *' "$complaint"
             printf '%s\n' $complaint | sed -n "s/.* takes one of \(.*\), not '.*/\1/p" | sed "s/''//; s/, */\n/g"
             return
