@@ -70,7 +70,7 @@ QString castExponentialFormat(QString text, const QLocale& locale, bool (*predic
         exponent < -maxExpansion) {
         return text;
     }
-    const QString zero = base::zeroDigit(locale);
+    QString zero = base::zeroDigit(locale);
     const QString negativeSign = base::negativeSign(locale);
     const bool negative = text.startsWith(negativeSign);
     const base::Length first = negative ? negativeSign.size() : 0;
@@ -186,6 +186,7 @@ QString toStringByMode(float x, DigitsAfterPoint mode, int digits)
     return toLocalizedStringByMode(x, mode, digits, neutralLocale());
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature that callers know
 QString separateThousands(QString text, QChar point, QChar separator, int first)
 {
     const base::Length pointIndex = point.isNull() ? -1 : text.indexOf(point);
