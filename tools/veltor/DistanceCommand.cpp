@@ -213,6 +213,7 @@ int runDistance(const QStringList& words)
     const Ellipsoid ellipsoid =
         arguments.isSet("ellipsoid") ? parseEllipsoid(arguments.value("ellipsoid")) : Ellipsoid();
     std::vector<std::string_view> columns;
+    columns.reserve(formulas.size() + 1);
     for (const Formula formula : formulas) {
         columns.push_back(names[formula]);
     }
