@@ -75,6 +75,12 @@ TEST_F(JournalTool, DoesWhatTheTableSays)
     for (QStringList row : readTable("storage/data/tool.txt", '|')) {
         SCOPED_TRACE(row.join(u("|")).toStdString());
         ASSERT_EQ(row.size(), 6);
+#ifdef Q_OS_WIN // where a lock does not tell whose it is, and QFile makes shortcuts
+        if (row[0].trimmed() == u("link")) {
+            continue;
+        }
+        row[4].replace(u("(process {pid})"), u("by another program"));
+#endif
         for (QString& cell : row) {
             cell = cell.trimmed().replace(u("{pid}"), QString::number(QCoreApplication::applicationPid()));
         }

@@ -133,7 +133,7 @@ TEST_F(Others, NamesStayBeneathTheJournalWhenTheyAreToldTo)
                 {"/proc/self/mem", false, false}, {"", false, false}};
     for (const auto& row : rows) {
         const bool link = u(row.name).contains(u("link")) || u(row.name).startsWith(u("folder"));
-        if ((link && noLinks) || (row.name[0] == '/' && !QFileInfo::exists(u("/etc/passwd")))) {
+        if ((link && noLinks) || (row.name[0] == '/' && QDir::rootPath() != u("/"))) {
             continue;
         }
         SCOPED_TRACE(row.name);

@@ -384,9 +384,10 @@ TEST_F(Rollback, ASecuredFileBehavesAsAFileDevice)
     EXPECT_EQ(journal.addFile(QFileInfo(path("b"))), 48u);
     char byte = 0;
     EXPECT_EQ(file.write("x"), -1);
-    EXPECT_EQ(file.error(), QFileDevice::WriteError);
+    const bool windows = QDir::rootPath() != QLatin1String("/"); // where Qt's engine says otherwise
+    EXPECT_EQ(file.error(), windows ? QFileDevice::PermissionsError : QFileDevice::WriteError);
     EXPECT_EQ(file.read(&byte, 1), -1);
-    EXPECT_EQ(file.error(), QFileDevice::ReadError);
+    EXPECT_EQ(file.error(), windows ? QFileDevice::PermissionsError : QFileDevice::ReadError);
     EXPECT_FALSE(file.seek(0));
     EXPECT_EQ(file.error(), QFileDevice::PositionError);
     EXPECT_FALSE(file.resize(0));

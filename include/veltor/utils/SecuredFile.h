@@ -23,7 +23,8 @@ namespace veltor::utils {
 ///   rollback device every operation fails, until the file is opened again.
 ///
 /// Failures are reported as file devices do, by results, error() (after a failed open ResizeError, since the
-/// base sets no other) and errorString(); the log has them too.
+/// base sets no other; on Windows PermissionsError after a failed read or write) and errorString(); the log
+/// has them too.
 ///
 /// Threads: the rollback device's owner thread only.
 class VELTOR_UTILS_EXPORT SecuredFile : public QFileDevice
