@@ -114,7 +114,7 @@ QString GeometryBuilder::number(double value, std::string_view text)
         return {};
     }
     if (m_isGeographic && std::fabs(value) > 90) {
-        const QString fault = checkLatitude(value, text);
+        QString fault = checkLatitude(value, text);
         if (!fault.isEmpty()) {
             return fault;
         }
@@ -182,7 +182,7 @@ QString GeometryBuilder::addTo(MapFeature& feature)
             return Text::tr("у GeometryCollection нет списка geometries");
         }
         for (GeometryBuilder& part : m_parts) {
-            const QString fault = part.addTo(feature);
+            QString fault = part.addTo(feature);
             if (!fault.isEmpty()) {
                 return fault;
             }
