@@ -112,7 +112,7 @@ void Records::addList(const std::vector<Field>& fields, const std::vector<std::s
     for (const Field& field : fields) {
         std::string value;
         appendFixed(value, field.value, field.digits);
-        const std::size_t width = static_cast<std::size_t>(13 + field.digits);
+        const std::size_t width = 13 + static_cast<std::size_t>(field.digits);
         m_text += field.name;
         m_text.append(11 - std::min<std::size_t>(field.name.size(), 10), ' ');
         m_text.append(value.size() < width ? width - value.size() : 0, ' ');
