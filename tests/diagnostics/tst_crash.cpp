@@ -192,7 +192,6 @@ const Scenario scenarios[] = {
          callAddress(reinterpret_cast<std::uintptr_t>(&local));
      },
      SIGSEGV, Both, "callAddress"},
-    {"sink crashes", writeToNowhere, SIGSEGV, Words, "writeToNowhere"},
     {"two threads", writeToNowhere, SIGSEGV, Both, "writeToNowhere"},
 #ifndef Q_OS_WIN
     {"end meanwhile",
@@ -213,6 +212,7 @@ const Scenario scenarios[] = {
 #ifdef __x86_64__
     {"lost stack", loseStack, SIGSEGV, Both, "loseStack"},
 #endif
+    {"sink crashes", writeToNowhere, SIGSEGV, Words, "writeToNowhere"},
     {"sink hangs", writeToNowhere, SIGSEGV, Words, "writeToNowhere"},
     {"call above", [] { callAddress(0x7ffffffff000); }, SIGSEGV, Both, "callAddress"},
     {"overflow", [] { afterCall = fillStack(0); }, SIGSEGV, Both, "fillStack"},
@@ -390,8 +390,12 @@ TEST(CrashFile, TheNewestIsFoundAndWhatElseLiesThereIsLeftAlone)
     EXPECT_FALSE(utils::lastCrash(&error));
     EXPECT_TRUE(error.contains(damaged)) << qPrintable(error);
     ASSERT_TRUE(QFile::remove(damaged));
+#ifndef Q_OS_WIN // where QFile makes shortcuts
     ASSERT_TRUE(QFile::link(first->file, folder.path("100%-2")));
-    EXPECT_EQ(utils::lastCrash()->file, first->file);
+    const auto besideLink = utils::lastCrash(&error);
+    ASSERT_TRUE(besideLink) << qPrintable(error);
+    EXPECT_EQ(besideLink->file, first->file);
+#endif
 
     ASSERT_TRUE(QDir(folder.path()).removeRecursively());
     EXPECT_FALSE(utils::lastCrash(&error));
