@@ -391,7 +391,9 @@ TEST(TransactionKill, AnotherOwnerIsToldAndAfterADeathFindsAllOrNothing)
         const Transaction second = Transaction::begin(world.journal());
         EXPECT_FALSE(second.isActive());
         EXPECT_EQ(second.beginning().status, Status::InUse);
+#ifndef Q_OS_WIN // where a lock does not tell whose it is
         EXPECT_EQ(second.beginning().ownerPid, owner.processId());
+#endif
         EXPECT_EQ(Transaction::recover(world.journal(), {}).result.status, Status::InUse);
         EXPECT_EQ(Transaction::discard(world.journal(), {}).status, Status::InUse);
         EXPECT_EQ(Transaction::nameChanges(world.journal()).size(), 3U);
