@@ -2,7 +2,6 @@
 
 #include "utils/storage/io/JournalFile.h"
 
-#include "platform/FileLock.h"
 #include "utils/storage/Fault.h"
 #include "utils/storage/StorageMessages.h"
 #include "utils/storage/io/DeviceIo.h"
@@ -23,14 +22,14 @@ OpenedJournal refused(Answer answer, const QString& reason)
 }
 
 /// Whoever merely looks at a journal has its lock for an instant, and no name in the system's list.
-platform::LockAnswer lock(int descriptor)
+platform::LockAnswer lock(StorageFile& file)
 {
     constexpr int patience = 20;
-    platform::LockAnswer answer = platform::lockFile(descriptor);
+    platform::LockAnswer answer = file.lock();
     for (int again = 0; again < patience && answer.state == platform::LockState::Busy && answer.owner == 0;
          ++again) {
         QThread::msleep(1);
-        answer = platform::lockFile(descriptor);
+        answer = file.lock();
     }
     return answer;
 }
@@ -82,8 +81,7 @@ OpenedJournal openJournal(const QString& path, JournalOpening opening)
         if (!journal.file) {
             return journal;
         }
-        const int descriptor = journal.file->descriptor();
-        const platform::LockAnswer answer = lock(descriptor);
+        const platform::LockAnswer answer = lock(*journal.file);
         if (answer.state == platform::LockState::Failed) {
             return refused(Answer::Refused,
                            Fault{message::journalNotLocked(path), qt_error_string()}.whole());
@@ -97,7 +95,7 @@ OpenedJournal openJournal(const QString& path, JournalOpening opening)
         if (!platform::names(nativePath(path), journal.file->status().identity)) {
             continue;
         }
-        if (opening.ownOnly && !journal.created && !platform::belongsToUser(descriptor)) {
+        if (opening.ownOnly && !journal.created && !platform::belongsToUser(journal.file->descriptor())) {
             return refused(Answer::Refused, message::journalIsForeign(path));
         }
         return journal;
