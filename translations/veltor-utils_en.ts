@@ -37,6 +37,21 @@
     </message>
 </context>
 <context>
+    <name>DateFormats</name>
+    <message>
+        <source>&apos;%1&apos; может быть и %2, и %3</source>
+        <translation>&apos;%1&apos; may be both %2 and %3</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; — не дата</source>
+        <translation>&apos;%1&apos; is no date</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; — не дата; пример даты: %2</source>
+        <translation>&apos;%1&apos; is no date; a date is, for example, %2</translation>
+    </message>
+</context>
+<context>
     <name>ErrorTracer</name>
     <message>
         <source>Замечания: %1</source>
