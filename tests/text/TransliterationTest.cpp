@@ -57,7 +57,8 @@ TEST(Transliteration, ComesBackFromTheReversibleOnes)
             for (int i = int(random() % 9); i >= 0; --i) {
                 letters += random() % 2 ? any(vowels) : any(consonants);
                 // Signs stand behind consonants; behind a single capital at a word's end their size is lost.
-                if (consonants.contains(letters.at(letters.size() - 1)) && letters.size() > 1 && random() % 4 == 0) {
+                if (consonants.contains(letters.at(letters.size() - 1)) && letters.size() > 1 &&
+                    random() % 4 == 0) {
                     letters += random() % 2 ? u("ь") : u("ъ");
                 }
             }
