@@ -1,9 +1,12 @@
-// Numbers to text, cached expressions and lines, each beside what a caller would use without us.
+// Numbers to text, cached expressions, lines, letters and dates, each beside what a caller would use without
+// us.
 
+#include <veltor/utils/DateFormats.h>
 #include <veltor/utils/LineStream.h>
 #include <veltor/utils/NumberFormat.h>
 #include <veltor/utils/NumberToText.h>
 #include <veltor/utils/RegularExpressionCache.h>
+#include <veltor/utils/Transliteration.h>
 
 #include <QtCore/QTemporaryFile>
 #include <QtCore/QTextStream>
@@ -248,5 +251,75 @@ void Lines_Decoding(benchmark::State& state)
     });
 }
 BENCHMARK(Lines_Decoding)->ArgName("text")->Arg(Latin)->Arg(HalfCyrillic)->Unit(benchmark::kMillisecond);
+
+/// A gazetteer's names.
+QString names()
+{
+    return QStringLiteral("Щёлково, Йошкар-Ола, Объездная улица, ЦЕНТРАЛЬНЫЙ парк, Нижний Новгород\n")
+        .repeated(200);
+}
+
+void Latin_Replaced(benchmark::State& state)
+{
+    static const std::pair<const char16_t*, const char16_t*> letters[] = {
+        {u"щ", u"shh"}, {u"Щ", u"Shh"}, {u"ё", u"yo"}, {u"й", u"j"},  {u"ш", u"sh"},
+        {u"к", u"k"},   {u"а", u"a"},   {u"р", u"r"},  {u"о", u"o"},  {u"л", u"l"},
+        {u"ъ", u"``"},  {u"е", u"e"},   {u"з", u"z"},  {u"д", u"d"},  {u"н", u"n"},
+        {u"я", u"ya"},  {u"у", u"u"},   {u"и", u"i"},  {u"ц", u"cz"}, {u"п", u"p"},
+        {u"ж", u"zh"},  {u"в", u"v"},   {u"г", u"g"},  {u"б", u"b"},  {u"ы", u"y`"}};
+    const QString text = names();
+    for (auto _ : state) {
+        QString latin = text;
+        for (const auto& [cyrillic, letter] : letters) {
+            latin.replace(QString::fromUtf16(cyrillic), QString::fromUtf16(letter));
+        }
+        benchmark::DoNotOptimize(latin);
+    }
+    state.SetItemsProcessed(state.iterations() * text.size());
+}
+BENCHMARK(Latin_Replaced)->Name("letters/chain of QString::replace");
+
+void Latin_Veltor(benchmark::State& state)
+{
+    const QString text = names();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(toLatin(text, LatinStandard::Gost779B));
+    }
+    state.SetItemsProcessed(state.iterations() * text.size());
+}
+BENCHMARK(Latin_Veltor)->Name("letters/toLatin");
+
+void Cyrillic_Veltor(benchmark::State& state)
+{
+    const QString text = toLatin(names(), LatinStandard::Gost779B);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(toCyrillic(text, LatinStandard::Gost779B));
+    }
+    state.SetItemsProcessed(state.iterations() * text.size());
+}
+BENCHMARK(Cyrillic_Veltor)->Name("letters/toCyrillic");
+
+void Date_Qt(benchmark::State& state)
+{
+    const QLocale locale(QLocale::Russian);
+    const QString text = QStringLiteral("3 апреля 2024 г.");
+    const QStringList formats = DateFormats::ofLocale(locale).formats();
+    for (auto _ : state) {
+        for (const QString& format : formats) {
+            benchmark::DoNotOptimize(locale.toDate(text, format));
+        }
+    }
+}
+BENCHMARK(Date_Qt)->Name("date/QLocale::toDate by each format");
+
+void Date_Veltor(benchmark::State& state)
+{
+    const DateFormats formats = DateFormats::ofLocale(QLocale(QLocale::Russian));
+    const QString text = QStringLiteral("3 апреля 2024 г.");
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(formats.read(text));
+    }
+}
+BENCHMARK(Date_Veltor)->Name("date/DateFormats");
 
 } // namespace

@@ -37,6 +37,77 @@
     </message>
 </context>
 <context>
+    <name>DateFormats</name>
+    <message>
+        <source>&apos;%1&apos; может быть и %2, и %3</source>
+        <translation>&apos;%1&apos; may be both %2 and %3</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; — не дата</source>
+        <translation>&apos;%1&apos; is no date</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; — не дата; пример даты: %2</source>
+        <translation>&apos;%1&apos; is no date; a date is, for example, %2</translation>
+    </message>
+</context>
+<context>
+    <name>ErrorTracer</name>
+    <message>
+        <source>Замечания: %1</source>
+        <translation>Notes: %1</translation>
+    </message>
+    <message>
+        <source>Предупреждения: %1</source>
+        <translation>Warnings: %1</translation>
+    </message>
+    <message>
+        <source>Ошибки: %1</source>
+        <translation>Errors: %1</translation>
+    </message>
+    <message>
+        <source>Прервало работу: %1</source>
+        <translation>Ended the work: %1</translation>
+    </message>
+    <message>
+        <source>Что пошло не так</source>
+        <translation>What went wrong</translation>
+    </message>
+    <message>
+        <source>причина:</source>
+        <translation>cause:</translation>
+    </message>
+    <message>
+        <source>и ещё %1</source>
+        <translation>and %1 more</translation>
+    </message>
+    <message>
+        <source>и ещё %1, которые не показаны</source>
+        <translation>and %1 more that are not shown</translation>
+    </message>
+    <message>
+        <source>ru</source>
+        <extracomment>The language of these texts, as the attribute lang of HTML has it</extracomment>
+        <translation>en</translation>
+    </message>
+    <message>
+        <source>Ошибок нет.</source>
+        <translation>No errors.</translation>
+    </message>
+    <message>
+        <source>Неизвестная ошибка</source>
+        <translation>Unknown error</translation>
+    </message>
+    <message>
+        <source>Ошибка без описания</source>
+        <translation>Error without a description</translation>
+    </message>
+    <message>
+        <source>строка %1</source>
+        <translation>line %1</translation>
+    </message>
+</context>
+<context>
     <name>GroupTask</name>
     <message>
         <source>неизвестная ошибка</source>
@@ -1152,6 +1223,22 @@ discard keeps the new contents and removes the journal.</translation>
     <message>
         <source>дыры больше многоугольника; его площадь взята за 0</source>
         <translation>the holes are larger than the polygon, whose area is taken for 0</translation>
+    </message>
+    <message>
+        <source>Измерение: %1</source>
+        <translation>Measuring %1</translation>
+    </message>
+    <message>
+        <source>ФАЙЛ.html</source>
+        <translation>FILE.html</translation>
+    </message>
+    <message>
+        <source>куда записать страницу о том, что не измерено и почему</source>
+        <translation>where to write a page about what was not measured and why</translation>
+    </message>
+    <message>
+        <source>%1: этот файл читается</source>
+        <translation>%1: this file is being read</translation>
     </message>
 </context>
 <context>
