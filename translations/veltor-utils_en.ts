@@ -1177,6 +1177,45 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
 </context>
 <context>
+    <name>veltor::utils::ItemModelExport</name>
+    <message>
+        <source>в таблице нет столбца %1</source>
+        <translation>the table has no column %1</translation>
+    </message>
+    <message>
+        <source>Таблица</source>
+        <translation>Table</translation>
+    </message>
+    <message>
+        <source>таблица изменилась во время записи</source>
+        <translation>the table changed while it was being written</translation>
+    </message>
+    <message>
+        <source>источник таблицы не передал всех строк</source>
+        <translation>the source of the table did not deliver all rows</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; не открыт для записи</source>
+        <translation>&apos;%1&apos; is not open for writing</translation>
+    </message>
+    <message>
+        <source>Не удалось записать &apos;%1&apos;: %2</source>
+        <translation>Could not write &apos;%1&apos;: %2</translation>
+    </message>
+    <message>
+        <source>Уровень</source>
+        <translation>Level</translation>
+    </message>
+    <message>
+        <source>разделитель и кавычка CSV не годятся вместе</source>
+        <translation>the delimiter and the quote of the CSV do not go together</translation>
+    </message>
+    <message>
+        <source>недопустимый конец строки CSV</source>
+        <translation>the line end of the CSV is not a valid one</translation>
+    </message>
+</context>
+<context>
     <name>veltor::utils::SecuredFile</name>
     <message>
         <source>Ошибка перехода к смещению %0 (размер файла отката %1, %2)</source>

@@ -36,12 +36,13 @@ QString dateText(const Value& value, const QLocale& locale, bool neutral)
 
 } // namespace
 
-CellText::CellText(const ItemModelRules& rules, bool plain)
+CellText::CellText(const ItemModelRules& rules, bool isData)
     : m_rules(rules)
     , m_locale(rules.numberFormat ? rules.numberFormat->locale() : rules.locale)
+    , m_isData(isData)
     , m_isNeutral(rules.locale.language() == QLocale::C)
 {
-    if (plain) {
+    if (isData) {
         m_locale.setNumberOptions(m_locale.numberOptions() | QLocale::OmitGroupSeparator);
     }
 }
@@ -72,6 +73,9 @@ QString CellText::fraction(double value) const
 {
     if (m_rules.numberFormat) {
         return m_rules.numberFormat->toString(value);
+    }
+    if (!m_isData) {
+        return toLocalizedString(value, m_locale);
     }
     const double size = std::fabs(value);
     const bool written = size == 0.0 || (size >= smallestPlain && size < largestPlain);

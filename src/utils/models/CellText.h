@@ -9,8 +9,8 @@ class CellText
 {
 public:
     /// @param rules  which the object refers to
-    /// @param plain  numbers without group separators
-    CellText(const ItemModelRules& rules, bool plain);
+    /// @param isData  numbers are to be read back: with all their digits, and without group separators
+    CellText(const ItemModelRules& rules, bool isData);
 
     struct Result
     {
@@ -32,6 +32,7 @@ private:
 
     const ItemModelRules& m_rules;
     QLocale m_locale;
+    const bool m_isData;
     bool m_isNeutral; ///< the C locale is meant: dates have their ISO form
     qint64 m_untold = 0;
 };

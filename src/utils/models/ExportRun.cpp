@@ -14,11 +14,11 @@ constexpr std::size_t fieldsPerReport = 1024;
 } // namespace
 
 ExportRun::ExportRun(QAbstractItemModel& model, QIODevice& device, QTextCodec& codec,
-                     const ItemModelRules& rules, bool plainNumbers)
+                     const ItemModelRules& rules, bool isData)
     : m_model(model)
     , m_rules(rules)
     , m_walk(model, rules)
-    , m_cells(rules, plainNumbers)
+    , m_cells(rules, isData)
     , m_output(device, codec)
 {
     m_report.error = m_output.error();

@@ -13,9 +13,9 @@ namespace veltor::utils {
 class ExportRun
 {
 public:
-    /// @param plainNumbers  without group separators
+    /// @param isData  see CellText
     ExportRun(QAbstractItemModel& model, QIODevice& device, QTextCodec& codec, const ItemModelRules& rules,
-              bool plainNumbers);
+              bool isData);
 
     /// Goes to the next row. False at the end, after an error, and when no more is wanted.
     bool next();

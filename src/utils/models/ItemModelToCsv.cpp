@@ -14,8 +14,6 @@
 namespace veltor::utils {
 namespace {
 
-constexpr char context[] = "veltor::utils::ItemModelExport";
-
 /// Begins a formula for some spreadsheet, the wide forms for those of East Asia.
 bool beginsFormula(const QString& text)
 {
@@ -109,7 +107,7 @@ void CsvWriter::endLine()
 void CsvWriter::header()
 {
     if (m_levels) {
-        field(QCoreApplication::translate(context, "Уровень"), false);
+        field(QCoreApplication::translate("veltor::utils::ItemModelExport", "Уровень"), false);
     }
     if (m_rules.rowHeaders) {
         field(QString(), false);
@@ -159,10 +157,11 @@ QString faultOf(const CsvRules& rules)
     if (rules.delimiter.isNull() || rules.quote.isNull() || rules.delimiter == rules.quote ||
         rules.delimiter.isSurrogate() || rules.quote.isSurrogate() || breaks.contains(rules.delimiter) ||
         breaks.contains(rules.quote)) {
-        return QCoreApplication::translate(context, "разделитель и кавычка CSV не годятся вместе");
+        return QCoreApplication::translate("veltor::utils::ItemModelExport",
+                                           "разделитель и кавычка CSV не годятся вместе");
     }
     if (rules.lineEnd != "\r\n" && rules.lineEnd != "\n" && rules.lineEnd != "\r") {
-        return QCoreApplication::translate(context, "недопустимый конец строки CSV");
+        return QCoreApplication::translate("veltor::utils::ItemModelExport", "недопустимый конец строки CSV");
     }
     return {};
 }
