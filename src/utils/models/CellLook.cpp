@@ -131,12 +131,6 @@ QString colorVariables(const Color& ink, const Color& ground)
     return QStringLiteral("--ink:%1;--ground:%2;").arg(ink.css(), ground.css());
 }
 
-QString attribute(const char* name, const QString& value)
-{
-    return value.isEmpty() ? QString()
-                           : QStringLiteral(" %1=\"%2\"").arg(QLatin1String(name), value.toHtmlEscaped());
-}
-
 } // namespace
 
 CellLooks::CellLooks()
@@ -205,8 +199,18 @@ QString CellLooks::attributes(const QVariant& foreground, const QVariant& backgr
         const QString fontText = font.userType() == QMetaType::QFont ? font.toString() : QString();
         mark = markOf(colorText(foreground), colorText(background), fontText);
     }
-    const QString blank = classes.isEmpty() || mark.className.isEmpty() ? QString() : QStringLiteral(" ");
-    return attribute("class", classes + blank + mark.className) + attribute("style", mark.style);
+    QString text;
+    if (!classes.isEmpty() || !mark.className.isEmpty()) {
+        text = QLatin1String(" class=\"") + classes;
+        if (!classes.isEmpty() && !mark.className.isEmpty()) {
+            text += QLatin1Char(' ');
+        }
+        text += mark.className + QLatin1Char('"');
+    }
+    if (!mark.style.isEmpty()) {
+        text += QLatin1String(" style=\"") + mark.style.toHtmlEscaped() + QLatin1Char('"');
+    }
+    return text;
 }
 
 QString CellLooks::closeSheet()

@@ -6,6 +6,15 @@
 namespace veltor::utils {
 namespace {
 
+/// What stands in a document as it is, and is most of every text.
+bool isPlain(ushort code)
+{
+    if (code < 0x80) {
+        return code >= 0x20 && code != '&' && code != '<' && code != '>' && code != '"' && code != 0x7f;
+    }
+    return code >= 0xa0 && code < 0xd800 && code != 0x2028 && code != 0x2029;
+}
+
 /// Whether a unit may stand in a document; of a surrogate, with its neighbours in sight.
 bool mayStand(const QString& text, decltype(text.size()) at)
 {
@@ -25,7 +34,16 @@ bool mayStand(const QString& text, decltype(text.size()) at)
 
 void appendEscaped(QString& html, const QString& text)
 {
-    for (decltype(text.size()) i = 0; i < text.size(); ++i) {
+    const auto end = text.size();
+    for (decltype(text.size()) i = 0; i < end; ++i) {
+        const auto run = i;
+        while (i < end && isPlain(text.at(i).unicode())) {
+            ++i;
+        }
+        html.append(text.constData() + run, i - run);
+        if (i == end) {
+            return;
+        }
         const QChar c = text.at(i);
         switch (c.unicode()) {
         case '&':
@@ -42,8 +60,9 @@ void appendEscaped(QString& html, const QString& text)
             break;
         case '\r':
             // A break however it is written; the one of two signs is written by the second.
-            html += i + 1 < text.size() && text.at(i + 1) == QLatin1Char('\n') ? QLatin1String("")
-                                                                               : QLatin1String("\n");
+            if (i + 1 == end || text.at(i + 1) != QLatin1Char('\n')) {
+                html += QLatin1Char('\n');
+            }
             break;
         case 0x2028:
         case 0x2029:
