@@ -1481,6 +1481,10 @@ discard keeps the new contents and removes the journal.</translation>
         <source>Файл не разрешен правилом имен</source>
         <translation>The name rule does not accept the file</translation>
     </message>
+    <message>
+        <source>Файл отката &apos;%0&apos; занят другой программой: %1</source>
+        <translation>The rollback file &apos;%0&apos; is in use by another program: %1</translation>
+    </message>
 </context>
 <context>
     <name>veltor::utils::Transaction</name>
