@@ -1153,6 +1153,10 @@ discard keeps the new contents and removes the journal.</translation>
         <source>дыры больше многоугольника; его площадь взята за 0</source>
         <translation>the holes are larger than the polygon, whose area is taken for 0</translation>
     </message>
+    <message>
+        <source>никто из тех, кого видно, не использует</source>
+        <translation>nobody that can be seen uses it</translation>
+    </message>
 </context>
 <context>
     <name>veltor::concurrent::ProgressHandler</name>
