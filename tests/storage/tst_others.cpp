@@ -65,6 +65,8 @@ TEST_F(Others, AJournalHasOneOwner)
         EXPECT_EQ(second.state(), JournalState::InUse);
 #ifdef Q_OS_LINUX
         EXPECT_EQ(second.ownerPid(), owner.processId());
+        EXPECT_TRUE(second.errorString().contains(
+            u(": tst_storage (процесс %1, пользователь ").arg(owner.processId())));
 #endif
         EXPECT_TRUE(second.errorString().contains(path("journal")));
     };

@@ -3,6 +3,7 @@
 #include <veltor/utils/RollbackFile.h>
 
 #include "platform/FileLock.h"
+#include "utils/files/LockHolders.h"
 #include "utils/storage/RollbackDevicePrivate.h"
 #include "utils/storage/StorageMessages.h"
 #include "utils/storage/io/JournalFile.h"
@@ -160,7 +161,7 @@ JournalView RollbackFile::inspect(const QFileInfo& journal)
     if (lock.state == platform::LockState::Busy) {
         view.state = JournalState::InUse;
         view.ownerPid = lock.owner;
-        view.reason = message::journalInUse(path, lock.owner);
+        view.reason = message::journalInUse(path, lockHolderNames(file->descriptor()), lock.owner);
     }
     return view;
 }

@@ -265,8 +265,11 @@ QString journalStillEffective(const QString& name)
     return Text::tr("Файл отката '%0' остался в силе: его не удалось ни удалить, ни очистить").arg(name);
 }
 
-QString journalInUse(const QString& name, qint64 ownerPid)
+QString journalInUse(const QString& name, const QString& holder, qint64 ownerPid)
 {
+    if (!holder.isEmpty()) {
+        return Text::tr("Файл отката '%0' занят другой программой: %1").arg(name, holder);
+    }
     return ownerPid != 0
                ? Text::tr("Файл отката '%0' занят другой программой (процесс %1)").arg(name).arg(ownerPid)
                : Text::tr("Файл отката '%0' занят другой программой").arg(name);

@@ -58,7 +58,7 @@ QString journalSizeUnknown();
 QString journalResizeFailed(quint64 size);
 QString journalNotRemoved(const QString& name);
 QString journalStillEffective(const QString& name);
-QString journalInUse(const QString& name, qint64 ownerPid); // 0: unknown
+QString journalInUse(const QString& name, const QString& holder, qint64 ownerPid); // empty, 0: unknown
 QString journalNotLocked(const QString& name);
 QString journalNeedsRecovery(const QString& name);
 QString journalIsForeign(const QString& name);

@@ -2,6 +2,7 @@
 
 #include "utils/storage/io/JournalFile.h"
 
+#include "utils/files/LockHolders.h"
 #include "utils/storage/Fault.h"
 #include "utils/storage/StorageMessages.h"
 #include "utils/storage/io/DeviceIo.h"
@@ -87,7 +88,8 @@ OpenedJournal openJournal(const QString& path, JournalOpening opening)
                            Fault{message::journalNotLocked(path), qt_error_string()}.whole());
         }
         if (answer.state == platform::LockState::Busy) {
-            OpenedJournal busy = refused(Answer::InUse, message::journalInUse(path, answer.owner));
+            OpenedJournal busy = refused(
+                Answer::InUse, message::journalInUse(path, lockHolderNames(descriptor), answer.owner));
             busy.ownerPid = answer.owner;
             return busy;
         }
