@@ -61,9 +61,9 @@ private:
     {
         return planned([&] { return NameIo::createFolder(folder, name); });
     }
-    int move(const Path& folder, const Path& from, const Path& to, bool replace) override
+    int move(const Path& folder, const Path& from, const Path& to, bool replace, bool through) override
     {
-        return planned([&] { return NameIo::move(folder, from, to, replace); });
+        return planned([&] { return NameIo::move(folder, from, to, replace, through); });
     }
     int removeFile(const Path& folder, const Path& name) override
     {
