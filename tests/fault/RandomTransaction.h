@@ -61,8 +61,11 @@ private:
 class RandomTransaction
 {
 public:
-    RandomTransaction(const World& world, unsigned seed, const utils::Transaction::Options& options = {})
+    /// @param names  it makes, removes and renames files too
+    RandomTransaction(const World& world, unsigned seed, const utils::Transaction::Options& options = {},
+                      bool names = true)
         : m_world(world)
+        , m_names(names)
         , m_random(seed)
         , m_model(World::originals())
         , m_transaction(utils::Transaction::begin(world.journal(), options))
@@ -147,7 +150,7 @@ private:
     bool doStep()
     {
         const QString name = anyName();
-        switch (below(8)) {
+        switch (m_names ? below(8) : 4 + below(4)) {
         case 0: {
             const bool isFree = m_model.count(name) == 0;
             if (!agree(isFree, m_transaction.create(m_world.path(name)))) {
@@ -177,6 +180,7 @@ private:
     }
 
     const World& m_world;
+    const bool m_names;
     std::mt19937 m_random;
     Files m_model;
     std::vector<std::pair<utils::Transaction::Savepoint, Files>> m_points;
