@@ -1153,6 +1153,10 @@ discard keeps the new contents and removes the journal.</translation>
         <source>дыры больше многоугольника; его площадь взята за 0</source>
         <translation>the holes are larger than the polygon, whose area is taken for 0</translation>
     </message>
+    <message>
+        <source>rollback, repair: журнал записан с расчётом на потерю питания</source>
+        <translation>rollback, repair: the journal was written to survive a loss of power</translation>
+    </message>
 </context>
 <context>
     <name>veltor::concurrent::ProgressHandler</name>
@@ -1442,6 +1446,18 @@ discard keeps the new contents and removes the journal.</translation>
         <source>Файл не разрешен правилом имен</source>
         <translation>The name rule does not accept the file</translation>
     </message>
+    <message>
+        <source>Система не подтвердила запись файла &apos;%0&apos; на диск</source>
+        <translation>The system has not confirmed that the file &apos;%0&apos; is on the disk</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись имен в папке &apos;%0&apos; на диск</source>
+        <translation>The system has not confirmed that the names in the folder &apos;%0&apos; are on the disk</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись файла отката на диск</source>
+        <translation>The system has not confirmed that the rollback file is on the disk</translation>
+    </message>
 </context>
 <context>
     <name>veltor::utils::Transaction</name>
@@ -1536,6 +1552,10 @@ discard keeps the new contents and removes the journal.</translation>
     <message>
         <source>&apos;%0&apos; не является папкой транзакции</source>
         <translation>&apos;%0&apos; is not a transaction&apos;s folder</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись &apos;%0&apos; на диск: %1</source>
+        <translation>The system has not confirmed that &apos;%0&apos; is on the disk: %1</translation>
     </message>
 </context>
 </TS>
