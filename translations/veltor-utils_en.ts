@@ -1244,6 +1244,10 @@ discard keeps the new contents and removes the journal.</translation>
         <source>никто из тех, кого видно, не использует</source>
         <translation>nobody that can be seen uses it</translation>
     </message>
+    <message>
+        <source>rollback, repair: журнал записан с расчётом на потерю питания</source>
+        <translation>rollback, repair: the journal was written to survive a loss of power</translation>
+    </message>
 </context>
 <context>
     <name>veltor::concurrent::ProgressHandler</name>
@@ -1299,11 +1303,11 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>&apos;%1&apos; не открыт для записи</source>
-        <translation>'%1' is not open for writing</translation>
+        <translation>&apos;%1&apos; is not open for writing</translation>
     </message>
     <message>
         <source>Не удалось записать &apos;%1&apos;: %2</source>
-        <translation>Could not write '%1': %2</translation>
+        <translation>Could not write &apos;%1&apos;: %2</translation>
     </message>
 </context>
 <context>
@@ -1574,7 +1578,19 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>Файл отката &apos;%0&apos; занят другой программой: %1</source>
-        <translation>The rollback file '%0' is in use by another program: %1</translation>
+        <translation>The rollback file &apos;%0&apos; is in use by another program: %1</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись файла &apos;%0&apos; на диск</source>
+        <translation>The system has not confirmed that the file '%0' is on the disk</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись имен в папке &apos;%0&apos; на диск</source>
+        <translation>The system has not confirmed that the names in the folder '%0' are on the disk</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись файла отката на диск</source>
+        <translation>The system has not confirmed that the rollback file is on the disk</translation>
     </message>
 </context>
 <context>
@@ -1670,6 +1686,10 @@ discard keeps the new contents and removes the journal.</translation>
     <message>
         <source>&apos;%0&apos; не является папкой транзакции</source>
         <translation>&apos;%0&apos; is not a transaction&apos;s folder</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись &apos;%0&apos; на диск: %1</source>
+        <translation>The system has not confirmed that '%0' is on the disk: %1</translation>
     </message>
 </context>
 </TS>

@@ -371,6 +371,21 @@ QString notRegular()
     return Text::tr("Это не обычный файл");
 }
 
+QString fileNotSynced(const QString& name)
+{
+    return Text::tr("Система не подтвердила запись файла '%0' на диск").arg(name);
+}
+
+QString folderNotSynced(const QString& path)
+{
+    return Text::tr("Система не подтвердила запись имен в папке '%0' на диск").arg(path);
+}
+
+QString journalNotSynced()
+{
+    return Text::tr("Система не подтвердила запись файла отката на диск");
+}
+
 QString isLink()
 {
     return Text::tr("Имя является символической ссылкой или ведет через нее");

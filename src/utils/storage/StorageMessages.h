@@ -73,6 +73,9 @@ QString fileReadFailed(const QString& name, quint64 offset, quint64 expected, qu
 QString fileWriteFailed(const QString& name, quint64 offset);
 QString fileResizeFailed(const QString& name, quint64 size);
 QString fileFlushFailed(const QString& name);
+QString fileNotSynced(const QString& name);
+QString folderNotSynced(const QString& path);
+QString journalNotSynced();
 QString fileLengthUnexplained(const QString& name, quint64 size);
 QString keyOutdated();
 QString savepointGone();

@@ -105,12 +105,13 @@ OpenedJournal openJournal(const QString& path, JournalOpening opening)
     return refused(Answer::Refused, message::fileReplaced(path));
 }
 
-JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByteArray& empty)
+JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByteArray& empty, bool sync)
 {
     const platform::NativePath native = nativePath(path);
     bool emptied = false;
     bool ours = true;
     bool otherNames = false;
+    bool synced = true;
     QString reason;
     if (device && device->isOpen()) {
         const DeviceIo io(*device);
@@ -119,6 +120,10 @@ JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByte
         if (const auto status = io.status()) {
             ours = platform::names(native, status->identity);
             otherNames = status->names > 1;
+        }
+        if (sync && emptied && otherNames) {
+            synced = io.sync();
+            reason = io.reason();
         }
         if (!platform::RemovesOpenFiles) {
             device->close();
@@ -130,15 +135,20 @@ JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByte
         const auto left = StorageFile::open(path, {true, false, true});
         emptied = (left->isOpen() && DeviceIo(*left).resize(0)) || emptied;
         if (emptied && left->isOpen()) {
-            static_cast<void>(DeviceIo(*left).writeAt(0, empty.constData(), empty.size()));
+            const DeviceIo io(*left);
+            static_cast<void>(io.writeAt(0, empty.constData(), empty.size()));
+            synced = !sync || io.sync();
         }
         reason = qt_error_string(error);
     }
     JournalRemoval removal;
     removal.removed = removed;
+    removal.synced = synced;
     removal.effective = !emptied && (!removed || otherNames);
     if (removal.effective) {
         removal.reason = Fault{message::journalStillEffective(path), reason}.whole();
+    } else if (!synced) {
+        removal.reason = Fault{message::fileNotSynced(path), reason}.whole();
     } else if (!removed) {
         removal.reason = Fault{message::journalNotRemoved(path), reason}.whole();
     }
