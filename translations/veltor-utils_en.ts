@@ -1582,11 +1582,11 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>Система не подтвердила запись файла &apos;%0&apos; на диск</source>
-        <translation>The system has not confirmed that the file '%0' is on the disk</translation>
+        <translation>The system has not confirmed that the file &apos;%0&apos; is on the disk</translation>
     </message>
     <message>
         <source>Система не подтвердила запись имен в папке &apos;%0&apos; на диск</source>
-        <translation>The system has not confirmed that the names in the folder '%0' are on the disk</translation>
+        <translation>The system has not confirmed that the names in the folder &apos;%0&apos; are on the disk</translation>
     </message>
     <message>
         <source>Система не подтвердила запись файла отката на диск</source>
@@ -1689,7 +1689,7 @@ discard keeps the new contents and removes the journal.</translation>
     </message>
     <message>
         <source>Система не подтвердила запись &apos;%0&apos; на диск: %1</source>
-        <translation>The system has not confirmed that '%0' is on the disk: %1</translation>
+        <translation>The system has not confirmed that &apos;%0&apos; is on the disk: %1</translation>
     </message>
 </context>
 </TS>
