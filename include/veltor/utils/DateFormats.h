@@ -43,9 +43,10 @@ struct DateReading
 /// | `dd`, `MM` | two digits |
 /// | `yy` | two digits: the year of the hundred from firstYear on |
 /// | `yyyy` | four digits |
-/// | `MMM`, `MMMM` | a month's short or long name in the locale, in either of its cases; a dot behind a short
-/// one may be missing | | `ddd`, `dddd` | a weekday's short or long name, which must be that of the date | |
-/// blanks | any run of blanks, no-break ones included | | all else, `'quoted'` | itself |
+/// | `MMM`, `MMMM` | a month's short or long name in the locale, in either case; its dot may be missing |
+/// | `ddd`, `dddd` | a weekday's short or long name, which must be that of the date |
+/// | blanks | any run of blanks, no-break ones included |
+/// | all else, `'quoted'` | itself |
 ///
 /// Upper and lower case are the same, blanks around a text do not count, nor do marks of the writing
 /// direction. Dates are those of the Gregorian calendar from year 1 to 9999.
