@@ -34,6 +34,7 @@ class Page:
         return self.reference(target, anchor, match["text"])
 
     def reference(self, target, anchor, text):
+        text = text.replace("`", "")  # which a reference would show
         if target.is_dir() and (target / "README.md") in pages.pages():
             target = target / "README.md"
         if target in pages.pages() or target == pages.ROOT / "README.md":
@@ -47,7 +48,7 @@ class Page:
         if target.suffix == ".h" and (pages.ROOT / "include") in target.parents:
             name = pages.header_target(target)
             return f"[{text}](@ref {name})" if name else text
-        return self.example(target) and f'<a href="{self.example(target)}">{text.replace("`", "")}</a>' or text
+        return f'<a href="{self.example(target)}">{text}</a>' if self.example(target) else text
 
     @staticmethod
     def example(target):
@@ -71,7 +72,7 @@ class Page:
         if not target:
             return whole
         self.named.add(code)
-        return f"[{whole}](@ref {target})"
+        return f"<tt>[{code}](@ref {target})</tt>"
 
     def prose(self, text):
         """A piece of the page without fenced code."""
@@ -83,7 +84,7 @@ class Page:
         self.named = set()
         self.heading = words.replace("`", "")
         if len(marks) > 1 and self.file.name == "README.md":
-            return f"{marks} {self.heading}"  # the navigation is to show the pages of an index alone
+            return f"<h2>{self.heading}</h2>"  # the navigation is to show the pages of an index alone
         if len(marks) > 1:
             return f"{marks} {self.heading} {{#{self.name}_{pages.slug(words)}}}"
         name = "mainpage" if self.name == "index" else self.name

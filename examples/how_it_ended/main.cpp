@@ -1,5 +1,4 @@
-// Three pieces of work, of which one succeeds, one fails and one is cancelled: how each end is told, to whoever waits
-// for a result and to whoever watches.
+// One piece of work succeeds, one fails, one is cancelled: how that is told to who waits and to who watches.
 
 #include <veltor/concurrent/CancellationToken.h>
 #include <veltor/concurrent/NestedScope.h>

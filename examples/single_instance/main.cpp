@@ -1,9 +1,9 @@
-// Runs a command unless another copy of this program does so under the same name, for any user of the machine.
+// Runs a command unless another copy of this program, of whatever user, does so under the same name.
 //
 //     single_instance [--die] NAME COMMAND [ARGUMENT...]
 //
-// Ends with the command's exit code, 75 when another copy is running, 3 when that cannot be told. With --die it ends
-// without letting go, as a crash would.
+// Ends with the command's exit code, 75 when another copy is running, 3 when that cannot be told. With --die
+// it ends without letting go, as a crash would.
 
 #include <veltor/utils/NamedMutex.h>
 #include <veltor/utils/Translation.h>
