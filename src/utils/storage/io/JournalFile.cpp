@@ -89,7 +89,8 @@ OpenedJournal openJournal(const QString& path, JournalOpening opening)
         }
         if (answer.state == platform::LockState::Busy) {
             OpenedJournal busy = refused(
-                Answer::InUse, message::journalInUse(path, lockHolderNames(descriptor), answer.owner));
+                Answer::InUse,
+                message::journalInUse(path, lockHolderNames(journal.file->descriptor()), answer.owner));
             busy.ownerPid = answer.owner;
             return busy;
         }
