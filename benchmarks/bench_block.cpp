@@ -53,7 +53,12 @@ std::vector<std::uint32_t> numbers(std::uint32_t bound)
     return result;
 }
 
-enum class Hit { LookUp, LookUpAndTouch, TouchAlone };
+enum class Hit
+{
+    LookUp,
+    LookUpAndTouch,
+    TouchAlone
+};
 
 /// A block that is mapped already, anywhere among as many as the argument says: what finding it costs, what
 /// touching its memory costs, and both.
@@ -76,7 +81,8 @@ void blockHit(benchmark::State& state)
     std::size_t at = 0;
     for ([[maybe_unused]] auto _ : state) {
         const std::uint32_t index = order[at++ % order.size()];
-        const volatile unsigned char* const bytes = What == Hit::TouchAlone ? blocks[index] : file.block(index);
+        const volatile unsigned char* const bytes =
+            What == Hit::TouchAlone ? blocks[index] : file.block(index);
         benchmark::DoNotOptimize(What == Hit::LookUp ? bytes : bytes + *bytes);
     }
 }
