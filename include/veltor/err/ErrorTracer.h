@@ -74,14 +74,15 @@ public:
     /// Equal errors.
     struct Entry
     {
-        ErrorSeverity severity = ErrorSeverity::Error;
-        QString text;                     ///< what went wrong
-        QStringList causes;               ///< why, each the cause of the one before
-        quint64 count = 0;                ///< how often
-        std::vector<ErrorSource> sources; ///< the first ones, in the order in which they came
-        quint64 moreSources = 0;          ///< how many sources are not among them
+        ErrorSeverity severity = ErrorSeverity::Error; ///< how bad
+        QString text;                                  ///< what went wrong
+        QStringList causes;                            ///< why, each the cause of the one before
+        quint64 count = 0;                             ///< how often
+        std::vector<ErrorSource> sources;              ///< the first ones, in the order in which they came
+        quint64 moreSources = 0;                       ///< how many sources are not among them
     };
 
+    /// Keeps what Limits says by itself.
     ErrorTracer();
     /// @param limits  how much is kept
     explicit ErrorTracer(const Limits& limits);

@@ -18,8 +18,8 @@ namespace veltor::utils {
 /// there. It lives while the handler runs.
 struct AnyValue
 {
-    const std::any* any = nullptr;
-    const QVariant* variant = nullptr;
+    const std::any* any = nullptr;     ///< null when it came as a QVariant
+    const QVariant* variant = nullptr; ///< null when it came as a std::any
 };
 
 /// Calls the handler for the type that a value has, a std::any or a QVariant.
@@ -57,6 +57,7 @@ public:
     public:
         /// Of no handler.
         Token() noexcept;
+        /// Takes the handler over.
         Token(Token&& other) noexcept;
         /// Lets its own handler leave first.
         Token& operator=(Token&& other) noexcept;
@@ -93,7 +94,7 @@ public:
     /// What became of a value. A plain value.
     struct Result
     {
-        By by = By::Nobody;
+        By by = By::Nobody; ///< which handlers took it
         /// The type for which the handler was registered; that of void for By::Nobody and By::Other.
         std::type_index type = typeid(void);
 
@@ -101,6 +102,7 @@ public:
         explicit operator bool() const noexcept { return by != By::Nobody; }
     };
 
+    /// Without handlers.
     AnyHandlerDispatcher();
     /// Handlers leave; tokens that are left do nothing.
     ~AnyHandlerDispatcher();
