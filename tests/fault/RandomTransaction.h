@@ -17,7 +17,6 @@
 
 namespace veltor::test {
 
-
 /// A folder with files and a journal.
 class World
 {

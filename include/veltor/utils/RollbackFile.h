@@ -39,9 +39,9 @@ struct JournalView
 /// damage as ever.
 ///
 /// What is promised with Durable and Careful, by a disk that does what it confirms and loses or tears nothing
-/// smaller than 512 bytes: after a loss of power at any point, recovery included, the next recovery puts every
-/// file back, or finds the transaction's end, or refuses; it never makes a mixture. A commit that has succeeded
-/// stays. Files that were not made by the transaction must have been on the disk before.
+/// smaller than 512 bytes: after a loss of power at any point, recovery included, the next recovery puts
+/// every file back, or finds the transaction's end, or refuses; it never makes a mixture. A commit that has
+/// succeeded stays. Files that were not made by the transaction must have been on the disk before.
 ///
 /// A disk, a controller or a virtual machine that confirms what it only holds in memory breaks this. On
 /// Windows files are flushed by FlushFileBuffers() and renamed with write-through; whether the names in a

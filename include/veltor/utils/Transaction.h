@@ -37,8 +37,9 @@ namespace veltor::utils {
 /// roll it back; the next begin() then cleans up.
 ///
 /// Promise and limits are those of RollbackDevice: the death of the process is survived at any point, that of
-/// the operating system too if Options::durability asks for it. Other programs that write the same files without a transaction are not held
-/// off. Failures are told by the results, with the file and the system's words, and by a line in the log.
+/// the operating system too if Options::durability asks for it. Other programs that write the same files
+/// without a transaction are not held off. Failures are told by the results, with the file and the system's
+/// words, and by a line in the log.
 ///
 /// Names are paths as QFile takes them, compared exactly. Files that are made, removed or renamed are regular
 /// files in the journal's folder or beneath it, on its file system; folders must be there.
@@ -57,8 +58,8 @@ public:
         NamesPending, ///< committed, or put back, for good, but names or hidden files are left: see begin()
         Canceled,     ///< by the progress; what is left undone stays recoverable
         Failed,       ///< anything else
-        Unsynced,     ///< committed, or put back, as all programs see it, but the disk has not confirmed it: a
-                      ///< loss of power now may undo the one or the other, whole
+        Unsynced, ///< committed, or put back, as all programs see it, but the disk has not confirmed it: a
+                  ///< loss of power now may undo the one or the other, whole
     };
 
     /// How something ended.

@@ -188,7 +188,8 @@ journal::JournalWalker::Rules RollbackDevice::Private::rules() const noexcept
 
 bool RollbackDevice::Private::canAppend() const
 {
-    return (state == State::Appendable && !barriers.hasFailed()) || fail({message::journalNotAppendable(), {}});
+    return (state == State::Appendable && !barriers.hasFailed()) ||
+           fail({message::journalNotAppendable(), {}});
 }
 
 RollbackDevice::Key RollbackDevice::Private::addFile(const QString& name)

@@ -224,8 +224,8 @@ JournalWalker::Outcome JournalWalker::walkChanges(FileChain& chain)
     bool broken = false;
     for (quint64 offset = chain.firstChange; offset != 0 && !broken;) {
         ChangeHead head;
-        broken = !readChange(offset, last, head) ||
-                 (isStrayFirstChange(chain, last, head) && !fail(message::badFirstChange(offset, chain.fileSize)));
+        broken = !readChange(offset, last, head) || (isStrayFirstChange(chain, last, head) &&
+                                                     !fail(message::badFirstChange(offset, chain.fileSize)));
         if (!broken) {
             chain.take(offset, head.sizeBound, head.length);
             met = met || offset == chain.lastChange;
@@ -270,8 +270,8 @@ bool JournalWalker::takeTail(FileChain& chain, quint64 stored)
         const char* const bytes = readRecord(offset, changeHeadSize(*m_layout));
         Block block{offset, bytes ? decodeChangeHead(bytes, *m_layout) : ChangeHead()};
         const quint64 previous = block.head.previous;
-        const bool whole = bytes && tail.size() < longest && previous < offset && previous >= chain.lastChange &&
-                           readChange(offset, previous, block.head) &&
+        const bool whole = bytes && tail.size() < longest && previous < offset &&
+                           previous >= chain.lastChange && readChange(offset, previous, block.head) &&
                            !isStrayFirstChange(chain, previous, block.head);
         if (!whole) {
             return false;
