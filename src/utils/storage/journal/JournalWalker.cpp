@@ -134,7 +134,9 @@ bool JournalWalker::endFiles(quint64 beforeLast)
         return true;
     }
     if (m_mode == Mode::Salvage) {
-        return isUnfinishedLink(beforeLast, m_lastEntry, m_header.lastFile);
+        MovedLink link(m_header.lastFile);
+        link.passes(beforeLast);
+        return link.mayLeadTo(m_lastEntry);
     }
     return fail(message::lastFileMismatch(m_lastEntry, m_header.lastFile));
 }
@@ -183,7 +185,7 @@ bool JournalWalker::checkEntry(const FileEntry& entry)
 
 JournalWalker::Outcome JournalWalker::walkChanges(FileChain& chain)
 {
-    quint64 before = 0;
+    MovedLink link(chain.lastChange);
     quint64 last = 0;
     for (quint64 offset = chain.firstChange; offset != 0;) {
         ChangeHead head;
@@ -198,7 +200,7 @@ JournalWalker::Outcome JournalWalker::walkChanges(FileChain& chain)
                                             : Outcome::Broken;
         }
         chain.take(offset, head.sizeBound, head.length);
-        before = last;
+        link.passes(last);
         last = offset;
         offset = head.next;
     }
@@ -207,7 +209,7 @@ JournalWalker::Outcome JournalWalker::walkChanges(FileChain& chain)
         return Outcome::Whole;
     }
     if (m_mode == Mode::Salvage) {
-        chain.whole = isUnfinishedLink(before, last, stored);
+        chain.whole = link.mayLeadTo(last);
         return chain.whole ? Outcome::Whole : Outcome::Broken;
     }
     fail(message::lastChangeMismatch(stored, last));
@@ -260,6 +262,7 @@ bool JournalWalker::checkChangeData(quint64 offset, const ChangeHead& head)
     if (*m_layout == Layout::Checksummed && checksum != head.checksum) {
         return fail(message::checksumMismatch(offset));
     }
+    visited(offset, head.length);
     return true;
 }
 
@@ -279,6 +282,7 @@ bool JournalWalker::readName(WalkedFile& file)
         return fail(message::badName());
     }
     file.name = *name;
+    visited(offset, length);
     return m_budget.take(length) || fail(message::badNextFile(file.chain.entry, file.chain.fileSize));
 }
 
@@ -335,6 +339,7 @@ const char* JournalWalker::readRecord(quint64 offset, quint64 size)
         fail(message::readFailed(offset, size, static_cast<quint64>(piece.length)));
         return nullptr;
     }
+    visited(offset, size);
     return piece.data;
 }
 

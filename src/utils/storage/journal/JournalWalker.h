@@ -74,6 +74,8 @@ public:
     [[nodiscard]] quint64 freeBlockCount() const noexcept { return m_freeBlockCount; }
     /// The last entry visited, 0 for none.
     [[nodiscard]] quint64 lastEntry() const noexcept { return m_lastEntry; }
+    /// Behind all records visited; what lies further back is room, or an append that was not linked.
+    [[nodiscard]] quint64 end() const noexcept { return m_end; }
 
 private:
     enum class Outcome
@@ -100,6 +102,7 @@ private:
 
     const char* readRecord(quint64 offset, quint64 size);
     bool fail(const QString& message);
+    void visited(quint64 offset, quint64 size) noexcept { m_end = qMax(m_end, offset + size); }
 
     QIODevice& m_journal;
     Mode m_mode;
@@ -109,6 +112,7 @@ private:
     std::optional<Layout> m_layout;
     quint64 m_freeBlockCount = 0;
     quint64 m_lastEntry = 0;
+    quint64 m_end = 0;
     Fault m_fault;
 };
 
