@@ -108,14 +108,16 @@ Updates& fileUpdates()
     return updates;
 }
 
-/// Each transaction starts a journal and protects the files it meets; commit deletes the journal.
+/// Each transaction starts a journal and protects the files it meets; commit deletes the journal, or keeps
+/// its file as a spare.
 class ProtectedPages
 {
 public:
     Updates& updates = fileUpdates();
 
-    ProtectedPages()
+    explicit ProtectedPages(RollbackFile::Spare spare = RollbackFile::Spare::None)
     {
+        m_journal.setSpare(spare);
         for (unsigned number = 0; number < Files; ++number) {
             m_names[number] = fileName(number);
         }
@@ -136,8 +138,7 @@ public:
         for (SecuredFile& file : m_files) {
             file.close();
         }
-        m_journal.commit();
-        return true;
+        return bool(m_journal.commit());
     }
 
     bool read(unsigned page, Page& data)
@@ -145,11 +146,46 @@ public:
         return readPage(m_names[page / PagesPerFile], page % PagesPerFile, data);
     }
 
+protected:
+    RollbackFile::Key keyOf(unsigned page)
+    {
+        return m_journal.addFile(QFileInfo(m_names[page / PagesPerFile]));
+    }
+    RollbackFile& journal() { return m_journal; }
+
 private:
     const QFileInfo m_journalName{workFile(QStringLiteral("pages.rollback"))};
     RollbackFile m_journal;
     std::array<QString, Files> m_names;
     std::array<SecuredFile, Files> m_files;
+};
+
+/// The same with all pages of a transaction written by one call.
+class BatchedPages : public ProtectedPages
+{
+public:
+    using ProtectedPages::ProtectedPages;
+
+    bool write(unsigned page)
+    {
+        RollbackFile::Key& key = m_keys[page / PagesPerFile];
+        key = key != 0 ? key : keyOf(page);
+        m_writes.push_back(
+            {key, quint64(page % PagesPerFile) * quint64(PageSize), QByteArray(updates.data(), PageSize)});
+        return key != 0;
+    }
+
+    bool commit()
+    {
+        const bool written = journal().writeBlocks(m_writes);
+        m_writes.clear();
+        m_keys.fill(0);
+        return written && ProtectedPages::commit();
+    }
+
+private:
+    std::array<RollbackFile::Key, Files> m_keys{};
+    std::vector<RollbackFile::BlockWrite> m_writes;
 };
 
 /// What protection asks of the system and nothing else, no name, link or checksum worked out: a journal
@@ -383,6 +419,9 @@ void addUpdates(const char* name, Setup... setup)
 void addAll()
 {
     addUpdates<ProtectedPages>("update/protected");
+    addUpdates<BatchedPages>("update/protected_batch");
+    addUpdates<ProtectedPages>("update/protected_spare", RollbackFile::Spare::Held);
+    addUpdates<BatchedPages>("update/protected_spare_batch", RollbackFile::Spare::Held);
     addUpdates<BareCalls>("update/bare_calls");
     addUpdates<PlainPages>("update/plain", QIODevice::OpenMode(QIODevice::Unbuffered));
     addUpdates<PlainPages>("update/plain_buffered", QIODevice::OpenMode());
