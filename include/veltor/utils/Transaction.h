@@ -93,6 +93,8 @@ public:
         /// Whether a loss of power is survived too; for a recovery, how the journal was written.
         Durability durability = Durability::None;
         DamagedJournal damaged = DamagedJournal::Refuse; ///< what becomes of such a journal
+        /// Keeps the journal's file for the next transaction here, see RollbackFile::Spare::Left.
+        bool spare = false;
         Progress progress; ///< of every rollback, that of the destructor included
     };
 
@@ -120,6 +122,14 @@ public:
         Kind kind;      ///< what becomes of it
         QString name;   ///< relative to the journal's folder
         QString target; ///< of a Rename
+    };
+
+    /// Bytes for a place of a file; see writeBlocks().
+    struct Block
+    {
+        SecuredFile* file; ///< one of those that open() gave
+        qint64 position;   ///< not below 0
+        QByteArray data;   ///< none: nothing is written
     };
 
     /// A moment to come back to.
@@ -170,6 +180,10 @@ public:
     /// begins at 0.
     /// @return null, with errorString(), when there is none, or it cannot be protected
     [[nodiscard]] std::unique_ptr<SecuredFile> open(const QString& name);
+
+    /// Writes to many places of many files at once, faster than one after the other; see
+    /// RollbackDevice::writeBlocks(), which tells what holds after a failure. Positions stay.
+    Result writeBlocks(const std::vector<Block>& blocks);
 
     /// Whether the name means a regular file in this transaction.
     [[nodiscard]] bool exists(const QString& name) const;

@@ -86,6 +86,8 @@ public:
     [[nodiscard]] quint64 freeBlockCount() const noexcept { return m_freeBlockCount; }
     /// The last entry visited, 0 for none.
     [[nodiscard]] quint64 lastEntry() const noexcept { return m_lastEntry; }
+    /// Behind all records visited; what lies further back is room, or an append that was not linked.
+    [[nodiscard]] quint64 end() const noexcept { return m_end; }
 
 private:
     enum class Outcome
@@ -106,7 +108,7 @@ private:
     bool endFiles(const FileVisitor& visitor, quint64 beforeLast, bool broken);
     bool takeLastFile(const FileVisitor& visitor);
     Outcome walkChanges(FileChain& chain);
-    [[nodiscard]] bool isEndOfChanges(FileChain& chain, quint64 before, quint64 stored, bool met,
+    [[nodiscard]] bool isEndOfChanges(FileChain& chain, const MovedLink& link, quint64 stored, bool met,
                                       bool broken);
     bool takeTail(FileChain& chain, quint64 stored);
     [[nodiscard]] bool isStrayFirstChange(const FileChain& chain, quint64 previous,
@@ -119,6 +121,7 @@ private:
 
     const char* readRecord(quint64 offset, quint64 size);
     bool fail(const QString& message);
+    void visited(quint64 offset, quint64 size) noexcept { m_end = qMax(m_end, offset + size); }
 
     QIODevice& m_journal;
     Mode m_mode;
@@ -130,6 +133,7 @@ private:
     quint64 m_freeBlockCount = 0;
     quint64 m_lastEntry = 0;
     bool m_metLastFile = false; // the one that the header names
+    quint64 m_end = 0;
     Fault m_fault;
 };
 
