@@ -456,5 +456,8 @@ void addAllDurable()
 
 int main(int argc, char** argv)
 {
-    return runInTurns(argc, argv, &addAll);
+    return runInTurns(argc, argv, [] {
+        addAll();
+        addAllDurable();
+    });
 }
