@@ -108,14 +108,18 @@ Updates& fileUpdates()
     return updates;
 }
 
-/// Each transaction starts a journal and protects the files it meets; commit deletes the journal.
+/// Each transaction starts a journal and protects the files it meets; commit deletes the journal, or keeps
+/// its file as a spare.
 class ProtectedPages
 {
 public:
     Updates& updates = fileUpdates();
 
-    ProtectedPages()
+    explicit ProtectedPages(RollbackFile::Spare spare = RollbackFile::Spare::None,
+                            Durability durability = Durability::None)
     {
+        m_journal.setSpare(spare);
+        m_journal.setDurability(durability);
         for (unsigned number = 0; number < Files; ++number) {
             m_names[number] = fileName(number);
         }
@@ -136,8 +140,7 @@ public:
         for (SecuredFile& file : m_files) {
             file.close();
         }
-        m_journal.commit();
-        return true;
+        return bool(m_journal.commit());
     }
 
     bool read(unsigned page, Page& data)
@@ -145,11 +148,46 @@ public:
         return readPage(m_names[page / PagesPerFile], page % PagesPerFile, data);
     }
 
+protected:
+    RollbackFile::Key keyOf(unsigned page)
+    {
+        return m_journal.addFile(QFileInfo(m_names[page / PagesPerFile]));
+    }
+    RollbackFile& journal() { return m_journal; }
+
 private:
     const QFileInfo m_journalName{workFile(QStringLiteral("pages.rollback"))};
     RollbackFile m_journal;
     std::array<QString, Files> m_names;
     std::array<SecuredFile, Files> m_files;
+};
+
+/// The same with all pages of a transaction written by one call.
+class BatchedPages : public ProtectedPages
+{
+public:
+    using ProtectedPages::ProtectedPages;
+
+    bool write(unsigned page)
+    {
+        RollbackFile::Key& key = m_keys[page / PagesPerFile];
+        key = key != 0 ? key : keyOf(page);
+        m_writes.push_back(
+            {key, quint64(page % PagesPerFile) * quint64(PageSize), QByteArray(updates.data(), PageSize)});
+        return key != 0;
+    }
+
+    bool commit()
+    {
+        const bool written = journal().writeBlocks(m_writes);
+        m_writes.clear();
+        m_keys.fill(0);
+        return written && ProtectedPages::commit();
+    }
+
+private:
+    std::array<RollbackFile::Key, Files> m_keys{};
+    std::vector<RollbackFile::BlockWrite> m_writes;
 };
 
 /// What protection asks of the system and nothing else, no name, link or checksum worked out: a journal
@@ -363,7 +401,7 @@ bool transaction(Contender& contender, qint64 pages)
 }
 
 template <typename Contender, typename... Setup>
-void addUpdates(const char* name, Setup... setup)
+benchmark::internal::Benchmark* addUpdates(const char* name, Setup... setup)
 {
     const auto run = [setup...](benchmark::State& state) {
         Contender contender(setup...);
@@ -377,12 +415,15 @@ void addUpdates(const char* name, Setup... setup)
         }
         state.SetItemsProcessed(state.iterations() * state.range(0));
     };
-    benchmark::RegisterBenchmark(name, run)->Arg(100)->Arg(1)->Unit(benchmark::kMicrosecond);
+    return benchmark::RegisterBenchmark(name, run)->Arg(100)->Arg(1)->Unit(benchmark::kMicrosecond);
 }
 
 void addAll()
 {
     addUpdates<ProtectedPages>("update/protected");
+    addUpdates<BatchedPages>("update/protected_batch");
+    addUpdates<ProtectedPages>("update/protected_spare", RollbackFile::Spare::Held);
+    addUpdates<BatchedPages>("update/protected_spare_batch", RollbackFile::Spare::Held);
     addUpdates<BareCalls>("update/bare_calls");
     addUpdates<PlainPages>("update/plain", QIODevice::OpenMode(QIODevice::Unbuffered));
     addUpdates<PlainPages>("update/plain_buffered", QIODevice::OpenMode());
@@ -394,9 +435,29 @@ void addAll()
                             "PRAGMA locking_mode = EXCLUSIVE; PRAGMA mmap_size = 1000000000");
 }
 
+/// Those that wait for the disk, by the clock: the folder of the files has to be on one.
+template <typename Contender, typename... Setup>
+void addDurable(const char* name, Setup... setup)
+{
+    addUpdates<Contender>(name, setup...)->UseRealTime()->MinTime(0.2);
+}
+
+void addAllDurable()
+{
+    const auto none = RollbackFile::Spare::None;
+    addDurable<ProtectedPages>("durable/protected", none, Durability::Durable);
+    addDurable<BatchedPages>("durable/protected_batch", none, Durability::Durable);
+    addDurable<BatchedPages>("durable/protected_careful_batch", none, Durability::Careful);
+    addDurable<SqlitePages>("durable/sqlite_full", "PRAGMA synchronous = FULL");
+    addDurable<SqlitePages>("durable/sqlite_extra", "PRAGMA synchronous = EXTRA");
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    return runInTurns(argc, argv, &addAll);
+    return runInTurns(argc, argv, [] {
+        addAll();
+        addAllDurable();
+    });
 }

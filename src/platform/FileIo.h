@@ -50,6 +50,9 @@ public:
     virtual bool sync(int fd);
     /// Removes a name. @return 0, or the system's error
     virtual int removeName(const NativePath& path);
+    /// Gives a file another name in its folder, in one step; never one that is taken. @return 0, or the
+    /// system's error, which is one always where an open file keeps its name
+    virtual int moveName(const NativePath& from, const NativePath& to);
 };
 
 /// The implementation in use.

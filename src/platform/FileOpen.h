@@ -89,6 +89,9 @@ enum class Presence
 };
 Presence presenceOf(const NativePath& path);
 
+/// Whether a regular file is at a path, links not followed.
+bool isRegular(const NativePath& path);
+
 /// True where the name of a file can be removed while the file is open.
 constexpr bool RemovesOpenFiles =
 #ifdef _WIN32

@@ -52,8 +52,8 @@ public:
     virtual int removeFolder(const Path& folder, const Path& name);
     /// Opens an existing regular file for reading and writing as a C descriptor.
     virtual int open(const Path& folder, const Path& name, int& fd);
-    /// Waits until the names in a folder are on the disk; an empty name is that of the folder itself. On Windows
-    /// as far as its file system can: one that refuses to is no failure.
+    /// Waits until the names in a folder are on the disk; an empty name is that of the folder itself. On
+    /// Windows as far as its file system can: one that refuses to is no failure.
     virtual int syncFolder(const Path& folder, const Path& name);
     /// The names in a folder, without their own folders.
     virtual int list(const Path& folder, const Path& name, std::vector<Path>& names);

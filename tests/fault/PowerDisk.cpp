@@ -15,7 +15,8 @@ constexpr qint64 Sector = 512;
 class Chance
 {
 public:
-    Chance(const std::vector<DiskStep>& steps, std::size_t at, DiskOrder order, Barrier deaf, std::mt19937& random)
+    Chance(const std::vector<DiskStep>& steps, std::size_t at, DiskOrder order, Barrier deaf,
+           std::mt19937& random)
         : m_steps(steps)
         , m_at(at)
         , m_order(order)
@@ -100,81 +101,114 @@ void put(QByteArray& bytes, qint64 position, const QByteArray& piece)
     bytes.replace(static_cast<int>(position), piece.size(), piece);
 }
 
-} // namespace
-
-Files PowerDisk::cut(std::size_t at, DiskOrder order, Barrier deaf, std::mt19937& random) const
+/// The disk while the steps that it has are done to it.
+class Replay
 {
-    Chance chance(m_steps, at, order, deaf, random);
-    DiskState disk = m_first;
-    std::map<int, qint64> sizes;
-    for (const auto& [file, bytes] : disk.contents) {
-        sizes[file] = bytes.size();
+public:
+    Replay(const DiskState& first, Chance& chance)
+        : m_disk(first)
+        , m_chance(chance)
+    {
+        for (const auto& [file, bytes] : m_disk.contents) {
+            m_sizes[file] = bytes.size();
+        }
     }
-    for (std::size_t i = 0; i < at; ++i) {
-        const DiskStep& step = m_steps[i];
+
+    void apply(const DiskStep& step, std::size_t i)
+    {
         switch (step.kind) {
         case Kind::Write:
-            for (qint64 from = 0; from < step.bytes.size();) {
-                const qint64 sector = (step.position + from) / Sector;
-                const qint64 length =
-                    std::min((sector + 1) * Sector - step.position, qint64(step.bytes.size())) - from;
-                if (chance.hasSector(i, sector)) {
-                    put(disk.contents[step.file], step.position + from,
-                        step.bytes.mid(static_cast<int>(from), static_cast<int>(length)));
-                }
-                from += length;
-            }
-            if (chance.hasSize(i)) {
-                sizes[step.file] = step.size;
-            }
-            break;
+            write(step, i);
+            [[fallthrough]];
         case Kind::Resize:
-            if (chance.hasSize(i)) {
-                disk.contents[step.file].truncate(static_cast<int>(step.size));
-                sizes[step.file] = step.size;
-            }
-            break;
-        case Kind::Create:
-            if (chance.hasName(i)) {
-                disk.names[step.name] = step.file;
-            }
-            break;
-        case Kind::Folder:
-            if (chance.hasName(i)) {
-                disk.folders.insert(step.name);
-            }
-            break;
-        case Kind::Move:
-            if (disk.names.count(step.name) != 0 && chance.hasName(i)) {
-                disk.names[step.target] = disk.names[step.name];
-                disk.names.erase(step.name);
-            }
-            break;
-        case Kind::Remove:
-            if (chance.hasName(i)) {
-                disk.names.erase(step.name);
-                disk.folders.erase(step.name);
+            if (m_chance.hasSize(i)) {
+                m_sizes[step.file] = step.size;
+                if (step.kind == Kind::Resize) {
+                    m_disk.contents[step.file].truncate(static_cast<int>(step.size));
+                }
             }
             break;
         case Kind::Sync:
         case Kind::SyncFolder:
             break;
+        default:
+            if (m_chance.hasName(i)) {
+                name(step);
+            }
         }
     }
-    Files files;
-    for (const auto& [name, file] : disk.names) {
-        if (name.contains(QLatin1Char('/')) && disk.folders.count(folderOf(name)) == 0) {
-            continue;
+
+    /// Folders have a slash at the end.
+    Files files()
+    {
+        Files files;
+        for (const auto& [name, file] : m_disk.names) {
+            if (name.contains(QLatin1Char('/')) && m_disk.folders.count(folderOf(name)) == 0) {
+                continue;
+            }
+            QByteArray& bytes = files[name] = m_disk.contents[file];
+            const auto size = static_cast<int>(m_sizes[file]);
+            bytes.append(std::max(size - bytes.size(), 0), '\0');
+            bytes.truncate(size);
         }
-        QByteArray& bytes = files[name] = disk.contents[file];
-        const auto size = static_cast<int>(sizes[file]);
-        bytes.append(std::max(size - bytes.size(), 0), '\0');
-        bytes.truncate(size);
+        for (const QString& folder : m_disk.folders) {
+            files[folder + u("/")] = {};
+        }
+        return files;
     }
-    for (const QString& folder : disk.folders) {
-        files[folder + u("/")] = {};
+
+private:
+    void write(const DiskStep& step, std::size_t i)
+    {
+        for (qint64 from = 0; from < step.bytes.size();) {
+            const qint64 sector = (step.position + from) / Sector;
+            const qint64 length =
+                std::min((sector + 1) * Sector - step.position, qint64(step.bytes.size())) - from;
+            if (m_chance.hasSector(i, sector)) {
+                put(m_disk.contents[step.file], step.position + from,
+                    step.bytes.mid(static_cast<int>(from), static_cast<int>(length)));
+            }
+            from += length;
+        }
     }
-    return files;
+
+    void name(const DiskStep& step)
+    {
+        auto& names = m_disk.names;
+        switch (step.kind) {
+        case Kind::Create:
+            names[step.name] = step.file;
+            break;
+        case Kind::Folder:
+            m_disk.folders.insert(step.name);
+            break;
+        case Kind::Move:
+            if (names.count(step.name) != 0) {
+                names[step.target] = names[step.name];
+                names.erase(step.name);
+            }
+            break;
+        default:
+            names.erase(step.name);
+            m_disk.folders.erase(step.name);
+        }
+    }
+
+    DiskState m_disk;
+    Chance& m_chance;
+    std::map<int, qint64> m_sizes;
+};
+
+} // namespace
+
+Files PowerDisk::cut(std::size_t at, DiskOrder order, Barrier deaf, std::mt19937& random) const
+{
+    Chance chance(m_steps, at, order, deaf, random);
+    Replay replay(m_first, chance);
+    for (std::size_t i = 0; i < at; ++i) {
+        replay.apply(m_steps[i], i);
+    }
+    return replay.files();
 }
 
 } // namespace veltor::test

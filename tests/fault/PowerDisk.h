@@ -89,7 +89,8 @@ public:
     explicit PowerDisk(const QString& top)
         : m_top(QFileInfo(top).canonicalFilePath() + u("/"))
     {
-        QDirIterator all(top, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+        QDirIterator all(top, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
         while (all.hasNext()) {
             QFile file(all.next());
             const QString name = QDir(top).relativeFilePath(file.fileName());
@@ -181,7 +182,13 @@ private:
         QByteArray& bytes = m_now.contents[known(fd)];
         bytes.append(static_cast<int>(std::max<qint64>(position + done - bytes.size(), 0)), '\0');
         bytes.replace(static_cast<int>(position), static_cast<int>(done), data, static_cast<int>(done));
-        note({Kind::Write, known(fd), {}, {}, position, QByteArray(data, static_cast<int>(done)), bytes.size()});
+        note({Kind::Write,
+              known(fd),
+              {},
+              {},
+              position,
+              QByteArray(data, static_cast<int>(done)),
+              bytes.size()});
         return done;
     }
     bool resize(int fd, std::int64_t size) override

@@ -17,7 +17,6 @@
 
 namespace veltor::test {
 
-
 /// A folder with files and a journal.
 class World
 {
@@ -127,10 +126,31 @@ private:
             bytes.truncate(size);
             return file->resize(size);
         }
+        if (below(4) == 0) {
+            return changeAll();
+        }
         const int position = below(bytes.size() + 1);
-        const QByteArray written = pattern(1 + below(400), below(256));
+        const int length = below(10) == 0 ? 9000 : 1 + below(400);
+        const QByteArray written = pattern(length, below(256));
         bytes.replace(position, written.size(), written);
         return file->seek(position) && file->write(written) == written.size();
+    }
+
+    /// Places of all files, those overlapping too, as one write.
+    bool changeAll()
+    {
+        std::vector<std::unique_ptr<utils::SecuredFile>> files;
+        std::vector<utils::Transaction::Block> blocks;
+        for (auto& [name, bytes] : m_model) {
+            files.push_back(m_transaction.open(m_world.path(name)));
+            for (int place = 0; files.back() && place < 2; ++place) {
+                const int position = below(bytes.size() + 1);
+                const QByteArray written = pattern(1 + below(700), below(256));
+                bytes.replace(position, written.size(), written);
+                blocks.push_back({files.back().get(), position, written});
+            }
+        }
+        return agree(true, m_transaction.writeBlocks(blocks));
     }
 
     bool rename(const QString& from, const QString& to)

@@ -10,6 +10,7 @@
 #include <veltor/utils/RollbackFile.h>
 #include <veltor/utils/SecuredFile.h>
 
+#include <algorithm>
 #include <map>
 
 namespace veltor::test {
@@ -32,6 +33,7 @@ struct Plan
     bool reads = false; ///< count reads instead of writes, resizes and removals
     int count = 0;
     bool dead = false;
+    bool metRoom = false; ///< the chosen one wrote room for the journal, without which it goes on
 
     static inline Plan* inForce = nullptr;
 
@@ -84,6 +86,10 @@ private:
     }
     std::int64_t writeAt(int fd, std::int64_t position, const char* data, std::int64_t length) override
     {
+        Plan& plan = *Plan::inForce;
+        constexpr int least = 4096;
+        const bool zeros = length >= least && std::count(data, data + length, '\0') == length;
+        plan.metRoom = plan.metRoom || (zeros && !plan.reads && plan.count == plan.chosen);
         return FileIo::writeAt(fd, position, data, Plan::admit(length));
     }
     bool resize(int fd, std::int64_t size) override { return Plan::admitWhole() && FileIo::resize(fd, size); }
@@ -91,6 +97,10 @@ private:
     int removeName(const platform::NativePath& path) override
     {
         return Plan::admitWhole() ? FileIo::removeName(path) : EIO;
+    }
+    int moveName(const platform::NativePath& from, const platform::NativePath& to) override
+    {
+        return Plan::admitWhole() ? FileIo::moveName(from, to) : EIO;
     }
 };
 
@@ -115,11 +125,12 @@ protected:
     }
 };
 
-/// Which of the two ways to a file a scenario takes.
+/// Which way to its files a scenario takes.
 enum class Path
 {
     Native,
-    Generic
+    Generic,
+    Spare, ///< the native one, with the journal's file kept between transactions
 };
 
 /// A RollbackFile whose files, and whose deletion of the journal, obey the plan in force.
@@ -128,11 +139,13 @@ class PlannedRollbackFile : public utils::RollbackFile
 public:
     explicit PlannedRollbackFile(Path path)
         : m_path(path)
-    {}
+    {
+        setSpare(path == Path::Spare ? Spare::Left : Spare::None);
+    }
 
     bool openJournal(const QString& path, QIODevice::OpenMode mode)
     {
-        if (m_path == Path::Native) {
+        if (m_path != Path::Generic) {
             return openByName(QFileInfo(path), mode);
         }
         // Remembers the journal's place, then replaces the device by one of ours.
@@ -143,7 +156,7 @@ public:
     }
     [[nodiscard]] IOPtr openFile(const QString& name) const override
     {
-        if (m_path == Path::Native) {
+        if (m_path != Path::Generic) {
             return RollbackFile::openFile(name);
         }
         IOPtr file = makeIOPtr(new PlannedFile(canonical(name)));
@@ -210,11 +223,12 @@ public:
         return contents;
     }
 
-    /// Writes the files as they are before the transaction, and removes a journal.
+    /// Writes the files as they are before the transaction, and removes a journal and its spare.
     void reset() const
     {
         QDir(m_directory).mkpath(u("sub"));
         QFile::remove(journal);
+        QFile::remove(path(".journal.spare"));
         for (const auto& [name, bytes] : originals()) {
             QFile file(path(name));
             if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size()) {
@@ -233,18 +247,29 @@ public:
         return contents;
     }
 
-    /// The transaction: writes inside, overlapping, at the end and beyond it, growing and shrinking
-    /// resizes, on four files, one of them empty. Ends without commit or rollback.
+    /// The transaction: writes inside, overlapping, at the end and beyond it, one by one and in batches,
+    /// growing and shrinking resizes, on four files, one of them empty. Ends without commit or rollback.
     /// @return false at the first operation that fails
     bool change(utils::RollbackFile& device) const
     {
         const auto file = [&](const char* name) { return path(name); };
-        return Change(file("map"), device)
+        const auto batch = [&](int seed) {
+            const auto map = device.addFile(QFileInfo(file("map")));
+            const auto index = device.addFile(QFileInfo(file("index")));
+            return device.writeBlocks({{map, 3000, pattern(700, seed)},
+                                       {index, 100, pattern(50, seed)},
+                                       {map, 3500, pattern(900, seed + 1)},
+                                       {index, 0, {}},
+                                       {map, 11000, "past the end"},
+                                       {index, 4990, pattern(60, seed)}});
+        };
+        return batch(20) &&
+               Change(file("map"), device)
                    .write(50, pattern(100, 9))
                    .write(120, pattern(100, 8))
                    .write(10000, "end") &&
                Change(file("index"), device).resize(2000).write(1990, pattern(30, 7)).resize(6000) &&
-               Change(file("empty"), device).write(0, pattern(500, 6)).resize(0) &&
+               Change(file("empty"), device).write(0, pattern(500, 6)).resize(0) && batch(30) &&
                Change(file("map"), device).write(12000, "beyond").resize(400).write(0, pattern(600, 5)) &&
                Change(file("sub/names"), device).write(0, pattern(300, 4)).resize(0) &&
                Change(file("index"), device).write(0, pattern(6000, 3));

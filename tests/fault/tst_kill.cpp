@@ -18,9 +18,9 @@ constexpr int Rounds = 60;
 const Role changes("change", [](const QStringList& arguments) {
     const Workspace files(arguments[0]);
     const LogCapture log;
-    utils::RollbackFile journal;
+    PlannedRollbackFile journal(arguments[1] == u("spare") ? Path::Spare : Path::Native);
     sayReady();
-    if (journal.openByName(QFileInfo(files.journal), QIODevice::WriteOnly)) {
+    if (journal.openJournal(files.journal, QIODevice::WriteOnly)) {
         while (files.change(journal)) {
         }
     }
@@ -37,14 +37,15 @@ TEST(Kill, FilesAreAsTheyWereAfterAnyDeath)
 {
     const Folder folder;
     const Workspace files(folder.path());
+    int round = 0;
     const auto startAndKill = [&](const char* role, int longestUs) {
-        Actor victim(role, {folder.path()});
+        Actor victim(role, {folder.path(), u(round % 2 == 0 ? "spare" : "")});
         EXPECT_TRUE(victim.isReady());
         return victim.killWithin(longestUs) ? 1 : 0;
     };
     int killed = 0;
     int killedRecovering = 0;
-    for (int round = 0; round < Rounds; ++round) {
+    for (; round < Rounds; ++round) {
         files.reset();
         killed += startAndKill("change", 3000);
         if (round % 3 == 0) {

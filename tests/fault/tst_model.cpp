@@ -20,7 +20,9 @@ public:
     RandomTransaction(unsigned seed, const Folder& folder)
         : m_random(seed)
         , m_folder(folder)
-        , m_way(seed % 3 == 0 ? Path::Generic : Path::Native)
+        , m_way(seed % 3 == 0   ? Path::Generic
+                : seed % 3 == 1 ? Path::Native
+                                : Path::Spare)
     {
         for (const char* name : {"a", "b", "папка/c", "d"}) {
             m_now[u(name)] = bytes(upTo(4000) * upTo(1));
@@ -110,14 +112,20 @@ private:
         case 1:
             goBack();
             break;
-        case 2:
+        case 2: {
             m_files.clear();
+            const auto end = m_journal->findBlock(1);
             m_journal.reset();
+            EXPECT_TRUE(plan.chosen >= 0 || QFileInfo(journal()).size() == static_cast<qint64>(end));
             m_failed = !openJournal(QIODevice::ReadWrite);
             break;
+        }
         case 3:
         case 4:
             resize(name, upTo(6000) * upTo(1));
+            break;
+        case 5:
+            writeMany();
             break;
         default:
             write(name, upTo(m_now[name].size() + 300), bytes(upTo(900)));
@@ -132,6 +140,25 @@ private:
     {
         auto& device = file(name);
         m_failed = m_failed || !device.seek(position) || device.write(data) != data.size();
+        note(name, position, data);
+    }
+
+    /// In one go, of any files, overlapping or not.
+    void writeMany()
+    {
+        std::vector<utils::RollbackDevice::BlockWrite> writes;
+        for (int count = upTo(12); count > 0; --count) {
+            const QString name = std::next(m_now.begin(), upTo(3))->first;
+            const int position = upTo(m_now[name].size() + 300);
+            const auto key = m_journal->addFile(QFileInfo(m_folder.path(name.toUtf8())));
+            writes.push_back({key, static_cast<quint64>(position), bytes(upTo(900) * upTo(1))});
+            note(name, position, writes.back().data);
+        }
+        m_failed = !m_journal->writeBlocks(writes);
+    }
+
+    void note(const QString& name, int position, const QByteArray& data)
+    {
         auto& content = m_now[name];
         if (!data.isEmpty()) {
             content += QByteArray(qMax(0, position + data.size() - content.size()), '\0');

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 
 namespace veltor::test {
 namespace {
@@ -94,6 +95,66 @@ TEST_F(Others, AJournalHasOneOwner)
     EXPECT_EQ(read("a"), "aaaa");
     EXPECT_TRUE(third.startNew(journal()));
 }
+
+#ifndef Q_OS_WIN
+TEST_F(Others, ASpareIsTakenFromNobodyAndRestoresNothing)
+{
+    write("a", "aaaa");
+    RollbackFile holder;
+    holder.setSpare(RollbackFile::Spare::Held);
+    ASSERT_TRUE(change(holder, journal(), path("a"), "held"));
+    const QByteArray whole = read("journal"); // it would put "aaaa" back
+    write("precious", whole);
+    const char* const spare = ".journal.spare";
+    const auto native = [this](const char* name) {
+        return std::filesystem::u8path(path(name).toStdString());
+    };
+    const auto begins = [&](RollbackFile& next) {
+        next.setSpare(RollbackFile::Spare::Left);
+        return change(next, journal(), path("a"), "next");
+    };
+    const std::function<void()> rows[] = {
+        [&] { create_symlink(native("precious"), native(spare)); },
+        [&] { create_hard_link(native("precious"), native(spare)); },
+        [&] { write(spare, "no journal, but longer than the header of one: it stays as it is"); },
+        [&] { QFile::setPermissions(write(spare, whole), QFile::ReadOwner | QFile::WriteOther); },
+        [&] { EXPECT_TRUE(holder.commit()); }, // whoever holds it has its lock
+    };
+    for (const auto& plant : rows) {
+        holder.close();
+        QFile::remove(path("journal"));
+        QFile::remove(path(spare));
+        ASSERT_TRUE(change(holder, journal(), path("a"), "held"));
+        if (&plant != std::end(rows) - 1) {
+            ASSERT_TRUE(holder.rollback());
+            QFile::remove(path(spare));
+        }
+        plant();
+        const QByteArray before = read(spare);
+        RollbackFile next;
+        ASSERT_TRUE(begins(next) && next.commit());
+        EXPECT_EQ(read("a"), "next");
+        EXPECT_EQ(read(spare), before);
+        EXPECT_EQ(read("precious"), whole);
+        EXPECT_FALSE(QFileInfo::exists(path("journal")));
+    }
+    ASSERT_TRUE(change(holder, journal(), path("a"), "held") && holder.rollback());
+    EXPECT_EQ(read("a"), "next");
+
+    // The owner died before it could clear the header.
+    QFile::remove(path(spare));
+    QFile::setPermissions(write(spare, whole), QFile::ReadOwner | QFile::WriteOwner);
+    RollbackFile heir;
+    heir.setSpare(RollbackFile::Spare::Left);
+    ASSERT_TRUE(heir.startNew(journal()));
+    EXPECT_FALSE(QFileInfo::exists(path(spare)));
+    EXPECT_EQ(RollbackFile::inspect(journal()).files.size(), 0u);
+    heir.close();
+    EXPECT_FALSE(RollbackFile::needsRecovery(journal()));
+    EXPECT_EQ(QFileInfo(path("journal")).size(), 48);
+    EXPECT_EQ(read("a"), "next");
+}
+#endif
 
 TEST_F(Others, AForkedChildHasNoPartInATransaction)
 {

@@ -103,6 +103,14 @@ public:
         bool whole = true;             ///< false when a repair had to leave blocks of it out
     };
 
+    /// Bytes for a range of a protected file; see writeBlocks().
+    struct BlockWrite
+    {
+        Key key;                     ///< the file's
+        unsigned long long position; ///< where they go, whatever the file's own position
+        QByteArray data;             ///< none: nothing is written
+    };
+
     /// A moment of a transaction; see savepoint().
     class Savepoint
     {
@@ -210,6 +218,16 @@ public:
     /// @return false when saving fails (no byte of the file has changed then) or when not all was written
     bool writeBlock(Key key, const QByteArray& data);
 
+    /// Writes many ranges, of any number of files, for less than as many writeBlock(): first all that they
+    /// overwrite is saved, by one append to the journal (one for every 8 MiB) and one link a file; when that
+    /// is done they are written, in their order. The order is the promise: no byte of any file changes before
+    /// the old bytes of all of them are linked in the journal. Where ranges overlap, the later one stays; a
+    /// rollback restores what stood there before the first. Files keep their positions.
+    /// @return false: with no byte changed when a key is unknown, a file is closed, a position is beyond
+    ///     2^63 - 1, or something cannot be read or saved; or when a write failed. Those before it are done
+    ///     then; all of them are saved, and undone by a rollback
+    bool writeBlocks(const std::vector<BlockWrite>& writes);
+
     /// Where a new record goes: the journal's end, whatever its @p size.
     [[nodiscard]] unsigned long long findBlock(unsigned int size) const;
 
@@ -297,6 +315,7 @@ protected:
 
 private:
     friend class RollbackFile;
+    friend class BlockBatch;
     class Private;
     std::unique_ptr<Private> m_p;
 };

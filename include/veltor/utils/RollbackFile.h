@@ -39,9 +39,9 @@ struct JournalView
 /// damage as ever.
 ///
 /// What is promised with Durable and Careful, by a disk that does what it confirms and loses or tears nothing
-/// smaller than 512 bytes: after a loss of power at any point, recovery included, the next recovery puts every
-/// file back, or finds the transaction's end, or refuses; it never makes a mixture. A commit that has succeeded
-/// stays. Files that were not made by the transaction must have been on the disk before.
+/// smaller than 512 bytes: after a loss of power at any point, recovery included, the next recovery puts
+/// every file back, or finds the transaction's end, or refuses; it never makes a mixture. A commit that has
+/// succeeded stays. Files that were not made by the transaction must have been on the disk before.
 ///
 /// A disk, a controller or a virtual machine that confirms what it only holds in memory breaks this. On
 /// Windows files are flushed by FlushFileBuffers() and renamed with write-through; whether the names in a
@@ -126,6 +126,24 @@ public:
     /// Asks for more than the death of the process to be survived; for the journals opened from now on.
     void setDurability(Durability durability);
 
+    /// What becomes of the journal's file when a transaction has ended.
+    enum class Spare
+    {
+        None, ///< it is deleted
+        Held, ///< it is kept for this object's next transaction, and deleted with the object
+        Left, ///< it is kept for whoever begins here next, and stays in the folder
+    };
+
+    /// Keeps the journal's file between transactions, under the hidden name ".NAME.spare" beside it: a
+    /// transaction of some pages takes a third less time. None at first; Held is set before the first
+    /// transaction of a row. The end of a transaction is then that the file is renamed, instead of emptied,
+    /// and what it held, old contents of the files, stays in it until it is overwritten. A spare is no
+    /// journal: nothing recovers from it, and one that is a link, in use, not the user's own, or that others
+    /// may write, is left alone; so is any other file of that name. A program that dies between transactions
+    /// leaves its spare to the next one that keeps any. Above 4 MiB it is cut. None is kept on Windows,
+    /// where the journal has other names (hard links), and with a durability.
+    void setSpare(Spare spare);
+
     /// Opens a journal by its name.
     ///
     /// @param journal  its path; its directory is where relative names begin
@@ -170,6 +188,7 @@ protected:
     void setJournalInfo(const QFileInfo& journal);
 
 private:
+    bool startOnSpare();
     bool discardStillborn();
 
     class Private;

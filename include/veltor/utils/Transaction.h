@@ -37,8 +37,9 @@ namespace veltor::utils {
 /// roll it back; the next begin() then cleans up.
 ///
 /// Promise and limits are those of RollbackDevice: the death of the process is survived at any point, that of
-/// the operating system too if Options::durability asks for it. Other programs that write the same files without a transaction are not held
-/// off. Failures are told by the results, with the file and the system's words, and by a line in the log.
+/// the operating system too if Options::durability asks for it. Other programs that write the same files
+/// without a transaction are not held off. Failures are told by the results, with the file and the system's
+/// words, and by a line in the log.
 ///
 /// Names are paths as QFile takes them, compared exactly. Files that are made, removed or renamed are regular
 /// files in the journal's folder or beneath it, on its file system; folders must be there.
@@ -57,8 +58,8 @@ public:
         NamesPending, ///< committed, or put back, for good, but names or hidden files are left: see begin()
         Canceled,     ///< by the progress; what is left undone stays recoverable
         Failed,       ///< anything else
-        Unsynced,     ///< committed, or put back, as all programs see it, but the disk has not confirmed it: a
-                      ///< loss of power now may undo the one or the other, whole
+        Unsynced, ///< committed, or put back, as all programs see it, but the disk has not confirmed it: a
+                  ///< loss of power now may undo the one or the other, whole
     };
 
     /// How something ended.
@@ -92,6 +93,8 @@ public:
         /// Whether a loss of power is survived too; for a recovery, how the journal was written.
         Durability durability = Durability::None;
         DamagedJournal damaged = DamagedJournal::Refuse; ///< what becomes of such a journal
+        /// Keeps the journal's file for the next transaction here, see RollbackFile::Spare::Left.
+        bool spare = false;
         Progress progress; ///< of every rollback, that of the destructor included
     };
 
@@ -119,6 +122,14 @@ public:
         Kind kind;      ///< what becomes of it
         QString name;   ///< relative to the journal's folder
         QString target; ///< of a Rename
+    };
+
+    /// Bytes for a place of a file; see writeBlocks().
+    struct Block
+    {
+        SecuredFile* file; ///< one of those that open() gave
+        qint64 position;   ///< not below 0
+        QByteArray data;   ///< none: nothing is written
     };
 
     /// A moment to come back to.
@@ -169,6 +180,10 @@ public:
     /// begins at 0.
     /// @return null, with errorString(), when there is none, or it cannot be protected
     [[nodiscard]] std::unique_ptr<SecuredFile> open(const QString& name);
+
+    /// Writes to many places of many files at once, faster than one after the other; see
+    /// RollbackDevice::writeBlocks(), which tells what holds after a failure. Positions stay.
+    Result writeBlocks(const std::vector<Block>& blocks);
 
     /// Whether the name means a regular file in this transaction.
     [[nodiscard]] bool exists(const QString& name) const;

@@ -2,7 +2,9 @@
 
 #include "platform/FileIo.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -84,6 +86,12 @@ bool FileIo::sync(int fd)
 int FileIo::removeName(const NativePath& path)
 {
     return ::unlink(path.c_str()) == 0 ? 0 : errno;
+}
+
+int FileIo::moveName(const NativePath& from, const NativePath& to)
+{
+    constexpr unsigned noReplace = 1; // RENAME_NOREPLACE, which some systems' <stdio.h> lacks
+    return ::syscall(SYS_renameat2, AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), noReplace) == 0 ? 0 : errno;
 }
 
 } // namespace veltor::platform

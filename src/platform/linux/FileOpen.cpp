@@ -229,4 +229,10 @@ Presence presenceOf(const NativePath& path)
     return errno == ENOENT || errno == ENOTDIR ? Presence::Absent : Presence::Unknown;
 }
 
+bool isRegular(const NativePath& path)
+{
+    struct stat status;
+    return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 } // namespace veltor::platform

@@ -105,4 +105,9 @@ int FileIo::removeName(const NativePath& path)
     return DeleteFileW(path.c_str()) ? 0 : static_cast<int>(GetLastError());
 }
 
+int FileIo::moveName(const NativePath&, const NativePath&)
+{
+    return ERROR_NOT_SUPPORTED; // its owner has it open
+}
+
 } // namespace veltor::platform

@@ -195,4 +195,12 @@ Presence presenceOf(const NativePath& path)
                                                                           : Presence::Unknown;
 }
 
+bool isRegular(const NativePath& path)
+{
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES &&
+           (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE)) ==
+               0;
+}
+
 } // namespace veltor::platform

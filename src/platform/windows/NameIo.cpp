@@ -126,8 +126,7 @@ int NameIo::move(const Path& folder, const Path& from, const Path& to, bool repl
             return error;
         }
     }
-    const DWORD how =
-        (replace ? MOVEFILE_REPLACE_EXISTING : 0U) | (through ? MOVEFILE_WRITE_THROUGH : 0U);
+    const DWORD how = (replace ? MOVEFILE_REPLACE_EXISTING : 0U) | (through ? MOVEFILE_WRITE_THROUGH : 0U);
     return errorUnless(MoveFileExW(wholePath(folder, from).c_str(), wholePath(folder, to).c_str(), how));
 }
 

@@ -2,7 +2,7 @@
 
 #include <veltor/utils/RollbackDevice.h>
 
-#include "utils/storage/RollbackDevicePrivate.h"
+#include "utils/storage/BlockBatch.h"
 #include "utils/storage/StorageMessages.h"
 #include "utils/storage/io/DeviceIo.h"
 
@@ -189,6 +189,13 @@ bool RollbackDevice::writeBlock(Key key, const QByteArray& data)
 {
     StoredFile* const file = m_p->openFile(key);
     return file && (data.isEmpty() || m_p->write(*file, data));
+}
+
+bool RollbackDevice::writeBlocks(const std::vector<BlockWrite>& writes)
+{
+    BlockBatch batch(*m_p);
+    return std::all_of(writes.begin(), writes.end(), [&](const auto& write) { return batch.add(write); }) &&
+           batch.run();
 }
 
 unsigned long long RollbackDevice::findBlock(unsigned int) const

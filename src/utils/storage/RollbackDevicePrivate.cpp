@@ -13,9 +13,6 @@
 namespace veltor::utils {
 namespace {
 
-/// The longest range that one change block saves: what bounds the memory of a save.
-constexpr quint64 MaxSavedLength = 8 * 1024 * 1024;
-
 const logging::LoggerMessager& repairLog(int line)
 {
     static constexpr const char* function = "void veltor::utils::RollbackDevice::repair()";
@@ -71,7 +68,10 @@ QString RollbackDevice::Private::aboutJournal(const Fault& fault) const
 bool RollbackDevice::Private::release() noexcept
 {
     files.clear();
-    writer.reset();
+    if (writer) {
+        writer->close();
+        writer.reset();
+    }
     const bool held = journal != nullptr;
     if (held) {
         ++generation;
@@ -120,7 +120,7 @@ bool RollbackDevice::Private::load()
     state = State::RollbackOnly;
     if (walker.layout() == journal::Layout::Checksummed && journal->isWritable()) {
         writer.emplace(*journal, barriers);
-        if (!writer->resume(walker.lastEntry())) {
+        if (!writer->resume(walker.lastEntry(), walker.end())) {
             files.clear();
             return failJournal(writer->fault());
         }
@@ -188,7 +188,8 @@ journal::JournalWalker::Rules RollbackDevice::Private::rules() const noexcept
 
 bool RollbackDevice::Private::canAppend() const
 {
-    return (state == State::Appendable && !barriers.hasFailed()) || fail({message::journalNotAppendable(), {}});
+    return (state == State::Appendable && !barriers.hasFailed()) ||
+           fail({message::journalNotAppendable(), {}});
 }
 
 RollbackDevice::Key RollbackDevice::Private::addFile(const QString& name)
@@ -210,7 +211,9 @@ RollbackDevice::Key RollbackDevice::Private::addFile(const QString& name)
         fail({message::openFailed(name), openReason(device)});
         return 0;
     }
-    if (const auto status = io::DeviceIo(*device).status()) {
+    const io::DeviceIo io(*device);
+    const auto status = io.status();
+    if (status) {
         const auto own = io::DeviceIo(*journal).status();
         if (own && own->identity == status->identity) {
             fail({message::fileIsJournal(name), {}});
@@ -226,20 +229,20 @@ RollbackDevice::Key RollbackDevice::Private::addFile(const QString& name)
         fail({message::journalShowsSecrets(name), {}});
         return 0;
     }
-    return append(name, *storedName, std::move(device));
-}
-
-RollbackDevice::Key RollbackDevice::Private::append(const QString& name, const QByteArray& storedName,
-                                                    IOPtr device)
-{
-    const io::DeviceIo io(*device);
-    const std::optional<quint64> size = io.size();
+    // Of a file that was opened just now, the size came with what it is.
+    const std::optional<quint64> size = status ? static_cast<quint64>(status->size) : io.size();
     if (!size) {
         fail({message::fileSizeUnknown(name), io.reason()});
         return 0;
     }
+    return append(name, *storedName, *size, std::move(device));
+}
+
+RollbackDevice::Key RollbackDevice::Private::append(const QString& name, const QByteArray& storedName,
+                                                    quint64 size, IOPtr device)
+{
     StoredFile* const last = files.find(writer->lastEntry());
-    auto chain = writer->appendEntry(*size, storedName, last ? &last->chain : nullptr);
+    auto chain = writer->appendEntry(size, storedName, last ? &last->chain : nullptr);
     if (!chain) {
         failJournal(writer->fault());
         return 0;
@@ -291,23 +294,11 @@ bool RollbackDevice::Private::saveRange(StoredFile& file, quint64 size, quint64 
     if (!canAppend()) {
         return false;
     }
-    // Beyond the end there is nothing to save but the length itself, which a block records at the end.
-    const quint64 begin = std::min(position, size);
-    const quint64 end = begin + std::min(length, size - begin);
     const io::DeviceIo io(*file.device());
-    quint64 from = begin;
-    bool saved = true;
-    do {
-        const auto piece = static_cast<quint32>(std::min(end - from, MaxSavedLength));
-        saved = writer->appendBlock(file.chain, io, {size, from, piece});
-        if (!saved) {
-            const Fault& fault = writer->fault();
-            fault.text.isEmpty()
-                ? fail({message::fileReadFailed(file.name(), from, piece, writer->readable()), fault.reason})
-                : failJournal(fault);
-        }
-        from += piece;
-    } while (saved && from < end);
+    const bool saved = forEachPiece(size, position, length, [&](quint64 from, quint32 piece) {
+        const journal::JournalWriter::Save save{&file.chain, &io, {size, from, piece}};
+        return writer->appendBlocks(&save, &save + 1) || failSaving(file.name());
+    });
     file.mirror();
     return saved;
 }
@@ -316,6 +307,18 @@ bool RollbackDevice::Private::saveRange(StoredFile& file, quint64 size, quint64 
 bool RollbackDevice::Private::passBarrier()
 {
     return barriers.beforeChange(io::DeviceIo(*journal)) || failJournal(barriers.fault());
+}
+
+/// @param name  of the file that was being read
+bool RollbackDevice::Private::failSaving(const QString& name) const
+{
+    const Fault& fault = writer->fault();
+    if (!fault.text.isEmpty()) {
+        return failJournal(fault);
+    }
+    const auto& range = writer->unreadable().range;
+    return fail(
+        {message::fileReadFailed(name, range.position, range.length, writer->readable()), fault.reason});
 }
 
 std::optional<quint64> RollbackDevice::Private::sizeOf(const StoredFile& file, const io::DeviceIo& io) const
@@ -414,6 +417,7 @@ JournalRemoval RollbackDevice::Private::commit()
 JournalRemoval RollbackDevice::Private::dispose()
 {
     removal = {};
+    writer.reset(); // not closed: that would lengthen again what is emptied now
     m_device.remove(journal);
     m_device.close();
     return removal;

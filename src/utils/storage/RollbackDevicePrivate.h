@@ -8,10 +8,28 @@
 
 #include <veltor/utils/RollbackDevice.h>
 
+#include <algorithm>
 #include <atomic>
 #include <optional>
 
 namespace veltor::utils {
+
+/// Cuts a range to what a file of @p size bytes has of it, and into pieces that one block can save: one at
+/// least, since beyond the end there is still the length, which a block records. Ends when @p visit says
+/// false. @return whether it never did
+template <typename Visitor>
+bool forEachPiece(quint64 size, quint64 position, quint64 length, const Visitor& visit)
+{
+    quint64 from = std::min(position, size);
+    const quint64 end = from + std::min(length, size - from);
+    bool go = true;
+    do {
+        const auto piece = static_cast<quint32>(std::min(end - from, journal::JournalWriter::MaxAppend));
+        go = visit(from, piece);
+        from += piece;
+    } while (go && from < end);
+    return go;
+}
 
 /// What a rollback device holds, and the steps that its operations share.
 class RollbackDevice::Private
@@ -38,6 +56,10 @@ public:
     [[nodiscard]] StoredFile* openFile(Key key);
     bool save(StoredFile& file, quint64 position, quint64 length);
     bool write(StoredFile& file, const QByteArray& data);
+    [[nodiscard]] bool canAppend() const;
+    [[nodiscard]] std::optional<quint64> sizeOf(const StoredFile& file, const io::DeviceIo& io) const;
+    bool failSaving(const QString& name) const;
+    bool passBarrier();
     bool resize(StoredFile& file, quint64 size);
     [[nodiscard]] quint64 end() const;
     bool writeJournal(quint64 offset, const QByteArray& bytes);
@@ -74,11 +96,8 @@ private:
     [[nodiscard]] QString aboutJournal(const Fault& fault) const;
     [[nodiscard]] journal::JournalWalker::Rules rules() const noexcept;
     bool reopen(StoredFile& file);
-    [[nodiscard]] bool canAppend() const;
-    Key append(const QString& name, const QByteArray& storedName, IOPtr device);
+    Key append(const QString& name, const QByteArray& storedName, quint64 size, IOPtr device);
     bool saveRange(StoredFile& file, quint64 size, quint64 position, quint64 length);
-    bool passBarrier();
-    [[nodiscard]] std::optional<quint64> sizeOf(const StoredFile& file, const io::DeviceIo& io) const;
     void readSalvageable();
     bool take(const journal::WalkedFile& walked, IOPtr device, bool once);
     bool restore(StoredFile& file, journal::JournalInput& input, const std::function<bool()>& observer);

@@ -7,6 +7,7 @@
 #include "utils/storage/RollbackDevicePrivate.h"
 #include "utils/storage/StorageMessages.h"
 #include "utils/storage/io/JournalFile.h"
+#include "utils/storage/io/SpareJournal.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -70,13 +71,30 @@ void listFiles(QIODevice& device, JournalView& view)
     }
 }
 
+/// Releases a journal's file, unless it is kept as a spare.
+void releaseJournal(QIODevice* device)
+{
+    const auto* const file = static_cast<io::StorageFile*>(device);
+    if (file && !file->isKept()) {
+        delete file;
+    }
+}
+
+IOPtr toDevice(std::unique_ptr<io::StorageFile> file)
+{
+    return IOPtr(file.release(), &releaseJournal);
+}
+
 } // namespace
 
 class RollbackFile::Private
 {
 public:
     QFileInfo journal;
-    QString directory;   // of the journal, canonical; empty until the first file is added
+    Spare spareKind = Spare::None;
+    bool durable = false;
+    std::optional<io::SpareJournal> spare; // of that journal, once one was looked for or kept
+    QString inDirectory; // of the journal, canonical and with its slash; empty until the first file is added
     QString journalPath; // canonical, likewise
     NameRule rule = NameRule::Anywhere;
     NamePredicate accepts;
@@ -87,9 +105,47 @@ public:
 
     void forgetPlace()
     {
-        directory.clear();
+        inDirectory.clear();
         journalPath.clear();
         folder.reset();
+    }
+
+    /// A file's path, links resolved; empty when there is none. In the journal's own folder, whose links are
+    /// known, that takes one question instead of one for each folder on the way.
+    [[nodiscard]] QString resolved(const QFileInfo& file) const
+    {
+#ifndef Q_OS_WIN // where the system also says how a name is spelled
+        const QString name = file.fileName();
+        const QString path = inDirectory + name;
+        if (file.absoluteFilePath() == path && platform::isRegular(io::nativePath(path))) {
+            return path;
+        }
+#endif
+        return file.canonicalFilePath();
+    }
+
+    /// Every directory on the way is a system call: once a journal, not once a file.
+    void resolvePlace()
+    {
+        if (inDirectory.isEmpty()) {
+            const QString directory = journal.absoluteDir().canonicalPath();
+            const bool slash = directory.isEmpty() || directory.endsWith(QLatin1Char('/'));
+            inDirectory = slash ? directory : directory + QLatin1Char('/');
+            journalPath = resolved(QFileInfo(journal.absoluteFilePath()));
+        }
+    }
+
+    /// A path as it is stored: relative when the file lies beneath the journal's directory, however that is
+    /// spelled.
+    [[nodiscard]] QString storedName(const QString& path) const
+    {
+        if (path.startsWith(inDirectory)) {
+            return path.mid(inDirectory.size());
+        }
+        const QString relative = QDir(inDirectory).relativeFilePath(path);
+        const bool outside = relative == QLatin1String("..") || relative.startsWith(QLatin1String("../")) ||
+                             QDir::isAbsolutePath(relative);
+        return outside ? path : relative;
     }
 
     /// Opens a name as the rule has it.
@@ -107,6 +163,27 @@ public:
         const platform::NativePath native = QFile::encodeName(name).toStdString();
 #endif
         return std::make_unique<io::StorageFile>(path, folder->open(native), true);
+    }
+
+    /// The place of the spare, null when none is to be kept.
+    io::SpareJournal* spareJournal()
+    {
+        // What an older journal held must not show through where the disk has not the new one's bytes yet.
+        if (spareKind == Spare::None || durable) {
+            return nullptr;
+        }
+        if (!spare) {
+            spare.emplace(journal, encodeHeader(journal::freshHeader()));
+        }
+        spare->setStays(spareKind == Spare::Left);
+        return &*spare;
+    }
+
+    /// The spare as a new journal, null when there is none, or the name is taken.
+    std::unique_ptr<io::StorageFile> takeSpare()
+    {
+        io::SpareJournal* const kept = spareJournal();
+        return kept ? kept->take() : nullptr;
     }
 
     /// Takes the journal that the name leads to, with its lock.
@@ -172,7 +249,7 @@ JournalRemoval RollbackFile::discard(const QFileInfo& journal)
     owner.setJournalInfo(journal);
     const QString path = owner.journalInfo().absoluteFilePath();
     io::OpenedJournal opened = owner.m_p->take({});
-    IOPtr file = makeIOPtr(opened.file.release());
+    IOPtr file = toDevice(std::move(opened.file));
     if (!file || !contentsOf(*file).journal) {
         const QString reason = file ? message::journalIsNone(path) : opened.reason;
         LogInfo::error(reason);
@@ -202,12 +279,24 @@ void RollbackFile::setOwnJournalsOnly(bool own)
 void RollbackFile::setDurability(Durability durability)
 {
     RollbackDevice::m_p->barriers.want(durability);
+    m_p->durable = durability != Durability::None;
+}
+
+void RollbackFile::setSpare(Spare spare)
+{
+    m_p->spareKind = spare;
+    if (spare == Spare::None) {
+        m_p->spare.reset();
+    }
 }
 
 bool RollbackFile::openByName(const QFileInfo& journal, QIODevice::OpenMode mode)
 {
     close();
     setJournalInfo(journal);
+    if (mode == QIODevice::WriteOnly && startOnSpare()) {
+        return true;
+    }
     // For reading too: this run may have to roll back. Never truncated here: what an old journal holds goes
     // only after the new header stands.
     io::OpenedJournal opened = m_p->take({mode == QIODevice::WriteOnly, mode.testFlag(QIODevice::WriteOnly)});
@@ -215,7 +304,7 @@ bool RollbackFile::openByName(const QFileInfo& journal, QIODevice::OpenMode mode
         return reportFailure(opened.reason);
     }
     const bool created = opened.created;
-    const bool done = open(makeIOPtr(opened.file.release()), mode);
+    const bool done = open(toDevice(std::move(opened.file)), mode);
     if (!done && created) {
         static_cast<void>(discardStillborn());
     } else if (!done && isOpen()) {
@@ -228,6 +317,9 @@ bool RollbackFile::startNew(const QFileInfo& journal)
 {
     close();
     setJournalInfo(journal);
+    if (startOnSpare()) {
+        return true;
+    }
     io::OpenedJournal opened = m_p->take({true});
     if (!opened.file) {
         return reportFailure(opened.reason);
@@ -239,7 +331,19 @@ bool RollbackFile::startNew(const QFileInfo& journal)
                                                                        : message::journalIsNone(path));
     }
     const bool created = opened.created;
-    return open(makeIOPtr(opened.file.release()), QIODevice::WriteOnly) || (created && discardStillborn());
+    return open(toDevice(std::move(opened.file)), QIODevice::WriteOnly) || (created && discardStillborn());
+}
+
+/// Starts a journal on the spare, if there is one.
+bool RollbackFile::startOnSpare()
+{
+    auto spare = m_p->takeSpare();
+    if (spare) {
+        m_p->state = JournalState::Nothing;
+        m_p->ownerPid = 0;
+        static_cast<void>(open(toDevice(std::move(spare)), QIODevice::WriteOnly) || discardStillborn());
+    }
+    return isOpen();
 }
 
 /// A disk without room for a journal's header shall not keep an empty file. @return false
@@ -269,7 +373,11 @@ const QFileInfo& RollbackFile::journalInfo() const noexcept
 void RollbackFile::setJournalInfo(const QFileInfo& journal)
 {
     // Absolute from now on: the process may change its directory.
-    m_p->journal = QFileInfo(journal.absoluteFilePath());
+    const QFileInfo absolute(journal.absoluteFilePath());
+    if (absolute.filePath() != m_p->journal.filePath()) {
+        m_p->spare.reset();
+    }
+    m_p->journal = absolute;
     m_p->forgetPlace();
     RollbackDevice::m_p->barriers.setFolder(m_p->journal.absolutePath());
 }
@@ -304,12 +412,8 @@ IOPtr RollbackFile::openFile(const QString& name) const
 
 RollbackDevice::Key RollbackFile::addFile(const QFileInfo& file)
 {
-    // Every directory on the way is a system call: once a journal, not once a file.
-    if (m_p->directory.isEmpty()) {
-        m_p->directory = m_p->journal.absoluteDir().canonicalPath();
-        m_p->journalPath = QFileInfo(m_p->journal.absoluteFilePath()).canonicalFilePath();
-    }
-    const QString path = file.canonicalFilePath();
+    m_p->resolvePlace();
+    const QString path = m_p->resolved(file);
     if (path.isEmpty()) {
         // Which of the names on the way is missing or forbidden only an opening tells.
         const auto reason = io::StorageFile::open(file.absoluteFilePath(), {})->errorString();
@@ -320,15 +424,16 @@ RollbackDevice::Key RollbackFile::addFile(const QFileInfo& file)
         reportFailure(message::fileIsJournal(path));
         return 0;
     }
-    // Relative when the file lies beneath the journal's directory, however that is spelled.
-    const QString relative = QDir(m_p->directory).relativeFilePath(path);
-    const bool outside = relative == QLatin1String("..") || relative.startsWith(QLatin1String("../")) ||
-                         QDir::isAbsolutePath(relative);
-    return addFileImpl(outside ? path : relative);
+    return addFileImpl(m_p->storedName(path));
 }
 
 void RollbackFile::remove(const IOPtr& device)
 {
+    io::SpareJournal* const spare = m_p->spareJournal();
+    if (spare && device && device.get_deleter() == &releaseJournal &&
+        spare->keep(static_cast<io::StorageFile&>(*device))) {
+        return; // that was its end
+    }
     io::Barriers& barriers = RollbackDevice::m_p->barriers;
     JournalRemoval removal = io::removeJournal(m_p->journal.absoluteFilePath(), device.get(),
                                                encodeHeader(journal::freshHeader()), barriers.areOn());

@@ -205,6 +205,27 @@ qint64 SecuredFile::writeData(const char* data, qint64 length)
     return -1;
 }
 
+bool SecuredFile::writeBlocks(const std::vector<Block>& blocks)
+{
+    std::vector<RollbackDevice::BlockWrite> writes;
+    writes.reserve(blocks.size());
+    for (const Block& block : blocks) {
+        writes.push_back({m_p->key, static_cast<quint64>(block.position), block.data});
+    }
+    auto* const protector = m_p->protector();
+    if (protector && protector->writeBlocks(writes)) {
+        return true;
+    }
+    fail(WriteError, m_p->reason());
+    return false;
+}
+
+/// The file's key, 0 when it is not open in that device's present journal.
+RollbackDevice::Key SecuredFile::keyIn(const RollbackDevice& device) const noexcept
+{
+    return m_p->protector() == &device ? m_p->key : 0;
+}
+
 /// Sets error() and errorString(). Only the base itself can set the former: by an operation of its own that
 /// cannot but fail, since its engine has no file.
 void SecuredFile::fail(FileError error, const QString& reason)

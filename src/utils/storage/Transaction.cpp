@@ -98,6 +98,21 @@ std::unique_ptr<SecuredFile> Transaction::open(const QString& name)
     return file;
 }
 
+Transaction::Result Transaction::writeBlocks(const std::vector<Block>& blocks)
+{
+    if (!m_p || m_p->state != Private::State::Active) {
+        return {Status::Failed, message::notActive(), 0};
+    }
+    std::vector<RollbackDevice::BlockWrite> writes;
+    writes.reserve(blocks.size());
+    for (const Block& block : blocks) {
+        const RollbackDevice::Key key = block.file ? block.file->keyIn(m_p->journal) : 0;
+        writes.push_back({key, static_cast<quint64>(block.position), block.data});
+    }
+    return m_p->journal.writeBlocks(writes) ? Result()
+                                            : Result{Status::Failed, m_p->journal.errorString(), 0};
+}
+
 bool Transaction::exists(const QString& name) const
 {
     if (!isActive()) {

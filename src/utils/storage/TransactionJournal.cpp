@@ -29,6 +29,7 @@ TransactionJournal::TransactionJournal(const QString& path, const Transaction::O
     setDurability(options.durability);
     setNameRule(options.nameRule);
     setOwnJournalsOnly(!options.trustForeign);
+    setSpare(options.spare ? Spare::Left : Spare::None);
     if (options.progress) {
         setRollbackProgress([this, progress = options.progress](quint64 restored, quint64 total) {
             if (!progress(restored, total)) {

@@ -37,9 +37,9 @@
 //            a file that is not there. A name that somebody has taken meanwhile is not overwritten: the
 //            names stay pending until it is free.
 //
-// Where a loss of power is to be survived, the disk gets to know each of these before the next: H, M and every
-// number when it is made; the files, M's seal and J's emptiness before a name changes; what was moved aside
-// before "moved", that before the places, and these before H is emptied.
+// Where a loss of power is to be survived, the disk gets to know each of these before the next: H, M and
+// every number when it is made; the files, M's seal and J's emptiness before a name changes; what was moved
+// aside before "moved", that before the places, and these before H is emptied.
 //
 // Then H is emptied: numbers, M, H itself. M and what is in H are bytes from anywhere: names lead nowhere but
 // beneath the journal's folder, no link is followed, and only numbers are ever deleted.
@@ -354,9 +354,10 @@ TransactionNames::Result TransactionNames::moveAside(const journal::NameMap::Pla
         if (file.kind == Kind::Missing || file.kind == Kind::Folder || file.kind == Kind::Other) {
             continue; // somebody else has removed it
         }
-        const int error = file.kind == Kind::Unknown ? file.error
-                                                     : platform::nameIo().move(native(m_folder), native(name),
-                                                                               native(hidden), false, m_durable);
+        const int error =
+            file.kind == Kind::Unknown
+                ? file.error
+                : platform::nameIo().move(native(m_folder), native(name), native(hidden), false, m_durable);
         if (error != 0) {
             return failed(message::cannotMove(pathOf(name), pathOf(hidden), qt_error_string(error)));
         }
@@ -375,10 +376,10 @@ TransactionNames::Result TransactionNames::moveToPlace(const journal::NameMap::P
         if (file.kind == Kind::Folder || file.kind == Kind::Other) {
             return failed(message::notRegular(pathOf(name)));
         }
-        const int error = file.kind == Kind::Unknown
-                              ? file.error
-                              : platform::nameIo().move(native(m_folder), native(name), native(to), replaces,
-                                                        m_durable);
+        const int error =
+            file.kind == Kind::Unknown
+                ? file.error
+                : platform::nameIo().move(native(m_folder), native(name), native(to), replaces, m_durable);
         if (error != 0) {
             return failed(message::cannotMove(pathOf(name), pathOf(to), qt_error_string(error)));
         }

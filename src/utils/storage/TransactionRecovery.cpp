@@ -91,7 +91,8 @@ std::vector<Transaction::NameChange> Transaction::nameChanges(const QString& jou
 {
     std::vector<NameChange> changes;
     Result unread;
-    const std::optional<journal::Manifest> manifest = TransactionNames(QFileInfo(journal), true, false).read(unread);
+    const std::optional<journal::Manifest> manifest =
+        TransactionNames(QFileInfo(journal), true, false).read(unread);
     if (manifest) {
         for (const journal::NameRecord& record : manifest->records) {
             const auto kind = record.kind == journal::NameRecord::Kind::Create   ? NameChange::Kind::Create

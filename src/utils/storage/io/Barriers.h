@@ -9,8 +9,8 @@
 
 namespace veltor::utils::io {
 
-/// What a durable transaction waits for. It alone knows what of the journal is on the disk; without durability
-/// every question is answered with yes, and nothing is waited for.
+/// What a durable transaction waits for. It alone knows what of the journal is on the disk; without
+/// durability every question is answered with yes, and nothing is waited for.
 ///
 /// A failed sync is never tried again as if nothing had happened: what the system holds of such a file may
 /// differ from the disk for good. From then on nothing may be saved, changed or committed.

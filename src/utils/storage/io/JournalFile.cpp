@@ -49,17 +49,20 @@ OpenedJournal openUnlocked(const QString& path, const JournalOpening& opening)
     using platform::OpenFault;
     OpenedJournal journal;
     platform::OpenedFile opened;
-    journal.file = makeFile(path, {opening.write || opening.create, false, true}, opened);
-    if (opened.fault == OpenFault::Absent && opening.create) {
+    if (opening.create) { // mostly there is none
         journal.file = makeFile(path, {true, true, true}, opened);
         journal.created = journal.file != nullptr;
-    } else if (opened.fault == OpenFault::System && opening.write && !opening.create) {
+    }
+    if (!opening.create || opened.fault == OpenFault::Exists) {
+        journal.file = makeFile(path, {opening.write || opening.create, false, true}, opened);
+        // Somebody removed it in between.
+        journal.isNew = opening.create && opened.fault == OpenFault::Absent;
+    }
+    if (opened.fault == OpenFault::System && opening.write && !opening.create) {
         const platform::OpenedFile first = opened;
         journal.file = makeFile(path, {false, false, true}, opened);
         opened = journal.file ? opened : first;
     }
-    // Somebody else made it in between.
-    journal.isNew = opened.fault == OpenFault::Exists;
     journal.answer = journal.file                        ? Answer::Opened
                      : opened.fault == OpenFault::Absent ? Answer::Absent
                                                          : Answer::Refused;

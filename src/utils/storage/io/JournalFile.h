@@ -32,7 +32,7 @@ struct OpenedJournal
     std::unique_ptr<StorageFile> file; ///< null unless opened
     Answer answer = Answer::Refused;
     bool created = false;
-    bool isNew = false;  ///< not opened, since somebody made it at this moment
+    bool isNew = false;  ///< not opened, since somebody removed it at this moment
     qint64 ownerPid = 0; ///< of the program that has it; 0 when unknown
     QString reason;      ///< in words; empty when opened
 };

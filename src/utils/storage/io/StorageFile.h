@@ -40,11 +40,20 @@ public:
     /// Sets who may do what with it, as platform::FileStatus::access. False when that is not allowed.
     bool restrictAccess(unsigned access);
 
+    /// True while somebody keeps it whose device it is not: then the device's owner does not delete it.
+    [[nodiscard]] bool isKept() const noexcept { return m_kept; }
+    void setKept(bool kept) noexcept { m_kept = kept; }
+    /// True for a journal's file that was another journal before: what that held may stay behind the end.
+    [[nodiscard]] bool isReused() const noexcept { return m_reused; }
+    void setReused() noexcept { m_reused = true; }
+
 private:
     const QString m_path;
     platform::FileStatus m_status;
     int m_descriptor;
     bool m_isLocked = false;
+    bool m_kept = false;
+    bool m_reused = false;
 };
 
 /// A path for the platform's calls; on Windows in the form that has no limit of 260 characters.

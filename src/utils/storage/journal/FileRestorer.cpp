@@ -29,13 +29,16 @@ FileRestorer::FileRestorer(JournalInput& journal, const FileChain& chain, QIODev
 FileRestorer::Outcome FileRestorer::restore(const Observer& observer)
 {
     bool stopped = false;
-    const bool done = readLayout() && isLengthExplained() && walk(0, [&](const Block& block) {
-                          if (!cut(block.head.sizeBound) || !restoreBlock(block)) {
-                              return false;
-                          }
-                          stopped = !observer();
-                          return !stopped;
-                      });
+    RepeatedRanges repeated;
+    const bool done =
+        readLayout() && isLengthExplained() && findRepeated(repeated) && walk(0, [&](const Block& block) {
+            const bool again = repeated.comesAgain(block.head);
+            if (!cut(block.head.sizeBound) || !(again ? checkData(block) : restoreBlock(block))) {
+                return false;
+            }
+            stopped = !observer();
+            return !stopped;
+        });
     if (stopped) {
         return Outcome::Stopped;
     }
@@ -140,6 +143,15 @@ bool FileRestorer::isLengthExplained()
     }
     proof.cut(m_chain.fileSize);
     return proof.holds() || fail(message::fileLengthUnexplained(m_name, m_chain.fileSize));
+}
+
+/// Goes over the heads where more was saved than there is, so that some of it must be the same.
+bool FileRestorer::findRepeated(RepeatedRanges& repeated)
+{
+    return m_chain.savedBytes <= m_chain.fileSize || walk(0, [&](const Block& block) {
+               repeated.note(block.head);
+               return true;
+           });
 }
 
 bool FileRestorer::restoreBlock(const Block& block)

@@ -4,6 +4,7 @@
 #include "utils/storage/io/DeviceIo.h"
 #include "utils/storage/journal/JournalInput.h"
 #include "utils/storage/journal/JournalWalker.h"
+#include "utils/storage/journal/RepeatedRanges.h"
 
 #include <functional>
 #include <vector>
@@ -55,6 +56,7 @@ private:
     bool walk(quint64 until, const Step& step);
     bool readHead(quint64 newer, Block& block);
     bool isLengthExplained();
+    bool findRepeated(RepeatedRanges& repeated);
     bool restoreBlock(const Block& block);
     bool checkData(const Block& block);
     bool restorePiece(quint64 position, const char* data, qint64 length);

@@ -195,16 +195,23 @@ std::optional<QByteArray> encodeName(const QString& name)
     return bytes;
 }
 
-bool isUnfinishedLink(quint64 before, quint64 after, quint64 found) noexcept
+void MovedLink::passes(quint64 member) noexcept
 {
-    quint64 newBytes = 0; // mask of the bytes that arrived; the lowest byte is written first
-    for (int arrived = 0; arrived <= 8; ++arrived) {
-        if (found == ((after & newBytes) | (before & ~newBytes))) {
-            return true;
-        }
-        newBytes = (newBytes << 8) | 0xFF;
+    int differing = 0; // bytes, the lowest of which is written first
+    for (quint64 difference = m_found ^ member; difference != 0; difference >>= 8) {
+        ++differing;
     }
-    return false;
+    m_newBytes = qMin(m_newBytes, differing);
+}
+
+bool MovedLink::mayLeadTo(quint64 last) const noexcept
+{
+    if (m_newBytes == 0 || m_found == last) {
+        return true;
+    }
+    // A mixture of an older link and a newer one lies before the newer one.
+    const quint64 arrived = m_newBytes < 8 ? (quint64(1) << (8 * m_newBytes)) - 1 : ~quint64(0);
+    return ((m_found ^ last) & arrived) == 0 && m_found < last;
 }
 
 } // namespace veltor::utils::journal

@@ -105,8 +105,23 @@ std::optional<QString> decodeName(const QByteArray& bytes);
 /// The bytes to store for a name; nothing when they are too long or would not read back as the same name.
 std::optional<QByteArray> encodeName(const QString& name);
 
-/// True when a link that was being changed from @p before to @p after may read @p found because the
-/// process died meanwhile: some leading bytes new, the others old, none and all included.
-bool isUnfinishedLink(quint64 before, quint64 after, quint64 found) noexcept;
+/// The last link of a chain as it was found, and whether it was just being moved on to the chain's end when
+/// the process died: some leading bytes new, the others of where it led before, none and all included.
+class MovedLink
+{
+public:
+    explicit MovedLink(quint64 found) noexcept
+        : m_found(found)
+    {}
+
+    /// The chain has this member, or 0 before the first: there the link may have led.
+    void passes(quint64 member) noexcept;
+    /// True when the link may have been on its way to @p last.
+    [[nodiscard]] bool mayLeadTo(quint64 last) const noexcept;
+
+private:
+    quint64 m_found;
+    int m_newBytes = 8; ///< as many must have arrived, at least
+};
 
 } // namespace veltor::utils::journal

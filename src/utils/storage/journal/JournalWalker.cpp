@@ -154,7 +154,9 @@ bool JournalWalker::endFiles(const FileVisitor& visitor, quint64 beforeLast, boo
         return m_metLastFile || takeLastFile(visitor);
     }
     if (m_mode == Mode::Salvage) {
-        return !broken && isUnfinishedLink(beforeLast, m_lastEntry, m_header.lastFile);
+        MovedLink link(m_header.lastFile);
+        link.passes(beforeLast);
+        return !broken && link.mayLeadTo(m_lastEntry);
     }
     return fail(message::lastFileMismatch(m_lastEntry, m_header.lastFile));
 }
@@ -218,18 +220,18 @@ bool JournalWalker::checkEntry(const FileEntry& entry)
 
 JournalWalker::Outcome JournalWalker::walkChanges(FileChain& chain)
 {
-    quint64 before = 0;
+    MovedLink link(chain.lastChange);
     quint64 last = 0;
     bool met = chain.lastChange == 0; // the stored end
     bool broken = false;
     for (quint64 offset = chain.firstChange; offset != 0 && !broken;) {
         ChangeHead head;
-        broken = !readChange(offset, last, head) ||
-                 (isStrayFirstChange(chain, last, head) && !fail(message::badFirstChange(offset, chain.fileSize)));
+        broken = !readChange(offset, last, head) || (isStrayFirstChange(chain, last, head) &&
+                                                     !fail(message::badFirstChange(offset, chain.fileSize)));
         if (!broken) {
             chain.take(offset, head.sizeBound, head.length);
             met = met || offset == chain.lastChange;
-            before = last;
+            link.passes(last);
             last = offset;
             offset = head.next;
         }
@@ -239,19 +241,20 @@ JournalWalker::Outcome JournalWalker::walkChanges(FileChain& chain)
         const bool whole = !broken && (stored == last || fail(message::lastChangeMismatch(stored, last)));
         return whole ? Outcome::Whole : Outcome::Unreadable;
     }
-    chain.whole = isEndOfChanges(chain, before, stored, met, broken);
+    chain.whole = isEndOfChanges(chain, link, stored, met, broken);
     return chain.whole ? Outcome::Whole : Outcome::Broken;
 }
 
 /// Whether nothing behind the last block that was found could be needed. The last change is linked, and
 /// synced if at all, before any byte of the file is overwritten.
-bool JournalWalker::isEndOfChanges(FileChain& chain, quint64 before, quint64 stored, bool met, bool broken)
+bool JournalWalker::isEndOfChanges(FileChain& chain, const MovedLink& link, quint64 stored, bool met,
+                                   bool broken)
 {
     if (stored == chain.lastChange) {
         return true;
     }
     if (m_rules == Rules::Format) {
-        return !broken && isUnfinishedLink(before, chain.lastChange, stored);
+        return !broken && link.mayLeadTo(chain.lastChange);
     }
     return met || takeTail(chain, stored) || (!broken && isSplit(chain.entry + EntryLastChangeAt));
 }
@@ -270,8 +273,8 @@ bool JournalWalker::takeTail(FileChain& chain, quint64 stored)
         const char* const bytes = readRecord(offset, changeHeadSize(*m_layout));
         Block block{offset, bytes ? decodeChangeHead(bytes, *m_layout) : ChangeHead()};
         const quint64 previous = block.head.previous;
-        const bool whole = bytes && tail.size() < longest && previous < offset && previous >= chain.lastChange &&
-                           readChange(offset, previous, block.head) &&
+        const bool whole = bytes && tail.size() < longest && previous < offset &&
+                           previous >= chain.lastChange && readChange(offset, previous, block.head) &&
                            !isStrayFirstChange(chain, previous, block.head);
         if (!whole) {
             return false;
@@ -332,6 +335,7 @@ bool JournalWalker::checkChangeData(quint64 offset, const ChangeHead& head)
     if (*m_layout == Layout::Checksummed && checksum != head.checksum) {
         return fail(message::checksumMismatch(offset));
     }
+    visited(offset, head.length);
     return true;
 }
 
@@ -351,6 +355,7 @@ bool JournalWalker::readName(WalkedFile& file)
         return fail(message::badName());
     }
     file.name = *name;
+    visited(offset, length);
     return m_budget.take(length) || fail(message::badNextFile(file.chain.entry, file.chain.fileSize));
 }
 
@@ -407,6 +412,7 @@ const char* JournalWalker::readRecord(quint64 offset, quint64 size)
         fail(message::readFailed(offset, size, static_cast<quint64>(piece.length)));
         return nullptr;
     }
+    visited(offset, size);
     return piece.data;
 }
 

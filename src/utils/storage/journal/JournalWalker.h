@@ -47,9 +47,9 @@ private:
 /// ends the walk, as does an entry that cannot be read.
 ///
 /// After a loss of power, while salvaging: what was written behind the last sync may be there or not, in any
-/// order. Only what was synced before could be needed, and that is whole; so a chain may go on behind its stored
-/// end, or the way to its last blocks may be missing, if these are whole. A first block bound by another size
-/// than the file's is none, whoever links to it.
+/// order. Only what was synced before could be needed, and that is whole; so a chain may go on behind its
+/// stored end, or the way to its last blocks may be missing, if these are whole. A first block bound by
+/// another size than the file's is none, whoever links to it.
 ///
 /// No length or link of the journal decides an allocation or how long the walk takes: it is linear in
 /// the journal's size and needs the memory of one JournalInput.
@@ -86,6 +86,8 @@ public:
     [[nodiscard]] quint64 freeBlockCount() const noexcept { return m_freeBlockCount; }
     /// The last entry visited, 0 for none.
     [[nodiscard]] quint64 lastEntry() const noexcept { return m_lastEntry; }
+    /// Behind all records visited; what lies further back is room, or an append that was not linked.
+    [[nodiscard]] quint64 end() const noexcept { return m_end; }
 
 private:
     enum class Outcome
@@ -106,7 +108,8 @@ private:
     bool endFiles(const FileVisitor& visitor, quint64 beforeLast, bool broken);
     bool takeLastFile(const FileVisitor& visitor);
     Outcome walkChanges(FileChain& chain);
-    [[nodiscard]] bool isEndOfChanges(FileChain& chain, quint64 before, quint64 stored, bool met, bool broken);
+    [[nodiscard]] bool isEndOfChanges(FileChain& chain, const MovedLink& link, quint64 stored, bool met,
+                                      bool broken);
     bool takeTail(FileChain& chain, quint64 stored);
     [[nodiscard]] bool isStrayFirstChange(const FileChain& chain, quint64 previous,
                                           const ChangeHead& head) const;
@@ -118,6 +121,7 @@ private:
 
     const char* readRecord(quint64 offset, quint64 size);
     bool fail(const QString& message);
+    void visited(quint64 offset, quint64 size) noexcept { m_end = qMax(m_end, offset + size); }
 
     QIODevice& m_journal;
     Mode m_mode;
@@ -129,6 +133,7 @@ private:
     quint64 m_freeBlockCount = 0;
     quint64 m_lastEntry = 0;
     bool m_metLastFile = false; // the one that the header names
+    quint64 m_end = 0;
     Fault m_fault;
 };
 
@@ -167,8 +172,8 @@ private:
 /// nothing yet: what a kill leaves while a journal is being created.
 bool isUnfinishedCreation(QIODevice& journal);
 
-/// True when @p journal can be read, and is all zeros: what a loss of power leaves of bytes that were never on
-/// the disk.
+/// True when @p journal can be read, and is all zeros: what a loss of power leaves of bytes that were never
+/// on the disk.
 bool isBlank(QIODevice& journal);
 
 } // namespace veltor::utils::journal
