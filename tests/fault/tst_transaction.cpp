@@ -97,13 +97,16 @@ public:
             static_cast<void>(m_folder.write(name.toUtf8().constData(), bytes));
         }
     }
-    /// All that is there: leftovers of a transaction are files too many.
+    /// All that is there but a spare: leftovers of a transaction are files too many.
     [[nodiscard]] Files read() const
     {
         Files files;
         QDirIterator all(path(), QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
         while (all.hasNext()) {
             QFile file(all.next());
+            if (file.fileName().endsWith(u("/.journal.spare"))) {
+                continue;
+            }
             files[QDir(path()).relativeFilePath(file.fileName())] =
                 file.open(QIODevice::ReadOnly) ? file.readAll() : "unreadable";
         }
@@ -122,7 +125,8 @@ public:
         : m_world(world)
         , m_random(seed)
         , m_model(World::originals())
-        , m_transaction(Transaction::begin(world.journal()))
+        , m_spare(seed % 2 == 0)
+        , m_transaction(Transaction::begin(world.journal(), options()))
     {}
 
     /// The contents that it leaves, if it did not die.
@@ -144,6 +148,12 @@ public:
     [[nodiscard]] const Files& model() const { return m_model; }
 
 private:
+    [[nodiscard]] Transaction::Options options() const
+    {
+        Transaction::Options options;
+        options.spare = m_spare;
+        return options;
+    }
     int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
     QString anyName()
     {
@@ -184,6 +194,13 @@ private:
         const int position = below(bytes.size() + 1);
         const QByteArray written = pattern(1 + below(400), below(256));
         bytes.replace(position, written.size(), written);
+        if (below(2) == 0) {
+            const int second = below(bytes.size() + 1);
+            bytes.replace(second, 3, "abc");
+            return m_spare ? file->writeBlocks({{position, written}, {second, "abc"}})
+                           : bool(m_transaction.writeBlocks(
+                                 {{file.get(), position, written}, {file.get(), second, "abc"}}));
+        }
         return file->seek(position) && file->write(written) == written.size();
     }
 
@@ -237,6 +254,7 @@ private:
     std::mt19937 m_random;
     Files m_model;
     std::vector<std::pair<Transaction::Savepoint, Files>> m_points;
+    const bool m_spare;
     Transaction m_transaction;
     bool m_reachedCommit = false;
 };
