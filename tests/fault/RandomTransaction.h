@@ -39,13 +39,16 @@ public:
             static_cast<void>(m_folder.write(name.toUtf8().constData(), bytes));
         }
     }
-    /// All that is there: leftovers of a transaction are files too many.
+    /// All that is there but a spare: leftovers of a transaction are files too many.
     [[nodiscard]] Files read() const
     {
         Files files;
         QDirIterator all(path(), QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
         while (all.hasNext()) {
             QFile file(all.next());
+            if (file.fileName().endsWith(u("/.journal.spare"))) {
+                continue;
+            }
             files[QDir(path()).relativeFilePath(file.fileName())] =
                 file.open(QIODevice::ReadOnly) ? file.readAll() : "unreadable";
         }

@@ -73,13 +73,19 @@ private:
 class TransactionModel : public testing::Test
 {
 protected:
+    static Transaction::Options options(unsigned seed)
+    {
+        Transaction::Options options;
+        options.spare = seed % 2 == 0;
+        return options;
+    }
     /// A run under a plan, up to its end or death.
     Files run(unsigned seed, Plan& plan)
     {
         m_world.reset();
         const PlanScope scope(plan);
         const PlannedNames names;
-        RandomTransaction transaction(m_world, seed);
+        RandomTransaction transaction(m_world, seed, options(seed));
         const Files left = transaction.finish();
         m_mayBeCommitted = transaction.reachedCommit();
         m_committed = transaction.model();
@@ -124,7 +130,7 @@ TEST_F(TransactionModel, ChangesWhatTheModelSays)
 {
     for (unsigned seed = 0; seed < Seeds * 20; ++seed) {
         m_world.reset();
-        const Files expected = RandomTransaction(m_world, seed).finish();
+        const Files expected = RandomTransaction(m_world, seed, options(seed)).finish();
         ASSERT_TRUE(m_world.read() == expected) << "seed " << seed;
     }
 }
