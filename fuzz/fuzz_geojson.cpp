@@ -29,7 +29,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
         MapReading reading;
         reading.geographic = surface.mode() != veltor::core::CalcMode::Cartesian;
         reading.keepText = true;
-        reading.notes = &notes;
         reading.feature = [&](MapFeature&& feature) {
             const Measures measures = surface.measure(feature, notes);
             const PropertiesPlace& place = feature.properties;

@@ -37,6 +37,77 @@
     </message>
 </context>
 <context>
+    <name>DateFormats</name>
+    <message>
+        <source>&apos;%1&apos; может быть и %2, и %3</source>
+        <translation>&apos;%1&apos; may be both %2 and %3</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; — не дата</source>
+        <translation>&apos;%1&apos; is no date</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; — не дата; пример даты: %2</source>
+        <translation>&apos;%1&apos; is no date; a date is, for example, %2</translation>
+    </message>
+</context>
+<context>
+    <name>ErrorTracer</name>
+    <message>
+        <source>Замечания: %1</source>
+        <translation>Notes: %1</translation>
+    </message>
+    <message>
+        <source>Предупреждения: %1</source>
+        <translation>Warnings: %1</translation>
+    </message>
+    <message>
+        <source>Ошибки: %1</source>
+        <translation>Errors: %1</translation>
+    </message>
+    <message>
+        <source>Прервало работу: %1</source>
+        <translation>Ended the work: %1</translation>
+    </message>
+    <message>
+        <source>Что пошло не так</source>
+        <translation>What went wrong</translation>
+    </message>
+    <message>
+        <source>причина:</source>
+        <translation>cause:</translation>
+    </message>
+    <message>
+        <source>и ещё %1</source>
+        <translation>and %1 more</translation>
+    </message>
+    <message>
+        <source>и ещё %1, которые не показаны</source>
+        <translation>and %1 more that are not shown</translation>
+    </message>
+    <message>
+        <source>ru</source>
+        <extracomment>The language of these texts, as the attribute lang of HTML has it</extracomment>
+        <translation>en</translation>
+    </message>
+    <message>
+        <source>Ошибок нет.</source>
+        <translation>No errors.</translation>
+    </message>
+    <message>
+        <source>Неизвестная ошибка</source>
+        <translation>Unknown error</translation>
+    </message>
+    <message>
+        <source>Ошибка без описания</source>
+        <translation>Error without a description</translation>
+    </message>
+    <message>
+        <source>строка %1</source>
+        <translation>line %1</translation>
+    </message>
+</context>
+<context>
     <name>GroupTask</name>
     <message>
         <source>неизвестная ошибка</source>
@@ -1153,6 +1224,30 @@ discard keeps the new contents and removes the journal.</translation>
         <source>дыры больше многоугольника; его площадь взята за 0</source>
         <translation>the holes are larger than the polygon, whose area is taken for 0</translation>
     </message>
+    <message>
+        <source>Измерение: %1</source>
+        <translation>Measuring %1</translation>
+    </message>
+    <message>
+        <source>ФАЙЛ.html</source>
+        <translation>FILE.html</translation>
+    </message>
+    <message>
+        <source>куда записать страницу о том, что не измерено и почему</source>
+        <translation>where to write a page about what was not measured and why</translation>
+    </message>
+    <message>
+        <source>%1: этот файл читается</source>
+        <translation>%1: this file is being read</translation>
+    </message>
+    <message>
+        <source>никто из тех, кого видно, не использует</source>
+        <translation>nobody that can be seen uses it</translation>
+    </message>
+    <message>
+        <source>rollback, repair: журнал записан с расчётом на потерю питания</source>
+        <translation>rollback, repair: the journal was written to survive a loss of power</translation>
+    </message>
 </context>
 <context>
     <name>veltor::concurrent::ProgressHandler</name>
@@ -1174,6 +1269,45 @@ discard keeps the new contents and removes the journal.</translation>
     <message>
         <source>Задача уже передана на выполнение</source>
         <translation>The task was already handed over</translation>
+    </message>
+</context>
+<context>
+    <name>veltor::utils::ItemModelExport</name>
+    <message>
+        <source>в таблице нет столбца %1</source>
+        <translation>the table has no column %1</translation>
+    </message>
+    <message>
+        <source>Уровень</source>
+        <translation>Level</translation>
+    </message>
+    <message>
+        <source>разделитель и кавычка CSV не годятся вместе</source>
+        <translation>the delimiter and the quote of the CSV do not go together</translation>
+    </message>
+    <message>
+        <source>недопустимый конец строки CSV</source>
+        <translation>the line end of the CSV is not a valid one</translation>
+    </message>
+    <message>
+        <source>Таблица</source>
+        <translation>Table</translation>
+    </message>
+    <message>
+        <source>таблица изменилась во время записи</source>
+        <translation>the table changed while it was being written</translation>
+    </message>
+    <message>
+        <source>источник таблицы не передал всех строк</source>
+        <translation>the source of the table did not deliver all rows</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; не открыт для записи</source>
+        <translation>&apos;%1&apos; is not open for writing</translation>
+    </message>
+    <message>
+        <source>Не удалось записать &apos;%1&apos;: %2</source>
+        <translation>Could not write &apos;%1&apos;: %2</translation>
     </message>
 </context>
 <context>
@@ -1442,6 +1576,22 @@ discard keeps the new contents and removes the journal.</translation>
         <source>Файл не разрешен правилом имен</source>
         <translation>The name rule does not accept the file</translation>
     </message>
+    <message>
+        <source>Файл отката &apos;%0&apos; занят другой программой: %1</source>
+        <translation>The rollback file &apos;%0&apos; is in use by another program: %1</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись файла &apos;%0&apos; на диск</source>
+        <translation>The system has not confirmed that the file &apos;%0&apos; is on the disk</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись имен в папке &apos;%0&apos; на диск</source>
+        <translation>The system has not confirmed that the names in the folder &apos;%0&apos; are on the disk</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись файла отката на диск</source>
+        <translation>The system has not confirmed that the rollback file is on the disk</translation>
+    </message>
 </context>
 <context>
     <name>veltor::utils::Transaction</name>
@@ -1536,6 +1686,10 @@ discard keeps the new contents and removes the journal.</translation>
     <message>
         <source>&apos;%0&apos; не является папкой транзакции</source>
         <translation>&apos;%0&apos; is not a transaction&apos;s folder</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись &apos;%0&apos; на диск: %1</source>
+        <translation>The system has not confirmed that &apos;%0&apos; is on the disk: %1</translation>
     </message>
 </context>
 </TS>

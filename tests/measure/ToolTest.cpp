@@ -89,8 +89,6 @@ bool isTaken(const QByteArray& json)
     buffer.open(QIODevice::ReadOnly);
     MapReading reading;
     reading.feature = [](MapFeature&&) {};
-    Notes notes;
-    reading.notes = &notes;
     try {
         readGeoJson(buffer, reading);
         return true;

@@ -17,7 +17,6 @@ struct MapReading
     QString nameProperty;   ///< the property with the name; empty: "name" or "NAME"
     std::function<void(MapFeature&&)> feature{};  ///< called with one feature after the other
     std::function<void(qint64 bytes)> progress{}; ///< called after each feature
-    Notes* notes = nullptr;
 };
 
 /// Reads GeoJSON (RFC 7946) feature by feature, so that the file may be of any size: a FeatureCollection, a

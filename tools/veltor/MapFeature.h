@@ -4,9 +4,12 @@
 #include <QtCore/QString>
 #include <QtCore/QVector>
 
-#include <map>
 #include <string>
 #include <vector>
+
+namespace veltor::err {
+class ErrorTracer;
+}
 
 namespace veltor::tool {
 
@@ -40,22 +43,25 @@ struct MapFeature
     [[nodiscard]] bool isMeasured() const { return !polygons.empty() || !lines.empty(); }
 };
 
-/// What is worth a word on standard error, one line a kind: the first place, and how often.
+/// What is worth a word about features, in their order; the report of the whole map counts equal ones.
 class Notes
 {
 public:
-    void add(const QString& kind, const MapFeature& feature);
-    void add(const Notes& others);
-    void print() const;
+    void add(const QString& kind, const MapFeature& feature)
+    {
+        m_notes.push_back({kind, feature.number, feature.name});
+    }
+    /// Adds them as warnings about a file of this name.
+    void addTo(err::ErrorTracer& errors, const QString& file) const;
 
 private:
-    struct Entry
+    struct Note
     {
-        qint64 number = 0;
+        QString kind;
+        qint64 number;
         QString name;
-        qint64 count = 0;
     };
-    std::map<QString, Entry> m_entries;
+    std::vector<Note> m_notes;
 };
 
 } // namespace veltor::tool

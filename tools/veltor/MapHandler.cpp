@@ -391,9 +391,6 @@ bool MapHandler::emit(MapFeature& feature)
     if (m_reading.keepText) {
         feature.text = m_input.takeKept() + '}';
     }
-    if (feature.hasClamped && m_reading.notes) {
-        m_reading.notes->add(Text::tr("широта чуть дальше полюса взята за полюс"), feature);
-    }
     m_reading.feature(std::move(feature));
     m_feature = MapFeature();
     if (m_reading.progress) {

@@ -149,6 +149,9 @@ void measureBatch(Batch& batch, const Surface& surface)
     const utils::ScopedTimer timer("measure");
     batch.results.reserve(batch.features.size());
     for (MapFeature& feature : batch.features) {
+        if (feature.hasClamped) {
+            batch.notes.add(Text::tr("широта чуть дальше полюса взята за полюс"), feature);
+        }
         if (!feature.isMeasured()) {
             const QString kind = feature.kind.isEmpty() ? Text::tr("объект без геометрии") : feature.kind;
             batch.notes.add(Text::tr("%1 не измеряется").arg(kind), feature);
@@ -211,25 +214,30 @@ int pointsOf(const MapFeature& feature)
 /// The reader's whole life.
 void readBatches(QIODevice& device, MapReading& reading, Conveyor& conveyor)
 {
+    std::exception_ptr fault;
+    auto batch = std::make_unique<Batch>();
+    reading.feature = [&](MapFeature&& feature) {
+        batch->points += pointsOf(feature);
+        batch->features.push_back(std::move(feature));
+        if (batch->points >= batchPoints || batch->features.size() >= batchFeatures) {
+            const utils::ScopedTimer roomTimer("wait for room");
+            conveyor.put(std::exchange(batch, std::make_unique<Batch>()));
+        }
+    };
     try {
         const utils::ScopedTimer timer("read");
-        auto batch = std::make_unique<Batch>();
-        reading.feature = [&](MapFeature&& feature) {
-            batch->points += pointsOf(feature);
-            batch->features.push_back(std::move(feature));
-            if (batch->points >= batchPoints || batch->features.size() >= batchFeatures) {
-                const utils::ScopedTimer roomTimer("wait for room");
-                conveyor.put(std::exchange(batch, std::make_unique<Batch>()));
-            }
-        };
         readGeoJson(device, reading);
-        conveyor.put(std::move(batch));
-        conveyor.end(nullptr);
     } catch (const Stopped&) {
         conveyor.end(nullptr);
+        return;
     } catch (...) {
-        conveyor.end(std::current_exception());
+        fault = std::current_exception();
     }
+    try {
+        conveyor.put(std::move(batch)); // what came before a fault too
+    } catch (const Stopped&) {
+    }
+    conveyor.end(fault);
 }
 
 /// Whatever happens, the reader is told to stop and waited for.
@@ -257,15 +265,13 @@ private:
 
 void measureMap(QIODevice& device, MapReading reading, const Surface& surface,
                 const std::function<void(MeasuredFeature&&)>& take,
+                const std::function<void(const Notes&)>& takeNotes,
                 const std::function<void(qint64)>& progress)
 {
     const InterruptWatch watch;
     const int threads = std::max(1, QThread::idealThreadCount());
     Conveyor conveyor(static_cast<std::size_t>(2 * threads + 2));
     std::atomic<qint64> bytes{0};
-    Notes* const notes = std::exchange(reading.notes, nullptr);
-    Notes readerNotes;
-    reading.notes = &readerNotes;
     reading.progress = [&](qint64 done) { bytes.store(done, std::memory_order_relaxed); };
 
     concurrent::TaskThreadPool pool(threads); // waits for its tasks at the end
@@ -280,7 +286,7 @@ void measureMap(QIODevice& device, MapReading reading, const Surface& surface,
                 for (MeasuredFeature& feature : batch->results) {
                     take(std::move(feature));
                 }
-                notes->add(batch->notes);
+                takeNotes(batch->notes);
             }
             if (InterruptWatch::interrupted()) {
                 InterruptWatch::endProcess();
@@ -288,7 +294,6 @@ void measureMap(QIODevice& device, MapReading reading, const Surface& surface,
             progress(bytes.load(std::memory_order_relaxed));
         }
     }
-    notes->add(readerNotes);
 }
 
 } // namespace veltor::tool

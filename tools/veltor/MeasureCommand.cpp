@@ -5,10 +5,12 @@
 #include "MapRun.h"
 #include "MeasureOptions.h"
 #include "MeasureReport.h"
+#include "OutputFile.h"
 #include "TerminalText.h"
 #include "Text.h"
 #include "TraceFile.h"
 
+#include <veltor/err/ErrorTracer.h>
 #include <veltor/utils/ScopedTimer.h>
 
 #include <QtCore/QElapsedTimer>
@@ -73,7 +75,24 @@ void openMap(QFile& file, const QString& name)
     }
 }
 
-void measureFile(const QString& name, const MeasureOptions& options)
+/// One line a kind to standard error: the first place, and how often.
+void printNotes(const err::ErrorTracer& errors)
+{
+    for (const err::ErrorTracer::Entry& entry : errors.entries()) {
+        if (entry.severity != err::ErrorSeverity::Warning) {
+            continue;
+        }
+        QString line = QStringLiteral("veltor: %1: %2")
+                           .arg(shownLine(entry.sources.front().feature), shownLine(entry.text));
+        if (entry.count > 1) {
+            line += Text::tr(" (всего таких объектов: %1)").arg(entry.count);
+        }
+        printError(line);
+    }
+}
+
+void measureFile(const QString& name, const QString& shown, const MeasureOptions& options,
+                 err::ErrorTracer& errors)
 {
     QFile file(name);
     openMap(file, name);
@@ -81,19 +100,26 @@ void measureFile(const QString& name, const MeasureOptions& options)
     reading.geographic = options.mode != core::CalcMode::Cartesian;
     reading.keepText = options.format == OutputFormat::GeoJson;
     reading.nameProperty = options.nameProperty;
-    Notes notes;
-    reading.notes = &notes;
     MeasureReport report(options);
     {
         ReadProgress progress(file.isSequential() ? 0 : file.size());
         measureMap(
             file, reading, Surface(options.mode, options.ellipsoid, options.edges),
             [&](MeasuredFeature&& feature) { report.add(std::move(feature)); },
+            [&](const Notes& notes) { notes.addTo(errors, shown); },
             [&](qint64 bytes) { progress.show(bytes); });
     }
     const utils::ScopedTimer timer("report");
-    notes.print();
+    printNotes(errors);
     report.finish();
+}
+
+/// What was left out of the map of this name, and what ended the work, to the file of --report.
+void writeReport(OutputFile& file, const err::ErrorTracer& errors, const QString& shown)
+{
+    if (file.isOpen()) {
+        file.finish(errors.writeHtml(file.device(), Text::tr("Измерение: %1").arg(shown)));
+    }
 }
 
 } // namespace
@@ -114,17 +140,26 @@ int runMeasure(const QStringList& words)
     arguments.expectWords(1, 1);
     const QString name = arguments.words()[0];
     const MeasureOptions options = measureOptions(arguments);
-    TraceFile trace(arguments.value("trace"));
+    const QString shown = name == QLatin1String("-") ? Text::tr("стандартный ввод") : name;
+    OutputFile reportFile(arguments.value("report"), name);
+    TraceFile trace(arguments.value("trace"), name);
+    err::ErrorTracer errors;
     try {
         const utils::ScopedTimer timer("map");
-        measureFile(name, options);
+        measureFile(name, shown, options, errors);
     } catch (const OutputError&) {
         throw;
     } catch (const std::runtime_error& error) {
-        const QString shown = name == QLatin1String("-") ? Text::tr("стандартный ввод") : shownName(name);
+        errors.addCurrentException({shown, 0, {}}, err::ErrorSeverity::Fatal);
+        try {
+            writeReport(reportFile, errors, shown);
+        } catch (const std::runtime_error& another) {
+            printError(QStringLiteral("veltor: ") + QString::fromUtf8(another.what()));
+        }
         throw std::runtime_error(
-            (shown + QStringLiteral(": ") + QString::fromUtf8(error.what())).toStdString());
+            (shownName(shown) + QStringLiteral(": ") + QString::fromUtf8(error.what())).toStdString());
     }
+    writeReport(reportFile, errors, shown);
     trace.write();
     return Done;
 }

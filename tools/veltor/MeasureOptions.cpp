@@ -130,6 +130,8 @@ void addMeasureOptions(Arguments& arguments)
     arguments.addOption("eol", word,
                         Text::tr("концы строк JSON и CSV: lf, crlf, cr; без ключа lf, в CSV crlf; включает "
                                  "--json, если нет --format"));
+    arguments.addOption("report", Text::tr("ФАЙЛ.html"),
+                        Text::tr("куда записать страницу о том, что не измерено и почему"));
     arguments.addOption(
         "trace", Text::tr("ФАЙЛ"),
         Text::tr("куда записать, когда какой поток что делал: события для просмотра в браузере"));

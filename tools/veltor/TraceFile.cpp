@@ -2,34 +2,16 @@
 
 #include "TraceFile.h"
 
-#include "Language.h"
-#include "TerminalText.h"
-#include "Text.h"
-
 #include <veltor/utils/TimeTrace.h>
 
-#include <stdexcept>
-
 namespace veltor::tool {
-namespace {
 
-[[noreturn]] void fail(const QFile& file, const QString& reason)
+TraceFile::TraceFile(const QString& path, const QString& input)
+    : m_file(path, input)
 {
-    throw std::runtime_error((shownName(file.fileName()) + QStringLiteral(": ") + reason).toStdString());
-}
-
-} // namespace
-
-TraceFile::TraceFile(const QString& path)
-    : m_file(path)
-{
-    if (path.isEmpty()) {
-        return;
+    if (m_file.isOpen()) {
+        utils::TimeTrace::start();
     }
-    if (!m_file.open(QIODevice::WriteOnly)) {
-        fail(m_file, openReason(m_file));
-    }
-    utils::TimeTrace::start();
 }
 
 TraceFile::~TraceFile()
@@ -43,9 +25,7 @@ void TraceFile::write()
         return;
     }
     utils::TimeTrace::stop();
-    if (!utils::TimeTrace::writeEvents(m_file)) {
-        fail(m_file, m_file.errorString());
-    }
+    m_file.finish(utils::TimeTrace::writeEvents(m_file.device()));
 }
 
 } // namespace veltor::tool

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtCore/QFile>
+#include "OutputFile.h"
 
 namespace veltor::tool {
 
@@ -9,9 +9,8 @@ namespace veltor::tool {
 class TraceFile
 {
 public:
-    /// Creates the file at once: one that cannot be written is told before the work begins.
-    /// @throws std::runtime_error
-    explicit TraceFile(const QString& path);
+    /// As OutputFile().
+    TraceFile(const QString& path, const QString& input);
     ~TraceFile();
     TraceFile(const TraceFile&) = delete;
     TraceFile& operator=(const TraceFile&) = delete;
@@ -20,7 +19,7 @@ public:
     void write();
 
 private:
-    QFile m_file;
+    OutputFile m_file;
 };
 
 } // namespace veltor::tool
