@@ -18,16 +18,11 @@ if(NOT Doxygen_FOUND OR NOT VELTOR_DOCS_PYTHON OR NOT VELTOR_DOCS_DOT)
   return()
 endif()
 
-# Each source of an example is a page of the site, with its first comment above it.
+# Each source of an example is a page of the site.
 file(GLOB examples CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}/examples" "${PROJECT_SOURCE_DIR}/examples/*/*.cpp")
-set(listed "")
-foreach(example ${examples})
-  file(READ "${PROJECT_SOURCE_DIR}/examples/${example}" source)
-  string(REGEX MATCH "^(//[^\n]*\n)+" comment "${source}")
-  string(REGEX REPLACE "(^|\n)//" "\\1/// " comment "${comment}")
-  string(APPEND listed "/// @example ${example}\n${comment}\n")
-endforeach()
-file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/docs/examples.dox" CONTENT "${listed}" @ONLY)
+list(TRANSFORM examples PREPEND "/// @example ")
+list(JOIN examples "\n\n" examples)
+file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/docs/examples.dox" CONTENT "${examples}\n" @ONLY)
 configure_file("${PROJECT_SOURCE_DIR}/docs/site/Doxyfile.in" "${PROJECT_BINARY_DIR}/docs/Doxyfile" @ONLY)
 
 set(all "")

@@ -18,17 +18,24 @@ using namespace veltor::concurrent;
 
 namespace {
 
-/// Says who learns of an end by a handler's signals.
-void watch(const char* name, const ProgressHandlerPtr& handler)
+/// Says what a handler's signals tell, in the main thread; ends the program after the last of @p running.
+void watch(const char* name, const ProgressHandlerPtr& handler, int& running)
 {
+    QObject* const here = QCoreApplication::instance();
     //! [signals]
-    QObject::connect(handler.get(), &ProgressHandler::successful,
+    QObject::connect(handler.get(), &ProgressHandler::successful, here,
                      [name] { std::printf("%s: signal successful\n", name); });
-    QObject::connect(handler.get(), &ProgressHandler::error, // before canceled(), which an error emits too
+    QObject::connect(handler.get(), &ProgressHandler::error, here, // canceled() follows
                      [name] { std::printf("%s: signal error\n", name); });
-    QObject::connect(handler.get(), &ProgressHandler::canceled,
+    QObject::connect(handler.get(), &ProgressHandler::canceled, here,
                      [name] { std::printf("%s: signal canceled\n", name); });
     //! [signals]
+    const auto ended = [&running] {
+        if (--running == 0) {
+            QCoreApplication::quit();
+        }
+    };
+    QObject::connect(handler.get(), &ProgressHandler::finished, here, ended, Qt::QueuedConnection);
 }
 
 /// Waits for the end and tells which it was.
@@ -51,7 +58,6 @@ int main(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
     veltor::utils::installTranslation(QLocale(QLocale::English));
-    std::setvbuf(stdout, nullptr, _IONBF, 0);
     TaskThreadPool pool(2);
     pool.pauseStarts(); // until all is connected
     //! [three]
@@ -66,15 +72,14 @@ int main(int argc, char** argv)
     //! [three]
     const std::array<ProgressHandlerPtr, 3> handlers{done.progressHandler(), failed.progressHandler(),
                                                      canceled.progressHandler()}; // kept, or nobody emits
-    watch("done", handlers[0]);
-    watch("failed", handlers[1]);
-    watch("canceled", handlers[2]);
+    int running = 3;
+    watch("done", handlers[0], running);
+    watch("failed", handlers[1], running);
+    watch("canceled", handlers[2], running);
     pool.resumeStarts();
     canceled.cancel();
     tell("done", done);
     tell("failed", failed);
     tell("canceled", canceled);
-    for (const auto& handler : handlers) {
-        handler->waitForFinished(); // with its signals
-    }
+    return QCoreApplication::exec(); // signals may come later than the value
 }

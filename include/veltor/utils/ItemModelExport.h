@@ -38,7 +38,7 @@ struct ItemModelReport
 /// What of an item model is written, and how its values become text; common to itemModelToHtml() and
 /// itemModelToCsv(). A plain value.
 ///
-/// Texts stay as they are. Numbers with fractions are written by @ref numberFormat, or by @ref locale: to be
+/// Texts stay as they are. Numbers with fractions are written by `numberFormat`, or by `locale`: to be
 /// shown as toLocalizedString() has them, as data with all digits by which the same number is read back.
 /// Dates and times are written by the locale too, in the C locale by ISO 8601. Lists are joined by commas;
 /// points, sizes and rectangles look as toLocalizedString() has them; other types as Qt converts them to
