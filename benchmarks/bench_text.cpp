@@ -179,7 +179,11 @@ private:
     QTemporaryFile m_file;
 };
 
-enum Text { Latin, HalfCyrillic };
+enum Text
+{
+    Latin,
+    HalfCyrillic
+};
 
 QString textFile(int text)
 {
