@@ -1,14 +1,11 @@
-#include <veltor/utils/NamedMutex.h>
 #include <veltor/utils/RandomFile.h>
 
 #include <QtCore/QFile>
-#include <QtCore/QSystemSemaphore>
 #include <QtCore/QTemporaryDir>
 
 #include <benchmark/benchmark.h>
 
 #include <fcntl.h>
-#include <pthread.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -16,10 +13,9 @@
 #include <cstring>
 #include <vector>
 
-// The block file and the named mutex, each beside what a caller would use instead. The file has 1024
+// The block file beside what a caller would use instead. The file has 1024
 // blocks and lies in the page cache: what is measured is the price of reaching it, not the disk.
 
-using veltor::utils::NamedMutex;
 using veltor::utils::RandomFile;
 
 namespace {
@@ -191,53 +187,6 @@ void sequentialPread(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(Run));
 }
 BENCHMARK(sequentialPread);
-
-void namedMutex(benchmark::State& state)
-{
-    NamedMutex mutex;
-    if (!mutex.open("veltor-utils benchmark")) {
-        state.SkipWithError("cannot open");
-        return;
-    }
-    mutex.enter();
-    while (mutex.unlock()) {
-    }
-    for ([[maybe_unused]] auto _ : state) {
-        mutex.lock();
-        mutex.unlock();
-    }
-}
-BENCHMARK(namedMutex);
-
-void rawRobustMutex(benchmark::State& state)
-{
-    void* const memory = mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    auto* const mutex = static_cast<pthread_mutex_t*>(memory);
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
-    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
-    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-    pthread_mutex_init(mutex, &attributes);
-    pthread_mutexattr_destroy(&attributes);
-    for ([[maybe_unused]] auto _ : state) {
-        pthread_mutex_lock(mutex);
-        pthread_mutex_unlock(mutex);
-    }
-    pthread_mutex_destroy(mutex);
-    munmap(memory, 4096);
-}
-BENCHMARK(rawRobustMutex);
-
-void systemSemaphore(benchmark::State& state)
-{
-    QSystemSemaphore semaphore(QStringLiteral("veltor-utils benchmark"), 1, QSystemSemaphore::Create);
-    for ([[maybe_unused]] auto _ : state) {
-        semaphore.acquire();
-        semaphore.release();
-    }
-}
-BENCHMARK(systemSemaphore);
 
 } // namespace
 

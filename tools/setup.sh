@@ -4,6 +4,7 @@
 #   tools/setup.sh bench    the benchmarks' peers besides
 #   tools/setup.sh package  what builds Debian packages besides
 #   tools/setup.sh qt6      Qt 6 besides
+#   tools/setup.sh mutate   what tools/dev/mutate needs besides
 #   tools/setup.sh ci       the format and static checks, packages and binary interface besides
 # Does nothing, and says nothing, when all is there. Runs as root or through sudo.
 set -euo pipefail
@@ -29,7 +30,8 @@ for group in "$@"; do
       packages+=(clang-format clang-tidy doxygen graphviz)
       packages+=(abigail-tools dpkg-dev file gzip lintian man-db mandoc meson zsh fish)
       ;;
-    *) echo "tools/setup.sh: unknown group '$group' (bench, ci, package, qt6)" >&2; exit 2 ;;
+    mutate) packages+=(python3-clang-14) ;;
+    *) echo "tools/setup.sh: unknown group '$group' (bench, ci, mutate, package, qt6)" >&2; exit 2 ;;
   esac
 done
 

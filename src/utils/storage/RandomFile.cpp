@@ -95,7 +95,8 @@ qint64 RandomFile::size() const
 {
     if (!m_d->sizeKnown) {
         constexpr auto largest = static_cast<unsigned long long>(std::numeric_limits<qint64>::max());
-        m_d->size = m_d->sizeEstimator ? static_cast<qint64>(std::min(m_d->sizeEstimator(), largest)) : QFile::size();
+        m_d->size =
+            m_d->sizeEstimator ? static_cast<qint64>(std::min(m_d->sizeEstimator(), largest)) : QFile::size();
         m_d->sizeKnown = isOpen(); // a closed file may get another name
     }
     return m_d->size;
