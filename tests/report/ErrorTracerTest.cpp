@@ -7,7 +7,6 @@
 #include <veltor/err/ErrorTracer.h>
 
 #include <QtCore/QBuffer>
-#include <QtCore/QFile>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -16,7 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
+#include <array>
 #include <random>
 #include <thread>
 
@@ -26,15 +25,6 @@ namespace {
 using err::ErrorSeverity;
 using err::ErrorSource;
 using err::ErrorTracer;
-
-/// All errors that were added, as they were added.
-struct Added
-{
-    ErrorSeverity severity;
-    QString text;
-    QStringList causes;
-    ErrorSource source;
-};
 
 QString randomText(std::mt19937& random)
 {
@@ -48,47 +38,56 @@ QString randomText(std::mt19937& random)
     return text;
 }
 
-/// Whether the entries are those of a list of all errors.
-void expectEntries(const ErrorTracer& errors, const std::vector<Added>& all,
-                   const ErrorTracer::Limits& limits)
+QString lineOf(const ErrorTracer::Entry& entry)
 {
-    std::vector<ErrorTracer::Entry> expected;
-    std::map<ErrorSeverity, int> kinds;
-    std::map<ErrorSeverity, quint64> notKept;
-    for (const Added& added : all) {
-        auto entry = std::find_if(expected.begin(), expected.end(), [&](const ErrorTracer::Entry& e) {
+    QStringList words{QString::number(int(entry.severity)), entry.text, QString::number(entry.count),
+                      QString::number(entry.moreSources)};
+    for (const ErrorSource& source : entry.sources) {
+        words << source.text();
+    }
+    return (words + entry.causes).join(u("|"));
+}
+
+/// What should be told of all errors, each an entry with one source: the entries, then how many are in none.
+QStringList linesOf(const std::vector<ErrorTracer::Entry>& all, const ErrorTracer::Limits& limits)
+{
+    std::vector<ErrorTracer::Entry> entries;
+    std::array<int, 4> kinds{};
+    std::array<int, 4> notKept{};
+    for (const ErrorTracer::Entry& added : all) {
+        auto entry = std::find_if(entries.begin(), entries.end(), [&](const ErrorTracer::Entry& e) {
             return e.severity == added.severity && e.text == added.text && e.causes == added.causes;
         });
-        if (entry == expected.end()) {
-            if (kinds[added.severity]++ >= limits.kinds) {
-                ++notKept[added.severity];
+        if (entry == entries.end()) {
+            if (kinds[std::size_t(added.severity)]++ >= limits.kinds) {
+                ++notKept[std::size_t(added.severity)];
                 continue;
             }
-            expected.push_back({added.severity, added.text, added.causes, 0, {}, 0});
-            entry = expected.end() - 1;
+            entry = entries.insert(entry, {added.severity, added.text, added.causes, 0, {}, 0});
         }
         ++entry->count;
-        if (!added.source.text().isEmpty()) {
-            entry->sources.size() < std::size_t(limits.sources) ? entry->sources.push_back(added.source)
+        if (!added.sources[0].text().isEmpty()) {
+            entry->sources.size() < std::size_t(limits.sources) ? entry->sources.push_back(added.sources[0])
                                                                 : void(++entry->moreSources);
         }
     }
+    QStringList lines;
+    std::transform(entries.begin(), entries.end(), std::back_inserter(lines), &lineOf);
+    for (const int count : notKept) {
+        lines << QString::number(count);
+    }
+    return lines;
+}
+
+QStringList linesOf(const ErrorTracer& errors)
+{
+    QStringList lines;
     const auto entries = errors.entries();
-    ASSERT_EQ(entries.size(), expected.size());
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        EXPECT_EQ(entries[i].text, expected[i].text);
-        EXPECT_EQ(entries[i].causes, expected[i].causes);
-        EXPECT_EQ(entries[i].count, expected[i].count);
-        EXPECT_EQ(entries[i].moreSources, expected[i].moreSources);
-        ASSERT_EQ(entries[i].sources.size(), expected[i].sources.size());
-        for (std::size_t k = 0; k < entries[i].sources.size(); ++k) {
-            EXPECT_EQ(entries[i].sources[k].text(), expected[i].sources[k].text());
-        }
-    }
+    std::transform(entries.begin(), entries.end(), std::back_inserter(lines), &lineOf);
     for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(errors.notKept(ErrorSeverity(i)), notKept[ErrorSeverity(i)]);
+        lines << QString::number(errors.notKept(ErrorSeverity(i)));
     }
-    EXPECT_EQ(errors.count(), all.size());
+    return lines;
 }
 
 /// The page is well-formed however the texts look, and has an item for each entry, cause and source.
@@ -124,21 +123,23 @@ TEST(ErrorTracer, KeepsWhatAListOfAllWouldTell)
     for (int run = 0; run < 60; ++run) {
         const ErrorTracer::Limits limits{int(random() % 6), int(random() % 4), 4000, 3};
         ErrorTracer errors(limits);
-        std::vector<Added> all;
+        std::vector<ErrorTracer::Entry> all;
         std::vector<QString> texts;
         std::generate_n(std::back_inserter(texts), 5, [&] { return randomText(random); });
         for (int i = int(random() % 100); i > 0; --i) {
-            Added added{ErrorSeverity(random() % 4), texts[random() % 5], {}, {}};
+            ErrorTracer::Entry added{ErrorSeverity(random() % 4), texts[random() % 5], {}, 1, {{}}, 0};
             while (random() % 3 == 0 && added.causes.size() < limits.causes) {
                 added.causes << texts[random() % 5];
             }
             if (random() % 3 != 0) {
-                added.source = {texts[random() % 5], int(random() % 3), random() % 2 ? texts[0] : QString()};
+                added.sources[0] = {texts[random() % 5], int(random() % 3),
+                                    random() % 2 ? texts[0] : QString()};
             }
-            errors.add(added.severity, added.text, added.source, added.causes);
+            errors.add(added.severity, added.text, added.sources[0], added.causes);
             all.push_back(added);
         }
-        expectEntries(errors, all, limits);
+        EXPECT_EQ(linesOf(errors), linesOf(all, limits));
+        EXPECT_EQ(errors.count(), all.size());
         expectPage(errors);
         QBuffer json;
         json.open(QIODevice::WriteOnly);
@@ -153,8 +154,7 @@ TEST(ErrorTracer, KeepsWhatAListOfAllWouldTell)
         }
         EXPECT_EQ(sum, double(all.size())) << json.data().toStdString();
         errors.clear();
-        expectEntries(errors, {}, limits);
-        EXPECT_FALSE(errors.worst());
+        EXPECT_TRUE(errors.entries().empty() && !errors.worst() && errors.isEmpty());
     }
 }
 
@@ -227,11 +227,6 @@ TEST(ErrorTracer, ReportsEveryDeviceThatDoesNotTakeAll)
     }
     QBuffer closed;
     EXPECT_FALSE(errors.writeText(closed));
-#ifdef Q_OS_LINUX
-    QFile full(u("/dev/full"));
-    ASSERT_TRUE(full.open(QIODevice::WriteOnly));
-    EXPECT_FALSE(errors.writeJson(full));
-#endif
 }
 
 TEST(ErrorTracer, IsFilledAndReadByManyThreads)

@@ -110,7 +110,8 @@ public:
     AnyHandlerDispatcher& operator=(const AnyHandlerDispatcher&) = delete;
 
     /// Registers a handler for values of type T, and of types that have T among their declared bases.
-    /// @param handler  takes a `const T&`, returns void or bool
+    /// @param handler  takes a `const T&`, returns void or bool; can be copied, and called while it is const:
+    ///                 threads that dispatch at the same time call it at the same time
     template <typename T, typename Handler>
     [[nodiscard]] Token on(Handler handler)
     {
@@ -121,7 +122,7 @@ public:
     }
 
     /// Registers a handler for values that no other takes.
-    /// @param handler  takes a `const AnyValue&`, returns void or bool
+    /// @param handler  takes a `const AnyValue&`; else as for on()
     template <typename Handler>
     [[nodiscard]] Token onOther(Handler handler)
     {

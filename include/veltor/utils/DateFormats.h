@@ -31,7 +31,7 @@ struct DateReading
 ///     const DateFormats formats({"d.M.yyyy", "M/d/yyyy", "d/M/yyyy"});
 ///     const DateReading reading = formats.read(text);
 ///     if (!reading.isDate()) {
-///         show(formats.explain(text)); // '3/4/2024' may be March 4, 2024 or April 3, 2024
+///         show(formats.explain(text)); // '3/4/2024' may be both March 4 and April 3
 ///     }
 ///
 /// All formats are tried, so that a text which is different dates by different formats is found out and not
@@ -43,11 +43,12 @@ struct DateReading
 /// | `dd`, `MM` | two digits |
 /// | `yy` | two digits: the year of the hundred from firstYear on |
 /// | `yyyy` | four digits |
-/// | `MMM`, `MMMM` | a month's short or long name in the locale, in either case; its dot may be missing |
+/// | `MMM`, `MMMM` | a month's name in the locale, short or long, in any of its cases |
 /// | `ddd`, `dddd` | a weekday's short or long name, which must be that of the date |
 /// | blanks | any run of blanks, no-break ones included |
 /// | all else, `'quoted'` | itself |
 ///
+/// The dot behind a short name may be missing.
 /// Upper and lower case are the same, blanks around a text do not count, nor do marks of the writing
 /// direction. Dates are those of the Gregorian calendar from year 1 to 9999.
 ///

@@ -108,18 +108,19 @@ const std::vector<CyrillicRow>& cyrillicRows(LatinStandard standard)
     return standard == LatinStandard::Iso9 ? iso9 : systemB;
 }
 
-/// The longest run that begins the text; null when none does.
+/// The longest run that begins the text, which is not empty; null when none does.
 const CyrillicRow* longestRun(QStringView smallText, const std::vector<CyrillicRow>& rows)
 {
-    constexpr qsizetype longest = 3;
-    for (qsizetype length = std::min(longest, smallText.size()); length > 0; --length) {
-        const CyrillicRow wanted{smallText.left(length), 0};
-        const auto found = std::lower_bound(rows.begin(), rows.end(), wanted);
-        if (found != rows.end() && found->latin == wanted.latin) {
-            return &*found;
+    const QChar first = smallText.front();
+    const auto isBefore = [](const CyrillicRow& row, QChar unit) { return row.latin.front() < unit; };
+    const CyrillicRow* longest = nullptr;
+    for (auto row = std::lower_bound(rows.begin(), rows.end(), first, isBefore);
+         row != rows.end() && row->latin.front() == first; ++row) {
+        if ((!longest || row->latin.size() > longest->latin.size()) && smallText.startsWith(row->latin)) {
+            longest = &*row;
         }
     }
-    return nullptr;
+    return longest;
 }
 
 bool hasSize(QChar letter)
@@ -167,15 +168,16 @@ QString toLatin(const QString& text, LatinStandard standard)
             latin += letter;
             continue;
         }
-        QString letters = viewOf(row->latin[columnOf(standard)]).toString();
-        if (isShortTse(source, i, standard)) {
-            letters.chop(1);
+        const QStringView letters = viewOf(row->latin[columnOf(standard)]);
+        const auto length = static_cast<Length>(letters.size()) - (isShortTse(source, i, standard) ? 1 : 0);
+        const Length begin = latin.size();
+        latin.append(letters.data(), length);
+        if (letter.isUpper()) {
+            const Length capitals = isAmongCapitals(source, i) ? length : std::min<Length>(length, 1);
+            for (Length k = begin; k < begin + capitals; ++k) {
+                latin[k] = latin.at(k).toUpper();
+            }
         }
-        if (letter.isUpper() && !letters.isEmpty()) {
-            letters =
-                isAmongCapitals(source, i) ? letters.toUpper() : letters.at(0).toUpper() + letters.mid(1);
-        }
-        latin += letters;
     }
     return latin.normalized(QString::NormalizationForm_C);
 }
