@@ -1218,6 +1218,10 @@ discard keeps the new contents and removes the journal.</translation>
         <source>недопустимый конец строки CSV</source>
         <translation>the line end of the CSV is not a valid one</translation>
     </message>
+    <message>
+        <source>начальная строка принадлежит другой таблице</source>
+        <translation>the root row belongs to another table</translation>
+    </message>
 </context>
 <context>
     <name>veltor::utils::SecuredFile</name>

@@ -38,14 +38,14 @@ struct ItemModelReport
 /// What of an item model is written, and how its values become text; common to itemModelToHtml() and
 /// itemModelToCsv(). A plain value.
 ///
-/// Texts stay as they are. Numbers with fractions are written by @ref numberFormat, or by @ref locale: to be
+/// Texts stay as they are. Numbers with fractions are written by `numberFormat`, or by `locale`: to be
 /// shown as toLocalizedString() has them, as data with all digits by which the same number is read back.
 /// Dates and times are written by the locale too, in the C locale by ISO 8601. Lists are joined by commas;
 /// points, sizes and rectangles look as toLocalizedString() has them; other types as Qt converts them to
 /// text. A value without such a conversion leaves its field empty and is counted.
 struct ItemModelRules
 {
-    QModelIndex root;                     ///< what lies below it is written; the whole model at first
+    QModelIndex root;                     ///< of the model; what lies below it is written, the whole model at first
     int role = Qt::DisplayRole;           ///< what is written of an item
     std::vector<ItemModelColumn> columns; ///< in this order; those that the root has when it is empty
     std::vector<int> hiddenColumns;       ///< of the model, left out of either

@@ -47,6 +47,7 @@ struct HtmlRules : ItemModelRules
 /// @param model   used in the thread that it lives in
 /// @param device  open for writing. A file is flushed at the end, not synchronised; what was written before
 ///                an error stays
+/// @param rules   what is written, and how
 /// @return what was done. Reentrant.
 [[nodiscard]] VELTOR_UTILS_EXPORT ItemModelReport itemModelToHtml(QAbstractItemModel& model,
                                                                   QIODevice& device,
