@@ -1309,6 +1309,10 @@ discard keeps the new contents and removes the journal.</translation>
         <source>Не удалось записать &apos;%1&apos;: %2</source>
         <translation>Could not write &apos;%1&apos;: %2</translation>
     </message>
+    <message>
+        <source>начальная строка принадлежит другой таблице</source>
+        <translation>the root row belongs to another table</translation>
+    </message>
 </context>
 <context>
     <name>veltor::utils::SecuredFile</name>

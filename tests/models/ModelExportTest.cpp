@@ -339,6 +339,11 @@ TEST(ItemModelExport, TellsWhatEndedIt)
     rules.columns = {{3, -1, QString()}};
     EXPECT_EQ(errorWith(rules), u("в таблице нет столбца 3"));
     rules = {};
+    NodeModel other;
+    other.add(other.root, {1});
+    rules.root = other.index(0, 0);
+    EXPECT_EQ(errorWith(rules), u("начальная строка принадлежит другой таблице"));
+    rules = {};
     rules.encoding = "none";
     EXPECT_EQ(errorWith(rules), u("Неизвестная кодировка none"));
     rules = {};

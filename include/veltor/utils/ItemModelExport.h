@@ -45,8 +45,8 @@ struct ItemModelReport
 /// text. A value without such a conversion leaves its field empty and is counted.
 struct ItemModelRules
 {
-    QModelIndex root;                     ///< what lies below it is written; the whole model at first
-    int role = Qt::DisplayRole;           ///< what is written of an item
+    QModelIndex root;           ///< of the model; what lies below it is written, the whole model at first
+    int role = Qt::DisplayRole; ///< what is written of an item
     std::vector<ItemModelColumn> columns; ///< in this order; those that the root has when it is empty
     std::vector<int> hiddenColumns;       ///< of the model, left out of either
     /// Rows to leave out with all below them, such as QTreeView::isRowHidden(); may be empty.

@@ -30,7 +30,7 @@ struct CsvRules : ItemModelRules
         Never,   ///< never: what belongs to what is lost
     };
 
-    /// Data, in the C locale.
+    /// What RFC 4180 describes.
     CsvRules() { locale = QLocale::c(); }
 
     QChar delimiter = QLatin1Char(',');           ///< neither the quote nor a line break

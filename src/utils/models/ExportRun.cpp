@@ -27,6 +27,11 @@ ExportRun::ExportRun(QAbstractItemModel& model, QIODevice& device, QTextCodec& c
 
 void ExportRun::chooseColumns()
 {
+    if (m_rules.root.isValid() && m_rules.root.model() != &m_model) {
+        m_report.error = QCoreApplication::translate("veltor::utils::ItemModelExport",
+                                                     "начальная строка принадлежит другой таблице");
+        return;
+    }
     const int count = m_model.columnCount(m_rules.root);
     m_columns = m_rules.columns;
     for (int i = 0; m_rules.columns.empty() && i < count; ++i) {
@@ -92,10 +97,11 @@ bool ExportRun::next()
 
 ItemModelReport ExportRun::finish()
 {
-    if (m_report.error.isEmpty()) {
-        m_output.finish(); // after a fault of the model too: what was read is written
-        m_report.error = m_output.error().isEmpty() ? m_walk.error() : m_output.error();
+    if (!isPossible()) {
+        return m_report;
     }
+    m_output.finish(); // after a fault of the model too: what was read is written
+    m_report.error = m_output.error().isEmpty() ? m_walk.error() : m_output.error();
     m_report.share = m_walk.share();
     m_report.untold = m_cells.untold();
     m_report.replaced = m_output.replaced();

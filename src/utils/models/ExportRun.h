@@ -17,6 +17,8 @@ public:
     ExportRun(QAbstractItemModel& model, QIODevice& device, QTextCodec& codec, const ItemModelRules& rules,
               bool isData);
 
+    /// The device, the root and the columns are such that it can begin.
+    [[nodiscard]] bool isPossible() const { return m_report.error.isEmpty(); }
     /// Goes to the next row. False at the end, after an error, and when no more is wanted.
     bool next();
     /// Hands over what is left. @return what was done

@@ -219,6 +219,9 @@ void HtmlWriter::row()
 
 ItemModelReport HtmlWriter::write()
 {
+    if (!m_run.isPossible()) {
+        return m_run.finish();
+    }
     if (m_rules.header) {
         header();
     }
