@@ -33,7 +33,7 @@ char programName[] = "bench_tasks";
 char* arguments[] = {programName, nullptr};
 const QCoreApplication application(argumentCount, arguments);
 
-/// Counts down; the bench waits for the last.
+/// Counts down; whoever waits goes on at zero.
 class Latch
 {
 public:
@@ -75,70 +75,73 @@ private:
     std::function<void()> m_function;
 };
 
-/// All tasks are started while the workers are held back, so that as many are outstanding as the row says;
-/// a round is from the first start to the last end.
-void tasks(benchmark::State& state)
+constexpr int workers = 2;
+
+/// As many as the row says are started while all workers are held, so that so many wait at once. A round is
+/// from the first start to the last end.
+template <typename Start, typename Finish>
+void queued(benchmark::State& state, Start start, Finish finish)
 {
-    TaskThreadPool pool(2);
     for (auto _ : state) {
-        Latch latch(state.range(0));
-        for (long i = 0; i < state.range(0); ++i) {
-            pool.start(new FunctionTask([&latch] { latch.done(); }));
+        Latch held(workers);
+        Latch open(1);
+        for (int i = 0; i < workers; ++i) {
+            start([&] {
+                held.done();
+                open.wait();
+            });
         }
-        latch.wait();
-        pool.waitForAllTasks();
+        held.wait();
+        Latch all(state.range(0));
+        for (long i = 0; i < state.range(0); ++i) {
+            start([&all] { all.done(); });
+        }
+        open.done();
+        all.wait();
+        finish();
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
-BENCHMARK(tasks)->Arg(1000)->Arg(100000)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void tasks(benchmark::State& state)
+{
+    TaskThreadPool pool(workers);
+    queued(
+        state, [&](auto work) { pool.start(new FunctionTask(work)); }, [&] { pool.waitForAllTasks(); });
+}
 
 void qThreadPool(benchmark::State& state)
 {
     QThreadPool pool;
-    pool.setMaxThreadCount(2);
-    for (auto _ : state) {
-        Latch latch(state.range(0));
-        for (long i = 0; i < state.range(0); ++i) {
-            pool.start(QRunnable::create([&latch] { latch.done(); }));
-        }
-        latch.wait();
-        pool.waitForDone();
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    pool.setMaxThreadCount(workers);
+    queued(
+        state, [&](auto work) { pool.start(QRunnable::create(work)); }, [&] { pool.waitForDone(); });
 }
-BENCHMARK(qThreadPool)->Arg(1000)->Arg(100000)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void qtConcurrentRun(benchmark::State& state)
 {
     QThreadPool pool;
-    pool.setMaxThreadCount(2);
-    for (auto _ : state) {
-        Latch latch(state.range(0));
-        for (long i = 0; i < state.range(0); ++i) {
-            QtConcurrent::run(&pool, [&latch] { latch.done(); });
-        }
-        latch.wait();
-        pool.waitForDone();
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    pool.setMaxThreadCount(workers);
+    queued(
+        state, [&](auto work) { QtConcurrent::run(&pool, work); }, [&] { pool.waitForDone(); });
 }
-BENCHMARK(qtConcurrentRun)->Arg(1000)->Arg(100000)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void threadWeaver(benchmark::State& state)
 {
     ThreadWeaver::Queue queue;
-    queue.setMaximumNumberOfThreads(2);
-    for (auto _ : state) {
-        Latch latch(state.range(0));
-        for (long i = 0; i < state.range(0); ++i) {
-            queue.stream() << ThreadWeaver::make_job([&latch] { latch.done(); });
-        }
-        latch.wait();
-        queue.finish();
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    queue.setMaximumNumberOfThreads(workers);
+    queued(
+        state, [&](auto work) { queue.stream() << ThreadWeaver::make_job(work); }, [&] { queue.finish(); });
 }
-BENCHMARK(threadWeaver)->Arg(1000)->Arg(100000)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void counts(benchmark::internal::Benchmark* row)
+{
+    row->Arg(1000)->Arg(100000)->MeasureProcessCPUTime()->UseRealTime()->Unit(benchmark::kMillisecond);
+}
+BENCHMARK(tasks)->Apply(counts);
+BENCHMARK(qThreadPool)->Apply(counts);
+BENCHMARK(qtConcurrentRun)->Apply(counts);
+BENCHMARK(threadWeaver)->Apply(counts);
 
 using Clock = std::chrono::steady_clock;
 
@@ -162,7 +165,7 @@ void latency(benchmark::State& state, Start start, Idle idle)
 
 void taskLatency(benchmark::State& state)
 {
-    TaskThreadPool pool(2);
+    TaskThreadPool pool(workers);
     latency(
         state, [&](auto work) { pool.start(new FunctionTask(work)); }, [&] { pool.waitForAllTasks(); });
 }
@@ -171,7 +174,7 @@ BENCHMARK(taskLatency)->UseManualTime()->Unit(benchmark::kMicrosecond);
 void qThreadPoolLatency(benchmark::State& state)
 {
     QThreadPool pool;
-    pool.setMaxThreadCount(2);
+    pool.setMaxThreadCount(workers);
     latency(
         state, [&](auto work) { pool.start(QRunnable::create(work)); }, [&] { pool.waitForDone(); });
 }

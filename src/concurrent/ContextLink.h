@@ -19,7 +19,8 @@ public:
     static std::shared_ptr<ContextLink> make(QObject* context)
     {
         auto link = std::make_shared<ContextLink>(context);
-        link->m_connection = QObject::connect(context, &QObject::destroyed, [link] { link->clear(); });
+        link->m_connection =
+            QObject::connect(context, &QObject::destroyed, posted([link] { link->clear(); }));
         return link;
     }
 

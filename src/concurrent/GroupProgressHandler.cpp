@@ -30,27 +30,27 @@ public:
         const std::lock_guard lock(m_mutex);
         m_handler = nullptr;
     }
-    std::size_t add(const ProgressHandler* part, double weight, const QString& text)
+    std::size_t add(double weight, const QString& text)
     {
         const std::lock_guard lock(m_mutex);
-        m_parts.push_back({part, weight, 0, text});
+        m_parts.push_back({weight, 0, text});
         m_weights += weight;
         return m_parts.size() - 1;
     }
     void watch(const ProgressHandler* part, std::size_t index);
     void reached(std::size_t index, double value, Range range);
-    void ended(const ProgressHandler* part);
+    void ended(std::size_t index);
     void said(std::size_t index, const QString& message);
 
 private:
     struct Part
     {
-        const ProgressHandler* handler; // to tell parts apart
         double weight;
         double reached; // 0 to 1
         QString text;
     };
 
+    void advance(Part& part, double share);
     void changed();
     void publish(GroupProgressHandler& handler);
     [[nodiscard]] double total() const;
@@ -59,6 +59,8 @@ private:
     GroupProgressHandler* m_handler;
     std::vector<Part> m_parts;
     double m_weights = 0;
+    double m_weighted = 0; // what is reached, by weight
+    double m_reached = 0;  // and without
     QString m_message;
     bool m_underWay = false;
     double m_shown = 0; // of the handler's thread
@@ -67,14 +69,15 @@ private:
 void GroupProgressHandler::Private::watch(const ProgressHandler* part, std::size_t index)
 {
     const auto self = shared_from_this();
-    connect(part, &ProgressHandler::started, [self, index] { self->said(index, {}); });
-    connect(part, &ProgressHandler::progressValueChanged,
-            [self, part, index](double value) { self->reached(index, value, part->range()); });
-    connect(part, &ProgressHandler::messageChanged,
-            [self, index](const QString& message) { self->said(index, message); });
-    connect(part, &ProgressHandler::finished, [self, part] {
+    const auto on = [part](auto signal, auto slot) { connect(part, signal, posted(std::move(slot))); };
+    on(&ProgressHandler::started, [self, index] { self->said(index, {}); });
+    on(&ProgressHandler::progressValueChanged,
+       [self, part, index](double value) { self->reached(index, value, part->range()); });
+    on(&ProgressHandler::messageChanged,
+       [self, index](const QString& message) { self->said(index, message); });
+    on(&ProgressHandler::finished, [self, part, index] {
         if (part->isFinished()) {
-            self->ended(part);
+            self->ended(index);
         }
     });
 }
@@ -87,20 +90,26 @@ void GroupProgressHandler::Private::reached(std::size_t index, double value, Ran
         if (!(share > m_parts[index].reached)) { // NaN neither
             return;
         }
-        m_parts[index].reached = std::min(share, 1.0);
+        advance(m_parts[index], std::min(share, 1.0));
     }
     changed();
 }
 
-void GroupProgressHandler::Private::ended(const ProgressHandler* part)
+void GroupProgressHandler::Private::ended(std::size_t index)
 {
     {
         const std::lock_guard lock(m_mutex);
-        for (Part& known : m_parts) {
-            known.reached = known.handler == part ? 1 : known.reached;
-        }
+        advance(m_parts[index], 1);
     }
     changed();
+}
+
+/// Under the mutex.
+void GroupProgressHandler::Private::advance(Part& part, double share)
+{
+    const double step = share - std::exchange(part.reached, share);
+    m_reached += step;
+    m_weighted += step * part.weight;
 }
 
 void GroupProgressHandler::Private::said(std::size_t index, const QString& message)
@@ -135,11 +144,7 @@ void GroupProgressHandler::Private::changed()
 /// Under the mutex.
 double GroupProgressHandler::Private::total() const
 {
-    double sum = 0;
-    for (const Part& part : m_parts) {
-        sum += part.reached * (m_weights > 0 ? part.weight : 1);
-    }
-    return sum / (m_weights > 0 ? m_weights : double(m_parts.size()));
+    return m_weights > 0 ? m_weighted / m_weights : m_reached / double(m_parts.size());
 }
 
 /// In the thread of @p handler, which an observer may destroy.
@@ -185,19 +190,14 @@ void GroupProgressHandler::addPart(const ProgressHandlerPtr& part, double weight
     if (!(weight >= 0) || std::isinf(weight)) {
         throw err::UnexpectedValue(QStringLiteral("weight"), weight);
     }
-    const std::size_t index = d->add(part.get(), weight, text);
+    const std::size_t index = d->add(weight, text);
     registerSubHandler(part);
     d->watch(part.get(), index);
     if (part->isFinished()) {
-        d->ended(part.get());
+        d->ended(index);
     } else {
         d->reached(index, part->progress(), part->range());
     }
-}
-
-void GroupProgressHandler::skipPart(const ProgressHandlerPtr& part)
-{
-    d->ended(part.get());
 }
 
 } // namespace veltor::concurrent

@@ -14,6 +14,16 @@ namespace {
 /// So many failures are nested in one another; beyond, the first ones have told enough.
 constexpr std::size_t mostFailures = 64;
 
+/// Says that a part has an owner, and no more: the group looks for itself.
+class PartOwner : public TaskOwner
+{
+public:
+    void onEnd() override {}
+    void onReleased() override {}
+    void onDestroyed() override {}
+    bool withdraw() override { return false; }
+};
+
 /// A part that the group has: it ends first, since the rest may have to wait for a call of another thread.
 void destroy(Task* task)
 {
@@ -30,6 +40,7 @@ GroupRun::GroupRun(GroupTask* group)
 
 int GroupRun::add(Task* task, std::shared_ptr<TaskProgressHandler> handler, const QString& text)
 {
+    TaskAccess::core(*task).passTo(std::make_shared<PartOwner>());
     const std::lock_guard lock(mutex);
     parts.push_back({task, std::move(handler), text, nullptr});
     return int(plan.add());
@@ -167,6 +178,7 @@ void GroupRun::handOver(std::size_t index, Task* task)
     }
     std::exception_ptr error;
     try {
+        TaskAccess::core(*task).release();
         if (pool->start(task)) {
             return;
         }
@@ -191,7 +203,7 @@ void GroupRun::watch(std::size_t index)
     using H = ProgressHandler;
     std::vector<QMetaObject::Connection> connections;
     const auto on = [&](auto signal, auto slot) {
-        connections.push_back(QObject::connect(handler, signal, std::move(slot)));
+        connections.push_back(QObject::connect(handler, signal, posted(std::move(slot))));
     };
     on(&H::started, [self, handler] { self->partStarted(*handler); });
     on(&H::successful, [self, note, index] { note([&] { self->parts[index].successful = true; }); });
@@ -244,7 +256,8 @@ void GroupRun::partEnded(std::size_t index)
         }
         m_needless.push_back(index);
         released.swap(part.handler);
-        stopNow = how != GroupPlan::State::Done && policy == GroupTask::Policy::StopAtFirstError;
+        stopNow =
+            how != GroupPlan::State::Done && policy == GroupTask::Policy::StopAtFirstError && !m_stopping;
     }
     if (stopNow) {
         stop();

@@ -68,8 +68,8 @@ int GroupTask::add(Task* task, double weight, const QString& text)
         throw err::NullArgument(QStringLiteral("task"));
     }
     requireNotStarted();
-    if (task == this || task->parent() || task->thread() != thread() || task->isRunning() ||
-        task->isWaiting() || task->isPaused()) {
+    if (task == this || task->parent() || TaskAccess::core(*task).hasOwner() || task->thread() != thread() ||
+        task->isRunning() || task->isWaiting() || task->isPaused()) {
         refuse(QCoreApplication::translate(
                    "GroupTask", "Задача '%1' не может быть частью группы: у неё есть владелец, она "
                                 "живёт в другом потоке или уже запущена")

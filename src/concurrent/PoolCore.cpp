@@ -5,9 +5,11 @@
 #include "LongWait.h"
 #include "TaskCore.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QThread>
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 namespace veltor::concurrent {
@@ -52,6 +54,7 @@ private:
 PoolCore::PoolCore(TaskThreadPool* ofPool, QString name)
     : facade(ofPool)
     , m_name(std::move(name))
+    , m_process(QCoreApplication::applicationPid())
 {}
 
 PoolCore::~PoolCore() = default;
@@ -64,6 +67,9 @@ void PoolCore::open()
 
 void PoolCore::close()
 {
+    if (QCoreApplication::applicationPid() != m_process) { // a fork, which has none of the threads
+        return;
+    }
     {
         const std::lock_guard lock(m_mutex);
         if (std::exchange(m_life, Life::Closing) != Life::Open) {
@@ -80,16 +86,14 @@ void PoolCore::close()
     for (PoolThread* worker : workers) {
         worker->quit();
     }
-    qDeleteAll(workers); // waits for them
-    PoolThread* const service = m_service;
-    service->quit();
-    if (service == QThread::currentThread()) { // deleteLater() on the pool
-        atEndOf(*service);
-        QObject::connect(service, &QThread::finished,
-                         [service] { service->deleteLater(); }); // where it was made
-    } else {
-        delete service;
+    for (PoolThread* worker : workers) {
+        join(worker);
     }
+    m_service->quit();
+    if (m_service == QThread::currentThread()) { // deleteLater() on the pool
+        atEndOf(*m_service);
+    }
+    join(m_service);
     Bin* bin = nullptr;
     {
         const std::lock_guard lock(m_mutex);
@@ -100,6 +104,17 @@ void PoolCore::close()
         bin = found == m_bins.end() ? nullptr : found->second;
     }
     emptyBin(bin);
+}
+
+/// Deletes @p thread when it has ended: now, but for the calling thread itself, whose task ends its pool or
+/// the process.
+void PoolCore::join(PoolThread* thread)
+{
+    if (thread == QThread::currentThread()) {
+        std::thread([thread] { delete thread; }).detach();
+    } else {
+        delete thread;
+    }
 }
 
 bool PoolCore::start(Task* task, PoolJob::Terms terms)

@@ -124,6 +124,7 @@ private:
     void watch(std::size_t takenBefore);
     void moveStaging(const std::vector<JobPtr>& jobs, QThread* to, PoolJob::Stage then);
     void reap(PoolThread* worker);
+    static void join(PoolThread* thread);
 
     // Under the mutex.
     [[nodiscard]] bool idle() const;
@@ -146,6 +147,7 @@ private:
     std::condition_variable m_changed; // m_passing, m_idleCount
 
     const QString m_name;
+    const qint64 m_process;
     PoolThread* m_service = nullptr;
     std::vector<PoolThread*> m_workers; // all that are not deleted, removed ones included
     std::vector<PoolThread*> m_idle;

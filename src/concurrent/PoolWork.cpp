@@ -270,8 +270,8 @@ void PoolCore::setAside(const JobPtr& job)
     }
 }
 
-/// Gives @p worker the first task of the queue that needs one. One that has ended there is dropped and uses up
-/// the turn.
+/// Gives @p worker the first task of the queue that needs one. One that has ended there is dropped and uses
+/// up the turn.
 PoolCore::Turn PoolCore::nextTurn(PoolThread& worker)
 {
     if (m_life != Life::Open || m_paused) {

@@ -10,7 +10,8 @@
 namespace veltor::concurrent {
 
 #ifdef VELTOR_THREAD_SANITIZER
-/// A closure on its way through Qt's event queue, whose lock is out of the sanitizer's sight.
+/// A closure that Qt holds, on its way through an event queue or for a connection: the queue's lock, and who
+/// still holds the closure, are out of the sanitizer's sight.
 template <typename F>
 class Posted
 {
@@ -27,11 +28,13 @@ public:
     }
     ~Posted() { seen(this); }
 
-    void operator()()
+    template <typename... Args>
+    auto operator()(Args&&... args)
+        -> decltype(static_cast<void>(std::declval<F&>()(std::forward<Args>(args)...)))
     {
         seen(this);
-        m_function();
-        handOver(this); // the sender may be the one who destroys the closure
+        m_function(std::forward<Args>(args)...);
+        handOver(this); // another thread may be the one that destroys the closure
     }
 
 private:

@@ -66,6 +66,12 @@ bool TaskCore::adopt(std::shared_ptr<TaskOwner> owner)
     return true;
 }
 
+bool TaskCore::hasOwner() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_owner != nullptr;
+}
+
 void TaskCore::passTo(std::shared_ptr<TaskOwner> owner)
 {
     const std::lock_guard lock(m_mutex);

@@ -39,7 +39,8 @@ public:
 
     /// The task is its @p owner's from now on. False when it has one.
     [[nodiscard]] bool adopt(std::shared_ptr<TaskOwner> owner);
-    /// The same, whoever had it.
+    [[nodiscard]] bool hasOwner() const;
+    /// The same, whoever had it, without a word of its being run.
     void passTo(std::shared_ptr<TaskOwner> owner);
     /// Undoes adopt().
     void release();

@@ -2,6 +2,8 @@
 
 #include "WatchedTask.h"
 
+#include "Post.h"
+
 #include <veltor/concurrent/TaskProgressHandler.h>
 #include <veltor/err/HandleCurrentException.h>
 
@@ -123,7 +125,7 @@ WatchedTask::WatchedTask(ProgressHandlerPtr handler, QString title, TaskListMode
     // Direct: noted in the emitting thread, in what the connection itself keeps alive.
     using H = ProgressHandler;
     const auto hear = [this](auto signal, auto function) {
-        QObject::connect(m_handler.get(), signal, &m_context, function, Qt::DirectConnection);
+        QObject::connect(m_handler.get(), signal, &m_context, posted(function), Qt::DirectConnection);
     };
     const auto note = [&](auto signal, unsigned flags) {
         hear(signal, [news = m_news, flags] { news->set(flags); });

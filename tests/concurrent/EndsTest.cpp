@@ -34,6 +34,9 @@ void successorsWhileThePoolGoes()
 {
     for (int i = 0; i < 100; ++i) {
         TaskThreadPool pool(2);
+        for (int j = 0; j < 300; ++j) { // some of which live in no thread
+            pool.start(new LambdaTask);
+        }
         pool.start(new LambdaTask([&pool](LambdaTask& task) { handOn(task, &pool); }));
         std::this_thread::sleep_for(std::chrono::microseconds(i * 20));
     }

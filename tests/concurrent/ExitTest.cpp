@@ -1,13 +1,20 @@
 // A program of its own: the global pool goes down at process exit with tasks running, queued, waiting and
-// paused, with and without an application object. It fails by crashing, hanging or leaking.
+// paused, with and without an application object, by a task, and in a forked process. It fails by crashing,
+// hanging or leaking.
 
 #include "Support.h"
 
 #include <veltor/concurrent/TaskThreadPool.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <future>
 #include <optional>
+
+#ifndef _WIN32
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
 
 using namespace veltor::concurrent;
 using veltor::test::LambdaTask;
@@ -21,7 +28,7 @@ void handOn(LambdaTask& task)
 
 int main(int argc, char** argv)
 {
-    const bool withApplication = argc > 1 && std::strcmp(argv[1], "application") == 0;
+    const bool withApplication = argc > 1 && std::strcmp(argv[1], "bare") != 0;
     std::optional<QCoreApplication> application;
     if (withApplication) {
         application.emplace(argc, argv);
@@ -53,6 +60,22 @@ int main(int argc, char** argv)
     pool->startService(new LambdaTask(wait));
     if (withApplication) { // no task starts without one
         paused.get_future().wait();
+#ifndef _WIN32
+        const pid_t child = fork(); // without the pool's threads
+        if (child == 0) {
+            std::exit(0);
+        }
+        int status = -1;
+        waitpid(child, &status, 0);
+        if (status != 0) {
+            return 1;
+        }
+        if (std::strcmp(argv[1], "task") == 0) {
+            pool->start(new LambdaTask([](LambdaTask&) { std::exit(0); }), TaskThreadPool::High);
+            pool->addThread();
+            std::promise<void>().get_future().wait();
+        }
+#endif
     }
     return 0;
 }

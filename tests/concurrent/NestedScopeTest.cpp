@@ -22,8 +22,8 @@ TEST(NestedScopeImpl, MapsNestedRanges)
     scope.setRange(0, 10);
     scope.setProgress(5);
     EXPECT_DOUBLE_EQ(scope.progress(), 50);
-    scope.setInnerRange(2, 0, 1);
-    scope.setProgress(0.5);
+    scope.setInnerRange(2, 1, 5);
+    scope.setProgress(3);
     EXPECT_DOUBLE_EQ(scope.progress(), 60);
     scope.removeInnerRange();
     EXPECT_DOUBLE_EQ(scope.progress(), 70);

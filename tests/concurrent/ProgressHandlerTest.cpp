@@ -129,7 +129,8 @@ TEST(ProgressHandler, MayBeReleasedByAnyThreadWhileWritesAreUnderWay)
     thread.start();
     for (int i = 0; i < 300; ++i) {
         std::shared_ptr<ProgressHandler> handler(new ProgressHandler, &releaseHandler);
-        QObject::connect(handler.get(), &QObject::destroyed, [&] { ++destroyed; });
+        QObject::connect(handler.get(), &QObject::destroyed,
+                         [&] { destroyed += QThread::currentThread() == &thread ? 1 : 0; });
         handler->moveToThread(&thread);
         handler->setProgress(1);
         handler->setProgress(2);

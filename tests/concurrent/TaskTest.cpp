@@ -54,7 +54,7 @@ const Scenario scenarios[] = {
     {"continued into waiting",
      [](auto& t) { t.continued = [](auto& task) { task.enterWaitingState(); }; t.enterWaitingState(); },
      [](auto& t) { t.enterPausedState(); t.continueWork(); }, 0x04, "started paused"},
-    {"a pause is withdrawn before it is entered", [](auto& t) { t.pause(); t.continueWork(); t.waitWhilePaused(); }, {},
+    {"a pause is withdrawn before it is entered", [](auto& t) { t.pause(); t.continueWork(); t.waitWhilePaused(); EXPECT_TRUE(t.isRunning()); }, {},
      0x50, "started " FINAL "successful finished"},
     {"the quiet way to cancel", [](auto& t) { t.cancel(); t.progressHandler()->cancellationToken().throwIfCanceled(); }, {},
      0x30, "started cancelRequest " FINAL "canceled finished"},
@@ -107,7 +107,10 @@ TEST(Task, DestroyedBeforeItsEndIsSeenAsCancelled)
     EXPECT_EQ(log.take(), QLatin1String("=100 +100 canceled finished"));
     EXPECT_TRUE(handler->isFinished());
     handler->waitForFinished();
+    const auto sub = std::make_shared<ProgressHandler>();
+    handler->registerSubHandler(sub);
     handler->cancel(); // no task to reach any more
+    EXPECT_TRUE(sub->isCanceled());
     handler->pause();
     handler->continueWork();
     handler->setProgress(5);

@@ -25,13 +25,11 @@ public:
     ~GroupProgressHandler() override;
 
     /// Counts @p part from now on, and keeps it.
-    /// @param part    not null; one that is counted already is not counted twice
+    /// @param part    not null
     /// @param weight  of the part among the others, not negative, finite; when all are 0 they count alike
     /// @param text    names the part to the user; may be empty
     /// @throws err::NullArgument when @p part is null, err::UnexpectedValue for another weight
     void addPart(const ProgressHandlerPtr& part, double weight = 1, const QString& text = {});
-    /// Parts that will never begin count as done.
-    void skipPart(const ProgressHandlerPtr& part);
 
 private:
     class Private;

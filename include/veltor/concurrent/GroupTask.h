@@ -114,13 +114,14 @@ private:
     const std::shared_ptr<GroupRun> d;
 };
 
-/// Runs @p group, which belongs to the pool from now on, with its parts on the workers of @p pool. The group
-/// itself occupies none, which a group that is given to TaskThreadPool::start() does all the time.
+/// Runs @p group, which belongs to the pool from now on, with its parts on the workers of @p pool; the group
+/// itself needs none, and begins at once.
 /// @return the group's handler
-/// @throws err::NullArgument when @p group is null
+/// @throws err::NullArgument when @p group is null, else as TaskThreadPool::start()
 VELTOR_UTILS_EXPORT std::shared_ptr<TaskProgressHandler> runGroup(TaskThreadPool& pool, GroupTask* group);
 /// The same with a group of these parts, all of one weight, at most @p maxRunning of them at once; see
 /// GroupTask.
+/// @throws what GroupTask::add() does; the parts before that one are destroyed then
 VELTOR_UTILS_EXPORT std::shared_ptr<TaskProgressHandler>
 runGroup(TaskThreadPool& pool, const std::vector<Task*>& parts, int maxRunning = 0);
 

@@ -27,15 +27,18 @@ class Task;
 /// turn comes, and finds the request at its first throwIfCanceled(). cancel() and cancelAll() take tasks out
 /// of the queue at once instead.
 ///
-/// Destruction, on any thread that runs none of the pool's tasks: asks all tasks to cancel, waits for the
-/// work in progress, then deletes every task that is left, queued, waiting or paused, which enters the
-/// cancelled state thereby. A task that never looks at its requests is waited for. One that start() is given
-/// meanwhile, by a running task or another thread, ends as cancelled and is deleted.
+/// Destruction, on any thread: asks all tasks to cancel, waits for the work in progress, then deletes every
+/// task that is left, queued, waiting or paused, which enters the cancelled state thereby. Only the task that
+/// destroys its own pool, or ends the process, is not waited for. A task that never looks at its requests is
+/// waited for. One that start() is given meanwhile, by a running task or another thread, ends as cancelled
+/// and is deleted.
 ///
 /// Threads: all functions are thread-safe; the pool is not to be destroyed while another thread calls one,
 /// but the tasks of the pool may.
 ///
-/// Events, and so tasks, need a QCoreApplication; without one the pool starts and ends cleanly.
+/// Events, and so tasks, need a QCoreApplication; without one the pool starts and ends cleanly. A process
+/// that was forked has the pool without its threads: there nothing runs, and nothing is waited for at its
+/// end.
 class VELTOR_UTILS_EXPORT TaskThreadPool : public QObject
 {
     Q_OBJECT
@@ -76,6 +79,7 @@ public:
 
     /// Runs @p task on a worker, now or when its turn comes. A task that lives in another thread than the
     /// caller's is handed over by that thread's event loop.
+    /// A group with a pool only waits for its parts: its turn comes as any task's, but it takes no worker.
     /// @param task      not null, without a parent, not started or handed over before
     /// @param priority  where it joins the queue
     /// @param resource  what it needs for itself, such as "disk": of the tasks that name the same, one runs
@@ -86,7 +90,7 @@ public:
     ///         before; it stays the caller's. What its moveTaskToThread() throws is passed on likewise.
     void start(Task* task, Priority priority = Normal, const QString& resource = {});
     /// Runs @p task in the pool's own thread, one service task after another. Workers, and
-    /// waitForAllTasks(), do not count it.
+    /// waitForAllTasks(), do not count it, unless it is a group with a pool.
     /// @throws as start()
     void startService(Task* task);
 
