@@ -53,23 +53,42 @@ std::vector<std::uint32_t> numbers(std::uint32_t bound)
     return result;
 }
 
+enum class Hit
+{
+    LookUp,
+    LookUpAndTouch,
+    TouchAlone
+};
+
+/// A block that is mapped already, anywhere among as many as the argument says: what finding it costs, what
+/// touching its memory costs, and both.
+template <Hit What>
 void blockHit(benchmark::State& state)
 {
-    RandomFile file(path(), HotBlocks);
-    if (!file.open(QIODevice::ReadOnly)) {
-        state.SkipWithError("cannot open");
+    const auto count = static_cast<std::uint32_t>(state.range(0));
+    const QTemporaryDir directory;
+    RandomFile file(directory.filePath(QStringLiteral("blocks")), count);
+    if (!file.open(QIODevice::ReadWrite) || !file.resize(qint64{count} * RandomFile::BlockSize)) {
+        state.SkipWithError("cannot make the file");
         return;
     }
-    for (std::uint32_t i = 0; i < HotBlocks; ++i) {
-        file.block(i);
+    std::vector<const volatile unsigned char*> blocks;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        blocks.push_back(file.block(i));
+        (void)*blocks.back();
     }
-    const auto order = numbers(HotBlocks);
+    const auto order = numbers(count);
     std::size_t at = 0;
     for ([[maybe_unused]] auto _ : state) {
-        benchmark::DoNotOptimize(file.block(order[at++ % order.size()]));
+        const std::uint32_t index = order[at++ % order.size()];
+        const volatile unsigned char* const bytes =
+            What == Hit::TouchAlone ? blocks[index] : file.block(index);
+        benchmark::DoNotOptimize(What == Hit::LookUp ? bytes : bytes + *bytes);
     }
 }
-BENCHMARK(blockHit);
+BENCHMARK_TEMPLATE(blockHit, Hit::LookUp)->Arg(8)->Arg(512)->Arg(8192);
+BENCHMARK_TEMPLATE(blockHit, Hit::LookUpAndTouch)->Arg(8)->Arg(512)->Arg(8192);
+BENCHMARK_TEMPLATE(blockHit, Hit::TouchAlone)->Arg(8)->Arg(512)->Arg(8192);
 
 /// 64 bytes at any place of 32 blocks, by seek and read.
 template <typename File>
@@ -91,14 +110,19 @@ void hotRead(benchmark::State& state)
 BENCHMARK(hotRead<RandomFile>);
 BENCHMARK(hotRead<QFile>);
 
+/// Touched as a value that the compiler cannot leave out, on both sides alike.
+void touch(const unsigned char* bytes)
+{
+    benchmark::DoNotOptimize(static_cast<int>(*static_cast<const volatile unsigned char*>(bytes)));
+}
+
 void blockMiss(benchmark::State& state)
 {
     RandomFile file(path(), 1);
     file.open(QIODevice::ReadOnly);
     std::uint32_t at = 0;
     for ([[maybe_unused]] auto _ : state) {
-        const unsigned char* const bytes = file.block(at++ % FileBlocks);
-        benchmark::DoNotOptimize(*bytes);
+        touch(file.block(at++ % FileBlocks));
     }
 }
 BENCHMARK(blockMiss);
@@ -112,7 +136,7 @@ void rawMiss(benchmark::State& state)
         const auto offset = static_cast<off_t>(at++ % FileBlocks) * RandomFile::BlockSize;
         void* const bytes =
             mmap(nullptr, RandomFile::BlockSize, PROT_READ, MAP_SHARED, file.handle(), offset);
-        benchmark::DoNotOptimize(*static_cast<const volatile unsigned char*>(bytes));
+        touch(static_cast<const unsigned char*>(bytes));
         munmap(bytes, RandomFile::BlockSize);
     }
 }

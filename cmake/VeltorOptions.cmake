@@ -6,6 +6,7 @@ option(VELTOR_PYTHON "Build the Python bridge when Python's headers are found" O
 option(VELTOR_TOOLS "Build the command-line tool" ${PROJECT_IS_TOP_LEVEL})
 option(VELTOR_INSTALL "Define what cmake --install installs" ${PROJECT_IS_TOP_LEVEL})
 option(VELTOR_DEBIAN "Install as Debian's packages are laid out, for CPack" OFF)
+option(VELTOR_DOCS "Build the documentation with everything else (Doxygen, Graphviz and Python 3 are needed)" OFF)
 option(VELTOR_BENCHMARKS "Build the benchmarks (Google Benchmark and the peers are needed)" OFF)
 option(VELTOR_FUZZERS "Build the fuzz targets (clang is needed)" OFF)
 option(VELTOR_COVERAGE "Instrument for gcov" OFF)

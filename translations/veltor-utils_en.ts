@@ -1240,6 +1240,14 @@ discard keeps the new contents and removes the journal.</translation>
         <source>%1: этот файл читается</source>
         <translation>%1: this file is being read</translation>
     </message>
+    <message>
+        <source>никто из тех, кого видно, не использует</source>
+        <translation>nobody that can be seen uses it</translation>
+    </message>
+    <message>
+        <source>rollback, repair: журнал записан с расчётом на потерю питания</source>
+        <translation>rollback, repair: the journal was written to survive a loss of power</translation>
+    </message>
 </context>
 <context>
     <name>veltor::concurrent::ProgressHandler</name>
@@ -1261,6 +1269,45 @@ discard keeps the new contents and removes the journal.</translation>
     <message>
         <source>Задача уже передана на выполнение</source>
         <translation>The task was already handed over</translation>
+    </message>
+</context>
+<context>
+    <name>veltor::utils::ItemModelExport</name>
+    <message>
+        <source>в таблице нет столбца %1</source>
+        <translation>the table has no column %1</translation>
+    </message>
+    <message>
+        <source>Уровень</source>
+        <translation>Level</translation>
+    </message>
+    <message>
+        <source>разделитель и кавычка CSV не годятся вместе</source>
+        <translation>the delimiter and the quote of the CSV do not go together</translation>
+    </message>
+    <message>
+        <source>недопустимый конец строки CSV</source>
+        <translation>the line end of the CSV is not a valid one</translation>
+    </message>
+    <message>
+        <source>Таблица</source>
+        <translation>Table</translation>
+    </message>
+    <message>
+        <source>таблица изменилась во время записи</source>
+        <translation>the table changed while it was being written</translation>
+    </message>
+    <message>
+        <source>источник таблицы не передал всех строк</source>
+        <translation>the source of the table did not deliver all rows</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; не открыт для записи</source>
+        <translation>&apos;%1&apos; is not open for writing</translation>
+    </message>
+    <message>
+        <source>Не удалось записать &apos;%1&apos;: %2</source>
+        <translation>Could not write &apos;%1&apos;: %2</translation>
     </message>
 </context>
 <context>
@@ -1529,6 +1576,22 @@ discard keeps the new contents and removes the journal.</translation>
         <source>Файл не разрешен правилом имен</source>
         <translation>The name rule does not accept the file</translation>
     </message>
+    <message>
+        <source>Файл отката &apos;%0&apos; занят другой программой: %1</source>
+        <translation>The rollback file &apos;%0&apos; is in use by another program: %1</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись файла &apos;%0&apos; на диск</source>
+        <translation>The system has not confirmed that the file &apos;%0&apos; is on the disk</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись имен в папке &apos;%0&apos; на диск</source>
+        <translation>The system has not confirmed that the names in the folder &apos;%0&apos; are on the disk</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись файла отката на диск</source>
+        <translation>The system has not confirmed that the rollback file is on the disk</translation>
+    </message>
 </context>
 <context>
     <name>veltor::utils::Transaction</name>
@@ -1623,6 +1686,10 @@ discard keeps the new contents and removes the journal.</translation>
     <message>
         <source>&apos;%0&apos; не является папкой транзакции</source>
         <translation>&apos;%0&apos; is not a transaction&apos;s folder</translation>
+    </message>
+    <message>
+        <source>Система не подтвердила запись &apos;%0&apos; на диск: %1</source>
+        <translation>The system has not confirmed that &apos;%0&apos; is on the disk: %1</translation>
     </message>
 </context>
 </TS>

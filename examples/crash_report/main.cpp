@@ -1,4 +1,4 @@
-// Crashes, and leaves a report of it in a log file, and a crash file LOG.crash that the next start finds.
+// Crashes, and leaves a report of it in a log file, and a crash file LOG.crash-* that the next start finds.
 //
 //     crash_report LOG
 

@@ -50,10 +50,12 @@ TaskRow::TaskRow(TaskListModel& model, const QModelIndex& index)
 void TaskRow::update()
 {
     using Model = TaskListModel;
+    //! [row]
     const auto state = m_index.data(Model::StateRole).value<Model::State>();
     const bool ended = state >= Model::State::Done;
     const QVariant fraction = m_index.data(Model::FractionRole);
     m_title->setText(m_index.data(Model::TitleRole).toString());
+    //! [row]
     m_bar->setRange(0, fraction.isValid() || ended ? barEnd : 0);
     m_bar->setValue(int(fraction.toDouble() * barEnd));
     m_bar->setEnabled(state == Model::State::Done || !ended);
@@ -89,8 +91,10 @@ void TaskRow::pauseOrResume()
 
 void TaskRow::cancelOrDismiss()
 {
+    //! [buttons]
     m_model.cancel(m_index.row());
     m_model.dismiss(m_index.row());
+    //! [buttons]
 }
 
 ProgressWindow::ProgressWindow()
@@ -104,6 +108,7 @@ ProgressWindow::ProgressWindow()
     m_layout->addStretch();
     resize(640, 320);
 
+    //! [kept]
     for (const auto end :
          {TaskListModel::State::Done, TaskListModel::State::Canceled, TaskListModel::State::Failed}) {
         m_model.setKept(end, true); // until the user takes it away
@@ -116,6 +121,7 @@ ProgressWindow::ProgressWindow()
     connect(&m_model, &Model::dataChanged, this, [this](const QModelIndex& first, const QModelIndex& last) {
         updateRows(first.row(), last.row());
     });
+    //! [kept]
 }
 
 void ProgressWindow::insertRows(int first, int last)
@@ -145,11 +151,13 @@ void ProgressWindow::updateRows(int first, int last)
 
 void ProgressWindow::addChecksums(const QString& title, const QStringList& paths)
 {
+    //! [add]
     auto* group = makeChecksums(paths, [](const QString& path, const QByteArray& sum) {
         qInfo("%s  %s", sum.constData(), qUtf8Printable(path));
     });
     m_model.add(*group, title);
     runGroup(m_pool, group); // the pool owns it from here on
+    //! [add]
 }
 
 void ProgressWindow::chooseFiles()

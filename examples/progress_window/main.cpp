@@ -11,12 +11,14 @@
 int main(int argc, char** argv)
 {
     const QApplication application(argc, argv);
+    //! [language]
     const bool russian = QLocale().language() == QLocale::Russian;
     veltor::utils::installTranslation(russian ? QLocale() : QLocale(QLocale::English)); // the library's texts
     QTranslator english;                                                                // and our own
     if (!russian && english.load(QStringLiteral(":/progress_window/progress_window_en.qm"))) {
         QCoreApplication::installTranslator(&english);
     }
+    //! [language]
     ProgressWindow window;
     const QStringList paths = QCoreApplication::arguments().mid(1);
     for (const QString& path : paths) {

@@ -28,6 +28,7 @@ QString digestOf(const QString& path)
     return QString::fromLatin1(hash.result().toHex());
 }
 
+//! [long]
 /// A binding of a long procedure: what it throws is a pending Python error when Concurrent returns.
 PyObject* digest(PyObject* /*module*/, PyObject* arguments)
 {
@@ -41,7 +42,9 @@ PyObject* digest(PyObject* /*module*/, PyObject* arguments)
                        progress);
     return PyErr_Occurred() ? nullptr : python::QStringToPyString(result);
 }
+//! [long]
 
+//! [short]
 /// A binding of a short function, which runs with the interpreter lock: the class for what it throws is
 /// found here.
 PyObject* applicationClass(PyObject* /*module*/, PyObject* argument)
@@ -61,7 +64,9 @@ PyObject* applicationClass(PyObject* /*module*/, PyObject* argument)
         return nullptr;
     }
 }
+//! [short]
 
+//! [module]
 PyMethodDef methods[] = {
     {"digest", digest, METH_VARARGS, "digest(path, progress) -> str"},
     {"application_class", applicationClass, METH_O, "application_class(index) -> str"},
@@ -82,3 +87,4 @@ void addNativeModule()
 {
     PyImport_AppendInittab("native", &makeModule);
 }
+//! [module]

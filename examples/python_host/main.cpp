@@ -16,6 +16,7 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QStringList>
 
+#include <array>
 #include <cstdio>
 #include <memory>
 
@@ -35,8 +36,31 @@ Reference owned(PyObject* result)
     return Reference(result, &Py_DecRef);
 }
 
-/// Runs the script as the interpreter runs a program. @throws utils::PythonError when it raises
-void runScript(const QStringList& words)
+/// What a script wants by sys.exit(): takes the pending SystemExit.
+int exitCode()
+{
+    PyObject* type = nullptr;
+    PyObject* value = nullptr;
+    PyObject* trace = nullptr;
+    PyErr_Fetch(&type, &value, &trace);
+    PyErr_NormalizeException(&type, &value, &trace);
+    const std::array<Reference, 3> taken{Reference(type, &Py_DecRef), Reference(value, &Py_DecRef),
+                                         Reference(trace, &Py_DecRef)};
+    const Reference code = owned(PyObject_GetAttrString(value, "code"));
+    if (code.get() == Py_None) {
+        return 0;
+    }
+    if (PyLong_Check(code.get())) {
+        return static_cast<int>(PyLong_AsLong(code.get()));
+    }
+    std::fprintf(stderr, "%s\n", qUtf8Printable(python::PyObjectToStr(code.get()))); // a last word
+    return 1;
+}
+
+//! [run]
+/// Runs the script as the interpreter runs a program. @return its exit code
+/// @throws utils::PythonError for what it raised and did not handle
+int runScript(const QStringList& words)
 {
     const Reference arguments = owned(PyList_New(0));
     for (const QString& word : words) {
@@ -48,8 +72,14 @@ void runScript(const QStringList& words)
 
     const Reference runpy = owned(PyImport_ImportModule("runpy"));
     PyObject* const script = PyList_GetItem(arguments.get(), 0);
-    owned(PyObject_CallMethod(runpy.get(), "run_path", "OOs", script, Py_None, "__main__"));
+    PyObject* const names = PyObject_CallMethod(runpy.get(), "run_path", "OOs", script, Py_None, "__main__");
+    if (!names && PyErr_ExceptionMatches(PyExc_SystemExit)) {
+        return exitCode();
+    }
+    owned(names);
+    return 0;
 }
+//! [run]
 
 } // namespace
 
@@ -61,14 +91,16 @@ int main(int argc, char** argv)
         std::fputs("Usage: python_host SCRIPT [ARGUMENT...]\n", stderr);
         return 2;
     }
+    //! [host]
     addNativeModule();
     Py_InitializeEx(0);
     int code = 0;
     try {
-        runScript(words);
+        code = runScript(words);
     } catch (const utils::PythonError& e) {
         std::fputs(e.what(), stderr);
         code = 1;
     }
     return Py_FinalizeEx() == 0 ? code : 3;
+    //! [host]
 }

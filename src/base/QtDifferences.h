@@ -53,4 +53,21 @@ inline int order(const QVariant& a, const QVariant& b)
 #endif
 }
 
+/// The value as one of another type, by its number in QMetaType; the type's default for a value without a
+/// type, and nothing where the program knows neither the type nor such a conversion.
+inline QVariant converted(QVariant value, int type)
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    if (!value.isValid()) {
+        return QVariant(type, nullptr);
+    }
+    return value.userType() == type || value.convert(type) ? value : QVariant();
+#else
+    if (!value.isValid()) {
+        return QMetaType(type).isValid() ? QVariant(QMetaType(type)) : QVariant();
+    }
+    return value.userType() == type || value.convert(QMetaType(type)) ? value : QVariant();
+#endif
+}
+
 } // namespace veltor::base

@@ -14,14 +14,19 @@ namespace {
 /// So many failures are nested in one another; beyond, the first ones have told enough.
 constexpr std::size_t mostFailures = 64;
 
-/// Closed before, so that no call of another thread finds a part that is half destroyed.
+/// A part that the group has: it ends first, since the rest may have to wait for a call of another thread.
 void destroy(Task* task)
 {
-    TaskAccess::core(*task).close();
-    delete task;
+    TaskAccess::share(*task)->end(TaskState::Finished | TaskState::Cancelled);
+    discard(task);
 }
 
 } // namespace
+
+GroupRun::GroupRun(GroupTask* group)
+    : m_core(TaskAccess::share(*group))
+    , m_group(group)
+{}
 
 int GroupRun::add(Task* task, std::shared_ptr<TaskProgressHandler> handler, const QString& text)
 {
@@ -77,7 +82,7 @@ void GroupRun::advance()
                 return;
             }
             if (!plan.over()) {
-                if (m_paused || m_stopping || plan.running() >= limit()) {
+                if (isPaused() || m_stopping || plan.running() >= limit()) {
                     return;
                 }
                 next = plan.begin();
@@ -98,16 +103,13 @@ void GroupRun::advance()
 /// work is done.
 void GroupRun::begin()
 {
-    GroupTask* group = nullptr;
     {
         const std::lock_guard lock(mutex);
         if (!m_group || std::exchange(m_begun, true)) {
             return;
         }
-        group = m_group;
-        m_paused = group->pauseRequested();
     }
-    group->showPause();
+    follow();
 }
 
 /// Under the mutex.
@@ -165,13 +167,7 @@ void GroupRun::handOver(std::size_t index, Task* task)
     }
     std::exception_ptr error;
     try {
-        // A group only waits: it must not take a worker from its parts.
-        const auto* group = qobject_cast<const GroupTask*>(task);
-        if (m_poolRef.isOpen() && group && group->d->pool) {
-            pool->startService(task);
-            return;
-        }
-        if (m_poolRef.start(task)) {
+        if (pool->start(task)) {
             return;
         }
     } catch (...) {
@@ -213,13 +209,14 @@ void GroupRun::watch(std::size_t index)
 }
 
 /// In the part's thread, before its work.
-void GroupRun::partStarted(const TaskProgressHandler& handler)
+void GroupRun::partStarted(TaskProgressHandler& handler) const
 {
-    if (isPaused()) {
-        const_cast<TaskProgressHandler&>(handler).pause();
-        if (!isPaused()) {
-            const_cast<TaskProgressHandler&>(handler).continueWork();
+    while (isPaused()) {
+        handler.pause();
+        if (isPaused()) {
+            return;
         }
+        handler.continueWork();
     }
 }
 
@@ -290,37 +287,35 @@ void GroupRun::cancelRunning()
     }
 }
 
-void GroupRun::setPool(TaskThreadPool* newPool)
+bool GroupRun::isPaused() const
 {
-    pool = newPool;
-    m_poolRef = newPool ? TaskPoolRef(*newPool) : TaskPoolRef();
+    return m_core->state->isPauseRequsted();
 }
 
-bool GroupRun::isPaused()
-{
-    const std::lock_guard lock(mutex);
-    return m_paused;
-}
-
-/// Another thread may have changed its mind meanwhile: the last wish goes to every part.
-bool GroupRun::setPaused(bool on)
+/// In any thread, and in several at once. The request alone says what is wanted: whoever has acted on an
+/// older one looks again. It is withdrawn without a call of this only while the group is not in its paused
+/// state; then whoever made it is still here, since that state is entered before any part is asked to pause.
+void GroupRun::follow()
 {
     {
         const std::lock_guard lock(mutex);
-        if (!m_begun) {
-            return false;
-        }
-        m_paused = on;
-    }
-    for (const auto& handler : running()) {
-        if (isPaused()) {
-            handler->pause();
-        }
-        if (!isPaused()) {
-            handler->continueWork();
+        if (!m_begun) { // begin() follows
+            return;
         }
     }
-    return true;
+    bool paused = false;
+    do {
+        paused = isPaused();
+        if (paused) {
+            m_core->enterPausedIfAsked();
+        }
+        for (const auto& handler : running()) {
+            paused ? handler->pause() : handler->continueWork();
+        }
+    } while (paused != isPaused());
+    if (!paused) {
+        wake();
+    }
 }
 
 void GroupRun::conclude()

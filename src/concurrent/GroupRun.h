@@ -8,6 +8,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace veltor::concurrent {
@@ -33,9 +34,7 @@ public:
         std::vector<QMetaObject::Connection> connections = {};
     };
 
-    explicit GroupRun(GroupTask* group)
-        : m_group(group)
-    {}
+    explicit GroupRun(GroupTask* group);
 
     int add(Task* task, std::shared_ptr<TaskProgressHandler> handler, const QString& text);
     [[nodiscard]] std::vector<Task*> ownTasks();
@@ -43,15 +42,13 @@ public:
     void wake();
     /// Nothing begins any more, and what runs is asked to cancel.
     void stop();
-    void setPool(TaskThreadPool* newPool);
-    [[nodiscard]] bool isPaused();
-    /// Pauses or continues the parts that run; false when nothing has begun, and advance() will look.
-    bool setPaused(bool on);
+    /// Pauses or continues the group and its running parts, as was asked last.
+    void follow();
     /// The group is being destroyed, in its thread.
     void detach();
 
     std::shared_ptr<GroupProgressHandler> progress;
-    TaskThreadPool* pool = nullptr; // these three are settled before the start
+    std::optional<TaskPoolRef> pool; // these three are settled before the start
     int maxRunning = 0;
     GroupTask::Policy policy = GroupTask::Policy::StopAtFirstError;
     std::mutex mutex; // guards what follows, and the group's life while an event is posted to it
@@ -69,19 +66,19 @@ private:
     bool launch(std::size_t index, Task* task);
     void handOver(std::size_t index, Task* task);
     void watch(std::size_t index);
-    void partStarted(const TaskProgressHandler& handler);
+    void partStarted(TaskProgressHandler& handler) const;
     void partEnded(std::size_t index);
+    [[nodiscard]] bool isPaused() const;
     [[nodiscard]] std::vector<std::shared_ptr<TaskProgressHandler>> running();
     void cancelRunning();
     void conclude();
     [[noreturn]] void throwFailures(std::size_t from);
 
-    TaskPoolRef m_poolRef; // settled before the start too
+    const std::shared_ptr<TaskCore> m_core; // the group's
     GroupTask* m_group;
     bool m_wakeUnderWay = false;
     bool m_begun = false;
     bool m_stopping = false;
-    bool m_paused = false;
     bool m_partCanceled = false;
     std::size_t m_starting = none;       // the part whose start() is on the stack of the group's thread
     std::vector<std::size_t> m_needless; // parts to be destroyed by the group

@@ -119,7 +119,8 @@ int GroupTask::partCount() const
 void GroupTask::setPool(TaskThreadPool* pool)
 {
     requireNotStarted();
-    d->setPool(pool);
+    d->pool = pool ? std::optional<TaskPoolRef>(*pool) : std::nullopt;
+    TaskAccess::core(*this).setOnlyWaits(pool != nullptr);
 }
 
 void GroupTask::setMaxRunning(int limit)
@@ -146,10 +147,10 @@ bool GroupTask::canPause() const
 
 void GroupTask::moveTaskToThread(QThread* thread)
 {
-    Task::moveTaskToThread(thread);
     for (Task* task : d->ownTasks()) {
         task->moveTaskToThread(thread);
     }
+    Task::moveTaskToThread(thread); // from here on its events, which may be its end, are delivered there
 }
 
 void GroupTask::onStart()
@@ -165,31 +166,16 @@ void GroupTask::onStart()
     d->wake();
 }
 
-/// The state follows the request, whichever thread comes last.
-void GroupTask::showPause()
-{
-    if (d->isPaused()) {
-        enterPausedState();
-        if (!d->isPaused()) {
-            enterWaitingState();
-        }
-    }
-}
-
 void GroupTask::onPauseRequested()
 {
     Task::onPauseRequested();
-    if (d->setPaused(true)) {
-        showPause();
-    }
+    d->follow();
 }
 
 void GroupTask::onContinue()
 {
-    static_cast<void>(d->setPaused(false));
-    enterWaitingState();
-    showPause();
-    d->wake();
+    TaskAccess::core(*this).leaveRunning();
+    d->follow();
 }
 
 void GroupTask::onCancelRequested()

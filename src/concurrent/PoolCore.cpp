@@ -105,6 +105,7 @@ void PoolCore::close()
 bool PoolCore::start(Task* task, PoolJob::Terms terms)
 {
     requireMovable(task);
+    terms.waits = TaskAccess::core(*task).onlyWaits();
     const auto job = std::make_shared<PoolJob>(shared_from_this(), task, std::move(terms));
     give(task, job);
     if (task->thread() != QThread::currentThread()) {
@@ -155,8 +156,8 @@ bool PoolCore::pass(const JobPtr& job)
     ++m_passing;
     job->home = m_service;
     if (job->terms.service) {
-        m_services.insert(job);
-    } else if (!m_paused && !m_idle.empty() && m_queue.acquire(job->terms.resource)) {
+        beginService(job);
+    } else if (!job->terms.waits && !m_paused && !m_idle.empty() && m_queue.acquire(job->terms.resource)) {
         job->home = m_idle.back();
         job->home->job = job;
         m_idle.pop_back();
@@ -174,7 +175,9 @@ void PoolCore::undo(const JobPtr& job)
         job->home->job = nullptr;
         m_idle.push_back(job->home);
         m_queue.release(job->terms.resource);
-    } else if (m_services.erase(job) == 0) {
+    } else if (m_services.erase(job) > 0) {
+        m_waiting -= job->terms.waits ? 1 : 0;
+    } else {
         --m_entering;
     }
     job->home = nullptr;
@@ -321,9 +324,9 @@ bool PoolCore::allDone() const
 
 bool PoolCore::idle() const
 {
-    return m_queue.isEmpty() && m_entering == 0 && m_unsettled == 0 && m_idle.size() >= m_threadCount &&
-           std::all_of(m_arriving.begin(), m_arriving.end(),
-                       [](const JobPtr& job) { return job->terms.service; });
+    const auto isNotCounted = [](const JobPtr& job) { return job->terms.service && !job->terms.waits; };
+    return m_queue.isEmpty() && m_entering == 0 && m_unsettled == 0 && m_waiting == 0 &&
+           m_idle.size() >= m_threadCount && std::all_of(m_arriving.begin(), m_arriving.end(), isNotCounted);
 }
 
 void PoolCore::wakeIfIdle()

@@ -40,9 +40,9 @@ class TaskThreadPool;
 ///     Queued     the service thread, which delivers its events
 ///     Staged     none, for a moment: see PoolStaging.cpp
 ///     Handed     the service thread, then the worker
-///     Running    the worker (a service task: the service thread)
-///     Ended      the same, until its last call is over; deleted there
-///     Orphan     none: its thread ended before the last call of another thread did, which deletes it
+///     Running    the worker (a service task, and one that only waits for others: the service thread)
+///     Ended      the same, until its last call is over; deleted there. When its thread ends before that
+///                call, which is another thread's, it lives in none, and that call deletes it
 class PoolCore : public std::enable_shared_from_this<PoolCore>
 {
 public:
@@ -132,6 +132,7 @@ private:
     Turn dispatchOne();
     void setAside(const JobPtr& job);
     [[nodiscard]] bool unqueue(PoolJob& job);
+    void beginService(const JobPtr& job);
     void askToStage();
     void watchAgain();
     void passed();
@@ -164,7 +165,8 @@ private:
     bool m_watching = false;
     std::vector<JobPtr> m_aside; // to be ended and deleted by settle()
     std::size_t m_unsettled = 0;
-    std::set<JobPtr> m_services;
+    std::set<JobPtr> m_services; // tasks that run in the service thread
+    std::size_t m_waiting = 0;   // of these, the ones that wait for others
     std::map<const QThread*, Bin*> m_bins;
 };
 

@@ -31,13 +31,13 @@ public:
         Handed,  // on its way from the service thread to a worker
         Running,
         Ended, // the worker is free, the task perhaps not yet deleted
-        Orphan,
     };
     /// How a task was given to the pool.
     struct Terms
     {
         bool high = false;
         bool service = false;
+        bool waits = false;          // for other tasks, by events: its turn comes, but it needs no worker
         bool keepWhenClosed = false; // the task stays the caller's then
         QString resource{};
     };
@@ -56,12 +56,11 @@ public:
     const Terms terms;
 
     // Under the pool's mutex.
-    Task* task; // null once it is destroyed
+    Task* task; // null once it is destroyed, or its last call alone is waited for
     PoolThread* home = nullptr;
     qint64 order = 0;
     Stage stage = Stage::Arriving;
     bool withdrawn = false;
-    bool released = false;
 
     bool starting = false; // the task's start() is on the stack; in the home thread only
 };

@@ -69,7 +69,7 @@ std::vector<JobPtr> PoolQueue::beginStaging(PoolJob::Stage stage, std::size_t mo
     std::vector<JobPtr> jobs;
     for (auto entry = m_ready.begin(); entry != m_ready.end() && jobs.size() < most; ++entry) {
         const JobPtr& job = entry->second;
-        if (job->stage == stage && job->terms.resource.isEmpty()) {
+        if (job->stage == stage && job->terms.resource.isEmpty() && !job->terms.waits) {
             job->stage = PoolJob::Stage::Staging;
             jobs.push_back(job);
         }

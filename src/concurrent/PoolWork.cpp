@@ -218,8 +218,21 @@ void PoolCore::endService(const JobPtr& job)
             return;
         }
         job->stage = PoolJob::Stage::Ended;
+        if (!job->terms.service) { // its turn had come
+            m_queue.release(job->terms.resource);
+            static_cast<void>(dispatchOne());
+        }
     }
     retire(job);
+    const std::lock_guard lock(m_mutex);
+    m_waiting -= job->terms.waits ? 1 : 0;
+    wakeIfIdle();
+}
+
+void PoolCore::beginService(const JobPtr& job)
+{
+    m_services.insert(job);
+    m_waiting += job->terms.waits ? 1 : 0;
 }
 
 /// In the service thread: ends and deletes what was taken out of the queue.
@@ -257,13 +270,19 @@ void PoolCore::setAside(const JobPtr& job)
     }
 }
 
-/// Gives @p worker the first task of the queue. One that has ended there is dropped and uses up the turn.
+/// Gives @p worker the first task of the queue that needs one. One that has ended there is dropped and uses up
+/// the turn.
 PoolCore::Turn PoolCore::nextTurn(PoolThread& worker)
 {
     if (m_life != Life::Open || m_paused) {
         return Turn::None;
     }
-    const JobPtr job = m_queue.take();
+    JobPtr job = m_queue.take();
+    for (; job && job->terms.waits && !job->state->is(TaskState::Finished); job = m_queue.take()) {
+        beginService(job);
+        job->stage = PoolJob::Stage::Running;
+        m_service->call([this, job] { serveService(job); });
+    }
     if (!job) {
         m_missed += m_queue.isHeldUp() ? 1 : 0;
         return Turn::None;
@@ -316,7 +335,7 @@ void PoolCore::onEnd(const JobPtr& job)
     if (job->stage != PoolJob::Stage::Running || home->ended || inStart) {
         return; // queued: it is dropped when its turn comes; in start(): that returns
     }
-    if (job->terms.service) {
+    if (home == m_service) {
         home->call([this, job] { endService(job); });
     } else {
         home->call([this, home, job] { afterEnd(*home, job); });
@@ -387,32 +406,22 @@ void PoolCore::retire(const JobPtr& job)
 /// In the thread of a task for which there is no event loop any more.
 void PoolCore::dispose(const JobPtr& job)
 {
-    while (job->task && !TaskAccess::share(*job->task)->mayDelete()) {
-        job->task->moveToThread(nullptr); // whichever thread ends the last call can delete it
+    Task* task = nullptr; // only this thread destroys it
+    {
         const std::lock_guard lock(m_mutex);
-        if (!std::exchange(job->released, false)) {
-            job->stage = PoolJob::Stage::Orphan;
-            job->home = nullptr;
-            return;
-        }
+        task = std::exchange(job->task, nullptr);
     }
-    delete job->task;
+    if (task) {
+        discard(task);
+    }
 }
 
 void PoolCore::onReleased(const JobPtr& job)
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (job->home && !job->home->ended) {
-            job->home->call([this, job] { retire(job); });
-            return;
-        }
-        if (job->stage != PoolJob::Stage::Orphan) {
-            job->released = true;
-            return;
-        }
+    const std::lock_guard lock(m_mutex);
+    if (job->home && !job->home->ended) { // else its thread, which ends, disposes of it
+        job->home->call([this, job] { retire(job); });
     }
-    dispose(job);
 }
 
 /// By whomever, in the thread in which it lives.

@@ -107,8 +107,8 @@ void Task::moveHandler(ProgressHandler& handler, QThread* thread)
 
 void Task::moveTaskToThread(QThread* thread)
 {
-    moveToThread(thread);
     moveHandler(*m_core->handler(), thread);
+    moveToThread(thread); // last: what waits for the task, a cancel() perhaps, is delivered there at once
 }
 
 std::shared_ptr<TaskProgressHandler> Task::progressHandler() const

@@ -66,11 +66,16 @@ bool TaskCore::adopt(std::shared_ptr<TaskOwner> owner)
     return true;
 }
 
+void TaskCore::passTo(std::shared_ptr<TaskOwner> owner)
+{
+    const std::lock_guard lock(m_mutex);
+    m_owner.swap(owner); // the former one goes without the lock
+}
+
 void TaskCore::release()
 {
-    std::shared_ptr<TaskOwner> former; // released outside of the lock
+    passTo(nullptr);
     const std::lock_guard lock(m_mutex);
-    former.swap(m_owner);
     m_handedOver = false;
 }
 
@@ -94,6 +99,18 @@ bool TaskCore::withdraw()
         owner = m_owner;
     }
     return owner && owner->withdraw();
+}
+
+bool TaskCore::onlyWaits() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_onlyWaits;
+}
+
+void TaskCore::setOnlyWaits(bool waits)
+{
+    const std::lock_guard lock(m_mutex);
+    m_onlyWaits = waits;
 }
 
 bool TaskCore::mayDelete()
@@ -173,9 +190,10 @@ void TaskCore::run(Task& task)
     } catch (...) {
         fail();
     }
-    if (state->is(TaskState::Running)) {
+    const TaskState::States word = state->m_p->wordAtReturn();
+    if (word.testFlag(TaskState::Running)) {
         end(TaskState::Finished | TaskState::Successful);
-    } else if (!state->is(TaskState::Waiting)) {
+    } else if (!word.testFlag(TaskState::Waiting)) {
         end(TaskState::Finished);
     }
 }
@@ -190,14 +208,14 @@ void TaskCore::pause()
 void TaskCore::continueWork()
 {
     const TaskState::Private::Resumed resumed = state->m_p->resumeIfPaused();
-    if (resumed == TaskState::Private::Resumed::No) {
+    if (!resumed.was) {
         return;
     }
     visit([](Task& task) { task.onContinue(); });
-    if (resumed == TaskState::Private::Resumed::ForWait) {
+    if (resumed.forWait) {
         state->m_p->release();
-    } else if (state->is(TaskState::Running)) {
-        end(TaskState::Finished | TaskState::Successful);
+    } else { // still running, by this resumption and no other
+        end(TaskState::Finished | TaskState::Successful, nullptr, resumed.write);
     }
 }
 
@@ -223,7 +241,20 @@ void TaskCore::enterWaiting()
     state->m_p->enterUnlessOver(TaskState::Waiting);
 }
 
-void TaskCore::end(TaskState::States word, const err::ConcurrentNestedException* error)
+void TaskCore::enterPausedIfAsked()
+{
+    const std::shared_ptr<TaskProgressHandler> observed = handler();
+    if (state->m_p->enterPausedIfAsked()) {
+        Q_EMIT observed->paused();
+    }
+}
+
+void TaskCore::leaveRunning()
+{
+    state->m_p->leaveRunning();
+}
+
+void TaskCore::end(TaskState::States word, const err::ConcurrentNestedException* error, unsigned write)
 {
     const std::shared_ptr<TaskCore> self = shared_from_this();
     const std::shared_ptr<TaskProgressHandler> observed = handler();
@@ -232,7 +263,7 @@ void TaskCore::end(TaskState::States word, const err::ConcurrentNestedException*
         return m_owner;
     }();
     const Use use(*this);
-    if (!state->m_p->claimEnd()) {
+    if (!state->m_p->claimEnd(write)) {
         return;
     }
     const auto enter = [&] {

@@ -39,12 +39,17 @@ public:
 
     /// The task is its @p owner's from now on. False when it has one.
     [[nodiscard]] bool adopt(std::shared_ptr<TaskOwner> owner);
+    /// The same, whoever had it.
+    void passTo(std::shared_ptr<TaskOwner> owner);
     /// Undoes adopt().
     void release();
     /// Somebody has been asked to run the task.
     [[nodiscard]] bool isHandedOver() const;
     void setHandedOver();
     bool withdraw();
+    /// The task's work is to wait for other tasks, by events: it needs no thread of its own.
+    [[nodiscard]] bool onlyWaits() const;
+    void setOnlyWaits(bool waits);
 
     /// In the task's thread, by its owner: true when it may delete the task now, which no call reaches any
     /// more. Else the owner's onReleased() follows.
@@ -60,9 +65,15 @@ public:
     void askToCancel(Task& task);
     void enterPaused();
     void enterWaiting();
+    /// The pause of a task without a thread that waits in it, while it is asked for.
+    void enterPausedIfAsked();
+    /// In onContinue(): the task goes on.
+    void leaveRunning();
     /// The one way into a finished @p word. The claim comes first, so that of several threads one sets the
     /// final progress, the word and the signals, in this order. The task may be destroyed meanwhile.
-    void end(TaskState::States word, const err::ConcurrentNestedException* error = nullptr);
+    /// With the number of a @p write of the word, only while that is the last one.
+    void end(TaskState::States word, const err::ConcurrentNestedException* error = nullptr,
+             unsigned write = 0);
     /// Ends the task with the exception in flight.
     void fail();
     bool waitWhilePaused();
@@ -95,7 +106,6 @@ public:
 
 private:
     class Use;
-
     /// Calls a virtual function of the task in the caller's thread; what it throws becomes the error state.
     void visit(const std::function<void(Task&)>& function);
 
@@ -105,6 +115,7 @@ private:
     std::shared_ptr<TaskOwner> m_owner;
     int m_uses = 0;
     bool m_handedOver = false;
+    bool m_onlyWaits = false;
     bool m_deleteWanted = false;
     std::vector<std::thread::id> m_visitors;
     std::condition_variable m_visited;

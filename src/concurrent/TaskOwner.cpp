@@ -7,9 +7,65 @@
 #include <veltor/concurrent/TaskThreadPool.h>
 #include <veltor/err/Exceptions.h>
 
+#include <mutex>
 #include <utility>
 
 namespace veltor::concurrent {
+namespace {
+
+/// The last owner of a task.
+class Discarded : public TaskOwner
+{
+public:
+    explicit Discarded(Task* task)
+        : m_task(task)
+        , m_core(TaskAccess::share(*task))
+    {}
+
+    void deleteWhenFree()
+    {
+        while (!m_core->mayDelete()) {
+            static_cast<void>(moveTask(*m_task, nullptr)); // whichever thread ends the last call deletes it
+            const std::lock_guard lock(m_mutex);
+            if (!std::exchange(m_released, false)) {
+                m_waits = true;
+                return;
+            }
+        }
+        delete m_task;
+    }
+
+    void onReleased() override
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            if (!std::exchange(m_waits, false)) {
+                m_released = true;
+                return;
+            }
+        }
+        deleteWhenFree();
+    }
+    void onEnd() override {}
+    void onDestroyed() override {}
+    bool withdraw() override { return false; }
+
+private:
+    Task* const m_task;
+    const std::shared_ptr<TaskCore> m_core;
+    std::mutex m_mutex; // guards what follows
+    bool m_waits = false;
+    bool m_released = false;
+};
+
+} // namespace
+
+void discard(Task* task)
+{
+    const auto last = std::make_shared<Discarded>(task);
+    TaskAccess::core(*task).passTo(last);
+    last->deleteWhenFree();
+}
 
 void requireMovable(const Task* task)
 {

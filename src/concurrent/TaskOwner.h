@@ -36,6 +36,10 @@ void give(Task* task, std::shared_ptr<TaskOwner> owner);
 /// Before the owner is made: what give() refuses, an owned task excepted.
 void requireMovable(const Task* task);
 
+/// Deletes an ended task, whose owner the caller was, in its thread: now, or when the last call is done with
+/// it. Until then it belongs to no thread.
+void discard(Task* task);
+
 /// Moves a task from the calling thread, or from none. False when that, which is foreign code, has failed:
 /// the task has ended.
 [[nodiscard]] bool moveTask(Task& task, QThread* thread);

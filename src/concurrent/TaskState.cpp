@@ -86,10 +86,16 @@ void TaskState::resume()
     m_p->pauseRequested.exchange(false);
 }
 
+void TaskState::Private::write(States states)
+{
+    word = states;
+    ++writes;
+}
+
 /// Whatever the new word is, it ends a pause that somebody may be waiting in.
 void TaskState::Private::replaceWord(States states)
 {
-    word = states;
+    write(states);
     ++releases;
     changed.notify_all();
 }
@@ -105,14 +111,20 @@ bool TaskState::Private::begin()
     if (over() || !word.testFlag(Created)) {
         return false;
     }
-    word = Running;
+    write(Running);
     return true;
 }
 
-bool TaskState::Private::claimEnd()
+TaskState::States TaskState::Private::wordAtReturn() const
 {
     const std::lock_guard lock(mutex);
-    if (over()) {
+    return word.testFlag(Running) && writes == deciding ? States(Waiting) : word;
+}
+
+bool TaskState::Private::claimEnd(unsigned write)
+{
+    const std::lock_guard lock(mutex);
+    if (over() || (write != 0 && write != writes)) {
         return false;
     }
     endClaimed = true;
@@ -129,6 +141,24 @@ bool TaskState::Private::enterUnlessOver(State state)
     return true;
 }
 
+bool TaskState::Private::enterPausedIfAsked()
+{
+    const std::lock_guard lock(mutex);
+    if (over() || word.testFlag(Paused) || !pauseRequested.load()) {
+        return false;
+    }
+    replaceWord(Paused);
+    return true;
+}
+
+void TaskState::Private::leaveRunning()
+{
+    const std::lock_guard lock(mutex);
+    if (word.testFlag(Running)) {
+        replaceWord(Waiting);
+    }
+}
+
 TaskState::Private::Pause TaskState::Private::beginPause()
 {
     const std::lock_guard lock(mutex);
@@ -137,7 +167,7 @@ TaskState::Private::Pause TaskState::Private::beginPause()
     }
     const bool entered = !word.testFlag(Paused);
     if (entered) {
-        word = Paused;
+        write(Paused);
     }
     ++waiting;
     return {entered, true, releases};
@@ -149,7 +179,7 @@ void TaskState::Private::waitForRelease(const Pause& pause)
     changed.wait(lock, [&] { return releases != pause.releases || over() || cancelRequested.load(); });
     --waiting;
     if (!over() && word.testFlag(Paused)) { // woken by a cancel: the work runs on to its end
-        word = Running;
+        write(Running);
         pauseRequested.exchange(false);
     }
 }
@@ -158,14 +188,15 @@ TaskState::Private::Resumed TaskState::Private::resumeIfPaused()
 {
     const std::lock_guard lock(mutex);
     if (over()) {
-        return Resumed::No;
+        return {};
     }
     pauseRequested.exchange(false);
     if (!word.testFlag(Paused)) {
-        return Resumed::No;
+        return {};
     }
-    word = Running;
-    return waiting > 0 ? Resumed::ForWait : Resumed::Yes;
+    write(Running);
+    deciding = waiting > 0 ? deciding : writes;
+    return {true, waiting > 0, writes};
 }
 
 void TaskState::Private::release()

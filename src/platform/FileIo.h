@@ -46,6 +46,8 @@ public:
     virtual bool resize(int fd, std::int64_t size);
     /// What file it is; false when the system does not tell.
     virtual bool status(int fd, FileStatus& status);
+    /// Waits until the file's bytes and its size are on the disk, as far as the disk tells the truth.
+    virtual bool sync(int fd);
     /// Removes a name. @return 0, or the system's error
     virtual int removeName(const NativePath& path);
 };

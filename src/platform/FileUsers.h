@@ -48,14 +48,14 @@ struct FileUser
     NativeString name;        ///< of its program, shortened by the system
     NativeString user;        ///< whose process it is; a number where the account has no name
     std::int64_t startMs = 0; ///< since 1970, UTC; 0 when unknown
-    unsigned uses = 0;        ///< of FileUse
+    unsigned uses = 0;        ///< of FileUse; none of one who has a lock and cannot be looked into
     std::vector<FileLock> locks;
 };
 
 struct FileUsers
 {
     std::vector<FileUser> users;
-    std::vector<FileLock> foreignLocks; ///< of processes that could not be looked into, or are waiting
+    std::vector<FileLock> foreignLocks; ///< of none of these: of processes that are not seen at all
     unsigned hidden = 0;                ///< processes that could not be looked into, or only in part
     bool othersHidden = false;          ///< the system shows only processes of the own user at all
     std::error_code error;              ///< why nothing could be found out

@@ -43,13 +43,18 @@ public:
     /// Makes an empty file, or a folder for this user alone; neither may exist.
     virtual int createFile(const Path& folder, const Path& name);
     virtual int createFolder(const Path& folder, const Path& name);
-    /// Moves a file in one step; a file that stands at @p to is replaced or refused.
-    virtual int move(const Path& folder, const Path& from, const Path& to, bool replace);
+    /// Moves a file in one step.
+    /// @param replace  a file that stands at @p to is replaced, else refused
+    /// @param through  the system is asked to write it to the disk at once, where it can be asked (Windows)
+    virtual int move(const Path& folder, const Path& from, const Path& to, bool replace, bool through);
     virtual int removeFile(const Path& folder, const Path& name);
     /// The folder must be empty.
     virtual int removeFolder(const Path& folder, const Path& name);
     /// Opens an existing regular file for reading and writing as a C descriptor.
     virtual int open(const Path& folder, const Path& name, int& fd);
+    /// Waits until the names in a folder are on the disk; an empty name is that of the folder itself. On Windows
+    /// as far as its file system can: one that refuses to is no failure.
+    virtual int syncFolder(const Path& folder, const Path& name);
     /// The names in a folder, without their own folders.
     virtual int list(const Path& folder, const Path& name, std::vector<Path>& names);
 };

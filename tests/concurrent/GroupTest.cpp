@@ -220,21 +220,22 @@ TEST(Groups, EndAsTheirPartsDoWhateverTheGraph)
             pool.start(group);
         }
         const bool cancels = scenario.pick(0, 3) == 0;
-#ifdef __SANITIZE_THREAD__
-        constexpr int mostPauses = 0; // a hang of this combination there is not explained yet
-#else
-        constexpr int mostPauses = 4;
-#endif
-        for (int i = scenario.pick(0, mostPauses); i > 0; --i) {
-            handler->pause();
-            QThread::yieldCurrentThread();
-            handler->continueWork();
-        }
+        const auto pauseAndContinue = [&handler](int times) {
+            for (; times > 0; --times) {
+                handler->pause();
+                QThread::yieldCurrentThread();
+                handler->continueWork();
+            }
+        };
+        std::thread other(pauseAndContinue, scenario.pick(0, 4));
+        pauseAndContinue(scenario.pick(0, 4));
         if (cancels) {
             handler->cancel();
         }
-        for (; !scenario.over; QThread::yieldCurrentThread()) {
-            handler->continueWork(); // one that came before the pause it was meant for
+        other.join();
+        EXPECT_TRUE(pool.waitForAllTasks());
+        while (!scenario.over) { // its last signal
+            QThread::yieldCurrentThread();
         }
         scenario.check(cancels);
     }

@@ -170,9 +170,23 @@ TEST(LockInfo, TellsWhyAFileCannotBeWritten)
     EXPECT_EQ(forked(&asksForReasons, User::Ordinary), 0);
     const auto running = obstaclesOf(QCoreApplication::applicationFilePath());
     EXPECT_EQ(std::count(running.begin(), running.end(), WriteObstacle::RunningProgram), 1);
-    // Of another user's file little may be seen, and that is said.
-    const int seen =
-        forked([] { return LockInfo(u("/etc/passwd")).whatIsHidden().isEmpty() ? 1 : 0; }, User::Another);
+    // Of another user's process little may be seen, and that is said; its locks are in everybody's sight.
+    const Folder folder;
+    const QString path = folder.write("file", QByteArray(10, 'x'));
+    Actor actor("use", {path, QString::number(int(Locking::Flock))});
+    ASSERT_TRUE(actor.isReady());
+    const qint64 pid = actor.processId();
+    QFile::setPermissions(folder.path(), QFile::Permissions(0x7755));
+    const int seen = forked(
+        [&] {
+            const LockInfo info(path);
+            return !info.whatIsHidden().isEmpty() && info.holders().size() == 1 &&
+                           info.holders()[0].pid == pid && !info.holders()[0].user.isEmpty() &&
+                           info.otherLocks().empty()
+                       ? 0
+                       : 1;
+        },
+        User::Another);
     EXPECT_TRUE(seen == 0 || seen == NoFork);
 }
 #else

@@ -65,6 +65,8 @@ TEST_F(Others, AJournalHasOneOwner)
         EXPECT_EQ(second.state(), JournalState::InUse);
 #ifdef Q_OS_LINUX
         EXPECT_EQ(second.ownerPid(), owner.processId());
+        EXPECT_TRUE(second.errorString().contains(
+            u(": tst_storage (процесс %1, пользователь ").arg(owner.processId())));
 #endif
         EXPECT_TRUE(second.errorString().contains(path("journal")));
     };
@@ -106,6 +108,11 @@ TEST_F(Others, AForkedChildHasNoPartInATransaction)
     EXPECT_EQ(read("a"), "newa");
     EXPECT_TRUE(owner.rollback());
     EXPECT_EQ(read("a"), "aaaa");
+
+    QFile next(path("next")); // has the journal's number, and likely its place on the disk
+    ASSERT_TRUE(next.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    EXPECT_EQ(forked([&] { return next.write("n") == 1 ? 0 : 1; }), 0);
+    EXPECT_EQ(read("next"), "n") << "the child's own descriptor was taken away";
 }
 
 TEST_F(Others, NamesStayBeneathTheJournalWhenTheyAreToldTo)

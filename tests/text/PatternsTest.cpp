@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <thread>
 #include <vector>
@@ -107,43 +108,44 @@ QString pattern(int number)
     return QStringLiteral("^a{%1}$").arg(number);
 }
 
-/// Whether the expression is still in the cache. Asking does bring it back, and to the front.
-bool holds(RegularExpressionCache& cache, int number, const std::shared_ptr<QRegularExpression>& expression)
+/// Beside a plain list, the most recently used first: the same expression as long as the list holds it.
+TEST(RegularExpressionCache, ForgetsTheLeastRecentlyUsed)
 {
-    return cache.retrieve(pattern(number)) == expression;
-}
-
-TEST(RegularExpressionCache, HandsOutOneExpressionUntilItForgetsTheLeastRecentlyUsed)
-{
-    RegularExpressionCache cache(2);
-    const auto first = cache.retrieve(pattern(1));
-    const auto caseless = cache.retrieve(pattern(1), QRegularExpression::CaseInsensitiveOption);
-    EXPECT_NE(caseless, first);
-    EXPECT_TRUE(holds(cache, 1, first));
-    const auto invalid = cache.retrieve(QStringLiteral("(")); // forgets the second
-    EXPECT_FALSE(invalid->isValid());
-    EXPECT_EQ(cache.retrieve(QStringLiteral("(")), invalid);
-    EXPECT_TRUE(holds(cache, 1, first));
-    EXPECT_NE(cache.retrieve(pattern(1), QRegularExpression::CaseInsensitiveOption), caseless);
-    EXPECT_TRUE(caseless->match(QStringLiteral("A")).hasMatch()) << "a forgotten expression is still usable";
-}
-
-TEST(RegularExpressionCache, RemovesOnRequestAndByItsLimit)
-{
-    RegularExpressionCache cache(5);
-    cache.setLimit(0); // 1024
-    const auto first = cache.retrieve(pattern(0));
-    for (int i = 1; i < 1024; ++i) {
-        (void)cache.retrieve(pattern(i));
+    using Key = RegularExpressionCache::ExpressionFlags;
+    std::mt19937 random(1);
+    RegularExpressionCache cache;
+    std::size_t limit = 1024;
+    std::vector<std::pair<Key, std::shared_ptr<QRegularExpression>>> model;
+    for (int step = 0; step < 30000; ++step) {
+        // Among them one that is invalid.
+        const int range = step < 10000 ? 1600 : 12;
+        const QString text = pattern(static_cast<int>(random() % static_cast<unsigned>(range))) +
+                             (random() % 8 == 0 ? u("(") : QString());
+        const Key key = {QRegularExpression::PatternOptions(static_cast<int>(random() % 2)), text};
+        const auto found =
+            std::find_if(model.begin(), model.end(), [&](const auto& entry) { return entry.first == key; });
+        const auto what = random() % 50;
+        if (what == 0 && found != model.end()) {
+            cache.remove(key);
+            model.erase(found);
+        } else if (what == 1 && step > 10000) {
+            limit = random() % 20;
+            cache.setLimit(static_cast<unsigned>(limit));
+            limit = limit == 0 ? 1024 : limit;
+        } else if (found != model.end()) {
+            ASSERT_EQ(cache.retrieve(key), found->second) << step;
+            std::rotate(model.begin(), found, found + 1);
+        } else {
+            const auto expression = cache.retrieve(key.pattern, key.options);
+            ASSERT_EQ(expression->pattern(), text);
+            ASSERT_EQ(expression->patternOptions(), key.options);
+            for (const auto& [other, held] : model) {
+                ASSERT_NE(expression, held) << step;
+            }
+            model.insert(model.begin(), {key, expression});
+        }
+        model.resize(std::min(model.size(), limit));
     }
-    EXPECT_TRUE(holds(cache, 0, first));
-    cache.remove(pattern(0));
-    const auto second = cache.retrieve(pattern(0));
-    EXPECT_NE(second, first);
-    const auto third = cache.retrieve(pattern(1));
-    cache.setLimit(1);
-    EXPECT_TRUE(holds(cache, 1, third));
-    EXPECT_FALSE(holds(cache, 0, second));
 }
 
 TEST(RegularExpressionCache, ServesManyThreadsWhileTheLimitChanges)

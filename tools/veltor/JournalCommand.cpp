@@ -231,6 +231,9 @@ int restore(const QString& path, const Arguments& arguments, Transaction::Damage
     if (arguments.isSet("anywhere")) {
         options.nameRule = RollbackFile::NameRule::Anywhere;
     }
+    if (arguments.isSet("durable")) {
+        options.durability = utils::Durability::Durable;
+    }
     const Transaction::Recovery done = Transaction::recover(path, options);
     if (done.foundJournal) {
         print(Text::tr("Восстановлено файлов: %1").arg(done.restored) + QLatin1Char('\n'));
@@ -300,8 +303,8 @@ int runJournal(const QStringList& words)
 {
     Arguments arguments(
         QStringLiteral("journal"),
-        {QStringLiteral("show JOURNAL [--json]"), QStringLiteral("rollback JOURNAL [--anywhere]"),
-         QStringLiteral("repair JOURNAL [--anywhere]"), QStringLiteral("discard JOURNAL")},
+        {QStringLiteral("show JOURNAL [--json]"), QStringLiteral("rollback JOURNAL [--anywhere] [--durable]"),
+         QStringLiteral("repair JOURNAL [--anywhere] [--durable]"), QStringLiteral("discard JOURNAL")},
         Text::tr("show проверяет журнал отката и перечисляет файлы, которые он защищает,\n"
                  "ничего не меняя; от отвергнутого журнала — то, что восстановило бы repair.\n"
                  "rollback возвращает файлам прежнее содержимое и удаляет журнал.\n"
@@ -310,6 +313,7 @@ int runJournal(const QStringList& words)
                  "discard сохраняет новое содержимое и удаляет журнал."));
     arguments.addFlag("json", Text::tr("show: JSON вместо таблицы"));
     arguments.addFlag("anywhere", Text::tr("rollback, repair: восстанавливать и файлы вне папки журнала"));
+    arguments.addFlag("durable", Text::tr("rollback, repair: журнал записан с расчётом на потерю питания"));
     if (!arguments.parse(words)) {
         return Done;
     }
@@ -323,7 +327,8 @@ int runJournal(const QStringList& words)
     }
     const bool shows = action->value == &show;
     const bool restores = action->value == &rollBack || action->value == &repair;
-    if ((arguments.isSet("json") && !shows) || (arguments.isSet("anywhere") && !restores)) {
+    const bool wantsRestoring = arguments.isSet("anywhere") || arguments.isSet("durable");
+    if ((arguments.isSet("json") && !shows) || (wantsRestoring && !restores)) {
         throw UsageError(Text::tr("действие '%1' не знает этого ключа").arg(name));
     }
     return action->value(arguments.words()[1], arguments);

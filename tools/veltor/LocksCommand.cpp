@@ -152,9 +152,10 @@ void show(const LockInfo& info)
 {
     print(Text::tr("%1:\n").arg(shownName(info.path())));
     for (const LockHolder& holder : info.holders()) {
-        QString line =
-            QStringLiteral("  %1  %2")
-                .arg(shownLine(LockInfo::describe(holder)), wordsOf(holder.uses).join(QLatin1Char(',')));
+        QString line = QStringLiteral("  ") + shownLine(LockInfo::describe(holder));
+        if (holder.uses != LockHolder::Uses()) {
+            line += QStringLiteral("  ") + wordsOf(holder.uses).join(QLatin1Char(','));
+        }
         if (!startText(holder).isEmpty()) {
             line += QStringLiteral("  ") + Text::tr("с %1").arg(startText(holder));
         }
@@ -171,7 +172,10 @@ void show(const LockInfo& info)
               QLatin1Char('\n'));
     }
     if (info.exists() && info.holders().empty() && info.otherLocks().empty()) {
-        print(QStringLiteral("  ") + Text::tr("никто не использует") + QLatin1Char('\n'));
+        const QString nobody = info.whatIsHidden().isEmpty()
+                                   ? Text::tr("никто не использует")
+                                   : Text::tr("никто из тех, кого видно, не использует");
+        print(QStringLiteral("  ") + nobody + QLatin1Char('\n'));
     }
     if (!info.whatIsHidden().isEmpty()) {
         print(QStringLiteral("  ") + shownLine(info.whatIsHidden()) + QLatin1Char('\n'));

@@ -110,7 +110,6 @@ private:
     friend class GroupRun;
 
     void requireNotStarted() const;
-    void showPause();
 
     const std::shared_ptr<GroupRun> d;
 };

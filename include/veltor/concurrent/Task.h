@@ -61,7 +61,7 @@ public:
     [[nodiscard]] virtual bool canPause() const;
 
     /// Moves the task and its handler to @p thread, null for none; called in the task's thread. A subclass
-    /// that owns further objects moves those too.
+    /// that owns further objects moves those first: as soon as the task is there, its events are delivered.
     virtual void moveTaskToThread(QThread* thread);
 
     /// The handler by which others watch and steer the task; never null. It may be kept after the task.

@@ -52,7 +52,7 @@ struct LockHolder
     QString name;         ///< of its program, shortened by the system; anything may stand in it
     QString user;         ///< whose process it is; a number where the account has no name, empty when unknown
     qint64 startedMs = 0; ///< since 1970, UTC; 0 when unknown
-    Uses uses;            ///< all of them together
+    Uses uses;            ///< all of them together; none when only the system's list of locks names it
     std::vector<LockEntry> locks; ///< that it holds or waits for
 };
 
@@ -124,7 +124,7 @@ public:
 
     /// The processes that use it, this one among them if it does.
     [[nodiscard]] const std::vector<LockHolder>& holders() const;
-    /// Locks of processes that are not among the holders, since these could not be looked into.
+    /// Locks of processes that are not among the holders, since these are not seen at all, in containers say.
     [[nodiscard]] const std::vector<LockEntry>& otherLocks() const;
     /// What of the processes could not be seen, for the user; empty when holders() is complete.
     [[nodiscard]] QString whatIsHidden() const;

@@ -35,10 +35,12 @@ struct JournalRemoval
 {
     bool removed = true;    ///< its name is gone
     bool effective = false; ///< it still holds what it held: the next recovery would restore the old bytes
-    QString reason;         ///< why it is not removed, with its name and the system's words; else empty
+    QString reason; ///< why it is not removed or not synced, with its name and the system's words; else empty
+    bool synced = true; ///< false: a loss of power was to be survived and the disk has not confirmed the end:
+                        ///< final for all programs, but a loss of power now may bring the journal back
 
     /// True when the new contents are final.
-    explicit operator bool() const noexcept { return !effective; }
+    explicit operator bool() const noexcept { return !effective && synced; }
 };
 
 /// What a rollback did.
@@ -78,7 +80,7 @@ struct RollbackReport
 /// Promise. At every instant the journal, as the operating system sees it, holds the old bytes of every
 /// range whose new bytes it may also see; nothing waits in a buffer of the process. So the files survive
 /// the death of the process at any point, recovery included. They do not survive the death of the
-/// operating system: nothing is forced to the disk.
+/// operating system: nothing is forced to the disk, unless RollbackFile::setDurability() asks for it.
 ///
 /// Where the journal and the files live is a subclass's business; RollbackFile is the one for the file
 /// system. Failures are reported by the results, by errorString() and by a line in the log, level Error.

@@ -32,6 +32,32 @@ struct JournalView
     unsigned long long freeBlocks = 0;                ///< free records in it
 };
 
+/// Whether files and journal also survive the death of the operating system: a loss of power.
+///
+/// The journal's bytes are the same in all three. Who recovers has to say how it was written: the rules of
+/// Durable take a journal for what a loss of power may have left of one that was synced, and refuse others'
+/// damage as ever.
+///
+/// What is promised with Durable and Careful, by a disk that does what it confirms and loses or tears nothing
+/// smaller than 512 bytes: after a loss of power at any point, recovery included, the next recovery puts every
+/// file back, or finds the transaction's end, or refuses; it never makes a mixture. A commit that has succeeded
+/// stays. Files that were not made by the transaction must have been on the disk before.
+///
+/// A disk, a controller or a virtual machine that confirms what it only holds in memory breaks this. On
+/// Windows files are flushed by FlushFileBuffers() and renamed with write-through; whether the names in a
+/// folder are on the disk is up to its file system (NTFS logs them in order), and not promised. Network
+/// file systems promise what their server does.
+///
+/// A sync that fails fails the operation. Nothing can be saved, changed or committed after that: what the
+/// system holds of the file may differ from the disk for good. Left is rollback(), whose own syncs decide.
+enum class Durability
+{
+    None,    ///< the death of the process alone; nothing is waited for
+    Durable, ///< saved bytes are on the disk before a file changes, files before the journal goes. A loss of
+             ///< power while bytes are being saved may leave a journal that is refused
+    Careful, ///< also each record before what leads to it: next to nothing is refused, at twice the syncs
+};
+
 /// The rollback device of the file system: its journal is a file, and the protected files are named
 /// relative to it, so that a journal and its files can be moved together. Transaction does with it what most
 /// callers want, recovery and names included; this class is for who needs the steps.
@@ -96,6 +122,9 @@ public:
     /// Refuses journals that do not belong to the user who runs, or that others may write: one may have
     /// been planted. Off at first. For what recovers without being asked.
     void setOwnJournalsOnly(bool own);
+
+    /// Asks for more than the death of the process to be survived; for the journals opened from now on.
+    void setDurability(Durability durability);
 
     /// Opens a journal by its name.
     ///

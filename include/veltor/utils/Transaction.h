@@ -37,7 +37,7 @@ namespace veltor::utils {
 /// roll it back; the next begin() then cleans up.
 ///
 /// Promise and limits are those of RollbackDevice: the death of the process is survived at any point, that of
-/// the operating system is not. Other programs that write the same files without a transaction are not held
+/// the operating system too if Options::durability asks for it. Other programs that write the same files without a transaction are not held
 /// off. Failures are told by the results, with the file and the system's words, and by a line in the log.
 ///
 /// Names are paths as QFile takes them, compared exactly. Files that are made, removed or renamed are regular
@@ -57,6 +57,8 @@ public:
         NamesPending, ///< committed, or put back, for good, but names or hidden files are left: see begin()
         Canceled,     ///< by the progress; what is left undone stays recoverable
         Failed,       ///< anything else
+        Unsynced,     ///< committed, or put back, as all programs see it, but the disk has not confirmed it: a
+                      ///< loss of power now may undo the one or the other, whole
     };
 
     /// How something ended.
@@ -87,6 +89,8 @@ public:
         RollbackFile::NameRule nameRule = RollbackFile::NameRule::Beneath;
         /// Accept journals and manifests of other users. One may have been planted.
         bool trustForeign = false;
+        /// Whether a loss of power is survived too; for a recovery, how the journal was written.
+        Durability durability = Durability::None;
         DamagedJournal damaged = DamagedJournal::Refuse; ///< what becomes of such a journal
         Progress progress; ///< of every rollback, that of the destructor included
     };
@@ -184,8 +188,9 @@ public:
     Result rollbackTo(const Savepoint& savepoint);
 
     /// Makes everything final and ends the transaction; its files are closed.
-    /// @return NamesPending: final all the same, and the next begin() goes on with the names. Any other
-    ///     failure: nothing is final; while isActive() is true it can be tried again, or rolled back
+    /// @return NamesPending, Unsynced: final all the same; the next begin() goes on with the names. Any other
+    ///     failure: nothing is final; while isActive() is true it can be tried again, or rolled back; after a
+    ///     failed sync only rolled back
     Result commit();
 
     /// Puts everything back and ends the transaction; its files are closed. After a failure, which names

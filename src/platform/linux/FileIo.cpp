@@ -71,6 +71,16 @@ bool FileIo::status(int fd, FileStatus& status)
     return true;
 }
 
+bool FileIo::sync(int fd)
+{
+    // The size is among what fdatasync() waits for; time stamps are not.
+    int result = 0;
+    do {
+        result = ::fdatasync(fd);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}
+
 int FileIo::removeName(const NativePath& path)
 {
     return ::unlink(path.c_str()) == 0 ? 0 : errno;

@@ -13,8 +13,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
-#include <map>
 #include <mutex>
+#include <set>
 #include <string>
 
 namespace veltor::platform {
@@ -57,14 +57,16 @@ LockAnswer refusal(int fd)
     if (errno != EWOULDBLOCK) {
         return {};
     }
-    return {LockState::Busy, ownerOf(fd)};
+    const LockAnswer answer = {LockState::Busy, ownerOf(fd)};
+    errno = EWOULDBLOCK;
+    return answer;
 }
 
-/// Files by their numbers that were locked here. Some may be closed by now, and their numbers another file's.
+/// The descriptors whose files are locked.
 struct Locked
 {
-    std::mutex mutex; // guards files
-    std::map<int, std::pair<dev_t, ino_t>> files;
+    std::mutex mutex; // guards all
+    std::set<int> all;
 };
 
 Locked& locked()
@@ -77,14 +79,11 @@ Locked& locked()
 /// owner in it: in its place the child gets a file that takes everything and holds nothing.
 void leaveToParent() noexcept
 {
-    for (const auto& [fd, identity] : locked().files) {
-        struct stat file;
-        if (::fstat(fd, &file) == 0 && std::pair(file.st_dev, file.st_ino) == identity) {
-            const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-            ::close(nothing < 0 || ::dup3(nothing, fd, O_CLOEXEC) < 0 ? fd : nothing);
-        }
+    for (const int fd : locked().all) {
+        const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+        ::close(nothing < 0 || ::dup3(nothing, fd, O_CLOEXEC) < 0 ? fd : nothing);
     }
-    locked().files.clear();
+    locked().all.clear();
 }
 
 void remember(int fd)
@@ -96,11 +95,8 @@ void remember(int fd)
                              locked().mutex.unlock();
                          });
     static_cast<void>(registered); // without memory for it, a child shares the locks
-    struct stat file;
-    if (::fstat(fd, &file) == 0) {
-        const std::lock_guard guard(locked().mutex);
-        locked().files[fd] = {file.st_dev, file.st_ino};
-    }
+    const std::lock_guard guard(locked().mutex);
+    locked().all.insert(fd);
 }
 
 } // namespace
@@ -112,6 +108,14 @@ LockAnswer lockFile(int fd)
     }
     remember(fd);
     return {LockState::Taken};
+}
+
+void unlockFile(int fd) noexcept
+{
+    const std::lock_guard guard(locked().mutex);
+    if (locked().all.erase(fd) != 0) {
+        ::flock(fd, LOCK_UN);
+    }
 }
 
 LockAnswer askLock(int fd)

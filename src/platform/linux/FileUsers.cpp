@@ -43,14 +43,23 @@ FolderPtr openFolder(int at, const char* name)
     return folder;
 }
 
-std::optional<KernelFile> identityOf(int at, const char* name, int flags)
+/// A file as stat() tells it, and its mount; 0 where the system does not say.
+struct FoundFile : KernelFile
+{
+    std::uint64_t mount = 0;
+};
+
+std::optional<FoundFile> identityOf(int at, const char* name, int flags)
 {
     struct statx status = {};
     // No request to a server, no mount: /proc leads anywhere.
-    if (::statx(at, name, flags | AT_STATX_DONT_SYNC | AT_NO_AUTOMOUNT, STATX_INO, &status) != 0) {
+    if (::statx(at, name, flags | AT_STATX_DONT_SYNC | AT_NO_AUTOMOUNT, STATX_INO | STATX_MNT_ID, &status) !=
+        0) {
         return std::nullopt;
     }
-    return KernelFile{status.stx_dev_major, status.stx_dev_minor, status.stx_ino};
+    const bool isMountKnown = (status.stx_mask & STATX_MNT_ID) != 0;
+    return FoundFile{{status.stx_dev_major, status.stx_dev_minor, status.stx_ino},
+                     isMountKnown ? status.stx_mnt_id : 0};
 }
 
 bool sameFile(const KernelFile& a, const KernelFile& b)
@@ -126,7 +135,7 @@ bool hidesProcesses(int proc)
 class Scan
 {
 public:
-    explicit Scan(const KernelFile& file)
+    explicit Scan(const FoundFile& file)
         : m_file(file)
         , m_devices{{file.major, file.minor}}
     {}
@@ -140,13 +149,16 @@ private:
     void lookAtMappings(int process, FileUser& user);
     void lookAtLink(int process, const char* name, FileUse use, FileUser& user);
     void lookAtSystemLocks(int proc);
+    void addMountedDevice(int proc);
+    FileUser* userOf(int proc, std::int64_t pid);
     void noteRefusal();
 
-    KernelFile m_file;
+    FoundFile m_file;
     // The kernel's lists may name another device than stat() does (file systems with subvolumes).
     std::set<std::pair<unsigned, unsigned>> m_devices;
     FileUsers m_result;
-    bool m_refused = false; // something of the process at hand
+    std::set<std::int64_t> m_closed; // processes that could not be looked into, or only in part
+    bool m_refused = false;          // something of the process at hand
 };
 
 void Scan::noteRefusal()
@@ -236,6 +248,16 @@ void Scan::lookAtMappings(int process, FileUser& user)
     });
 }
 
+/// Who a process is.
+void introduce(int process, const ProcessStat& stat, FileUser& user)
+{
+    user.name = std::string(stat.name);
+    user.startMs = startTimeMs(stat.startTicks);
+    if (const auto id = parseProcessUser(readProcFile(process, "status"))) {
+        user.user = userName(*id);
+    }
+}
+
 void Scan::lookInto(int process, std::int64_t pid)
 {
     const std::string text = readProcFile(process, "stat");
@@ -251,16 +273,39 @@ void Scan::lookInto(int process, std::int64_t pid)
     lookAtLink(process, "exe", UseRunning, user);
     lookAtLink(process, "cwd", UseCurrentFolder, user);
     lookAtLink(process, "root", UseRootFolder, user);
-    m_result.hidden += m_refused ? 1 : 0;
-    if (user.uses == 0) {
-        return;
+    if (m_refused) {
+        m_closed.insert(pid);
     }
-    user.name = std::string(stat->name);
-    user.startMs = startTimeMs(stat->startTicks);
-    if (const auto id = parseProcessUser(readProcFile(process, "status"))) {
-        user.user = userName(*id);
+    if (user.uses != 0) {
+        introduce(process, *stat, user);
+        m_result.users.push_back(std::move(user));
     }
-    m_result.users.push_back(std::move(user));
+}
+
+/// The user of that number, who may be one of whom no more is known than the number and the name; null when
+/// the process has no secrets from this one, or is gone.
+FileUser* Scan::userOf(int proc, std::int64_t pid)
+{
+    auto& users = m_result.users;
+    const auto found =
+        std::find_if(users.begin(), users.end(), [pid](const FileUser& user) { return user.pid == pid; });
+    if (found != users.end()) {
+        return &*found;
+    }
+    if (m_closed.count(pid) == 0) {
+        return nullptr;
+    }
+    const Descriptor process(::openat(proc, std::to_string(pid).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::string text = process ? readProcFile(process.get(), "stat") : std::string();
+    const auto stat = parseProcessStat(text);
+    if (!stat) {
+        return nullptr;
+    }
+    FileUser user;
+    user.pid = pid;
+    introduce(process.get(), *stat, user);
+    users.push_back(std::move(user));
+    return &users.back();
 }
 
 void Scan::lookAtSystemLocks(int proc)
@@ -272,19 +317,27 @@ void Scan::lookAtSystemLocks(int proc)
             m_devices.count({lock->file.major, lock->file.minor}) == 0) {
             return;
         }
-        auto& users = m_result.users;
-        if (lock->lock.waiting) {
-            const auto waits = std::find_if(users.begin(), users.end(),
-                                            [&](const FileUser& user) { return user.pid == lock->lock.pid; });
-            addLock(waits == users.end() ? m_result.foreignLocks : waits->locks, lock->lock);
-            return;
-        }
-        const bool known = std::any_of(users.begin(), users.end(), [&](const FileUser& user) {
-            return std::any_of(user.locks.begin(), user.locks.end(),
-                               [&](const FileLock& one) { return sameLock(one, lock->lock); });
-        });
+        const auto& users = m_result.users;
+        const bool known =
+            !lock->lock.waiting && std::any_of(users.begin(), users.end(), [&](const FileUser& user) {
+                return std::any_of(user.locks.begin(), user.locks.end(),
+                                   [&](const FileLock& one) { return sameLock(one, lock->lock); });
+            });
         if (!known) {
-            m_result.foreignLocks.push_back(lock->lock);
+            FileUser* const user = userOf(proc, lock->lock.pid);
+            addLock(user ? user->locks : m_result.foreignLocks, lock->lock);
+        }
+    });
+}
+
+/// Where a part of a file system is mounted, stat() may tell another device than the list of locks.
+void Scan::addMountedDevice(int proc)
+{
+    const std::string mounts = m_file.mount != 0 ? readProcFile(proc, "self/mountinfo") : std::string();
+    forEachLine(mounts, [this](std::string_view line) {
+        const auto mount = parseMountLine(line);
+        if (mount && mount->id == m_file.mount) {
+            m_devices.insert({mount->major, mount->minor});
         }
     });
 }
@@ -297,6 +350,7 @@ FileUsers Scan::run()
         return std::move(m_result);
     }
     const int at = ::dirfd(proc.get());
+    addMountedDevice(at);
     bool found = false;
     errno = 0;
     while (const dirent* const entry = ::readdir(proc.get())) {
@@ -311,9 +365,10 @@ FileUsers Scan::run()
         if (process) {
             lookInto(process.get(), pid);
         } else if (errno != ENOENT && errno != ESRCH) {
-            ++m_result.hidden;
+            m_closed.insert(pid);
         }
     }
+    m_result.hidden = static_cast<unsigned>(m_closed.size());
     if (!found) {
         m_result.error = systemError(ENOSYS); // something, but not the processes
     }

@@ -1,33 +1,33 @@
 // The lock of a folder is flock() of its own descriptor.
 #include "platform/FolderLock.h"
 
+#include "platform/FileLock.h"
 #include "platform/linux/DirectoryFolder.h"
 
 #include <fcntl.h>
-#include <pthread.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
-#include <set>
 #include <string>
 
 namespace veltor::platform {
 
-/// The descriptor whose lock it is; -1 in a child of fork().
 struct FolderLock::Holder
 {
-    explicit Holder(Descriptor folder);
-    ~Holder();
+    explicit Holder(Descriptor folder)
+        : fd(std::move(folder))
+    {}
+    ~Holder() { unlockFile(fd.get()); }
     Holder(const Holder&) = delete;
     Holder& operator=(const Holder&) = delete;
 
-    Descriptor fd;
+    const Descriptor fd; // leads to nothing in a child of fork()
+    const pid_t process = ::getpid();
 };
 
 namespace {
@@ -37,33 +37,6 @@ constexpr unsigned noReplace = 1; // RENAME_NOREPLACE, which <stdio.h> has only 
 std::error_code systemError(int code = errno)
 {
     return {code, std::system_category()};
-}
-
-/// All descriptors with locks. A child of fork() shares them with its parent, and would keep the locks for
-/// as long as it lives: it closes its own.
-struct Holders
-{
-    std::mutex mutex; // guards all
-    std::set<Descriptor*> all;
-};
-
-Holders& holders()
-{
-    static auto* const holders = [] {
-        auto* const made = new Holders; // never destroyed: a fork may come after this source's statics
-        ::pthread_atfork([] { ::veltor::platform::holders().mutex.lock(); },
-                         [] { ::veltor::platform::holders().mutex.unlock(); },
-                         [] {
-                             Holders& child = ::veltor::platform::holders();
-                             for (Descriptor* const fd : child.all) {
-                                 fd->reset();
-                             }
-                             child.all.clear();
-                             child.mutex.unlock();
-                         });
-        return made;
-    }();
-    return *holders;
 }
 
 bool isOwnFolder(int fd)
@@ -103,20 +76,6 @@ int renameNew(int fromBase, const char* from, int toBase, const char* to)
 
 } // namespace
 
-FolderLock::Holder::Holder(Descriptor folder)
-    : fd(std::move(folder))
-{
-    const std::lock_guard lock(holders().mutex);
-    holders().all.insert(&fd);
-}
-
-FolderLock::Holder::~Holder()
-{
-    const std::lock_guard lock(holders().mutex);
-    holders().all.erase(&fd);
-    fd.reset();
-}
-
 FolderLock::FolderLock() noexcept = default;
 FolderLock::~FolderLock() = default;
 FolderLock::FolderLock(FolderLock&& other) noexcept = default;
@@ -151,24 +110,22 @@ FolderLock::Outcome FolderLock::take(const Directory& base, const NativeString& 
     if (!isOwnFolder(fd.get())) {
         return Outcome::Foreign;
     }
-    int locked = 0;
-    do {
-        locked = ::flock(fd.get(), LOCK_EX | LOCK_NB);
-    } while (locked != 0 && errno == EINTR);
-    if (locked != 0) {
+    const LockAnswer answer = lockFile(fd.get());
+    if (answer.state != LockState::Taken) {
         error = systemError();
-        return errno == EWOULDBLOCK ? Outcome::InUse : Outcome::Failed;
+        return answer.state == LockState::Busy ? Outcome::InUse : Outcome::Failed;
     }
-    if (!leadsTo(at, name.c_str(), fd.get())) {
+    auto holder = std::make_unique<Holder>(std::move(fd));
+    if (!leadsTo(at, name.c_str(), holder->fd.get())) {
         return Outcome::Gone;
     }
-    m_holder = std::make_unique<Holder>(std::move(fd));
+    m_holder = std::move(holder);
     return Outcome::Taken;
 }
 
 bool FolderLock::isHeld() const noexcept
 {
-    return m_holder && m_holder->fd;
+    return m_holder && m_holder->process == ::getpid();
 }
 
 void FolderLock::release() noexcept

@@ -156,7 +156,7 @@ int NameIo::createFolder(const Path& folder, const Path& name)
                                : errorUnless(::mkdirat(parent.fd(), parent.leaf(), 0700) == 0);
 }
 
-int NameIo::move(const Path& folder, const Path& from, const Path& to, bool replace)
+int NameIo::move(const Path& folder, const Path& from, const Path& to, bool replace, bool)
 {
     const Parent source(folder, from);
     const Parent target(folder, to);
@@ -201,6 +201,22 @@ int NameIo::open(const Path& folder, const Path& name, int& fd)
     }
     fd = file.release();
     return 0;
+}
+
+int NameIo::syncFolder(const Path& folder, const Path& name)
+{
+    // A descriptor of O_PATH cannot be synced.
+    const Parent parent(folder, name.empty() ? Path(".") : name);
+    if (parent.error() != 0) {
+        return parent.error();
+    }
+    const Descriptor opened(
+        ::openat(parent.fd(), parent.leaf(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    int result = 0;
+    do {
+        result = opened.get() >= 0 ? ::fsync(opened.get()) : -1;
+    } while (result != 0 && errno == EINTR);
+    return errorUnless(result == 0);
 }
 
 int NameIo::list(const Path& folder, const Path& name, std::vector<Path>& names)

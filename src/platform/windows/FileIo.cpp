@@ -95,6 +95,11 @@ bool FileIo::status(int fd, FileStatus& status)
     return true;
 }
 
+bool FileIo::sync(int fd)
+{
+    return FlushFileBuffers(handleOf(fd)) != 0;
+}
+
 int FileIo::removeName(const NativePath& path)
 {
     return DeleteFileW(path.c_str()) ? 0 : static_cast<int>(GetLastError());

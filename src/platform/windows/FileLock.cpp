@@ -43,12 +43,17 @@ LockAnswer lockFile(int fd)
     return tryLock(fd, LOCKFILE_EXCLUSIVE_LOCK);
 }
 
+void unlockFile(int fd) noexcept
+{
+    OVERLAPPED place = lockedByte();
+    UnlockFileEx(handleOf(fd), 0, 1, 0, &place);
+}
+
 LockAnswer askLock(int fd)
 {
     const LockAnswer answer = tryLock(fd, 0);
     if (answer.state == LockState::Taken) {
-        OVERLAPPED place = lockedByte();
-        UnlockFileEx(handleOf(fd), 0, 1, 0, &place);
+        unlockFile(fd);
     }
     return answer;
 }

@@ -119,15 +119,16 @@ int NameIo::createFolder(const Path& folder, const Path& name)
     return error != 0 ? error : errorUnless(CreateDirectoryW(wholePath(folder, name).c_str(), nullptr));
 }
 
-int NameIo::move(const Path& folder, const Path& from, const Path& to, bool replace)
+int NameIo::move(const Path& folder, const Path& from, const Path& to, bool replace, bool through)
 {
     for (const Path* const name : {&from, &to}) {
         if (const int error = checkWay(folder, *name)) {
             return error;
         }
     }
-    return errorUnless(MoveFileExW(wholePath(folder, from).c_str(), wholePath(folder, to).c_str(),
-                                   replace ? MOVEFILE_REPLACE_EXISTING : 0));
+    const DWORD how =
+        (replace ? MOVEFILE_REPLACE_EXISTING : 0U) | (through ? MOVEFILE_WRITE_THROUGH : 0U);
+    return errorUnless(MoveFileExW(wholePath(folder, from).c_str(), wholePath(folder, to).c_str(), how));
 }
 
 int NameIo::removeFile(const Path& folder, const Path& name)
@@ -151,6 +152,24 @@ int NameIo::open(const Path& folder, const Path& name, int& fd)
     const OpenedFile opened = openFile(wholePath(folder, name), {true, false, true});
     fd = opened.fd;
     return fd >= 0 ? 0 : opened.error != 0 ? opened.error : ERROR_CANT_ACCESS_FILE;
+}
+
+int NameIo::syncFolder(const Path& folder, const Path& name)
+{
+    if (const int error = checkWay(folder, name)) {
+        return error;
+    }
+    const HANDLE handle = CreateFileW(wholePath(folder, name).c_str(), GENERIC_READ | GENERIC_WRITE,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    const bool opened = handle != INVALID_HANDLE_VALUE; // NOLINT: the system's own convention
+    const int error = errorUnless(opened && FlushFileBuffers(handle));
+    if (opened) {
+        CloseHandle(handle);
+    }
+    const bool cannot = error == ERROR_ACCESS_DENIED || error == ERROR_INVALID_FUNCTION ||
+                        error == ERROR_NOT_SUPPORTED || error == ERROR_INVALID_HANDLE;
+    return cannot ? 0 : error;
 }
 
 int NameIo::list(const Path& folder, const Path& name, std::vector<Path>& names)

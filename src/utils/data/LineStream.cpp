@@ -4,7 +4,13 @@
 
 #include <QtCore/QTextStream>
 
+#include <QtCore/QtAlgorithms>
+
 #include <algorithm>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace veltor::utils {
 namespace {
@@ -14,6 +20,24 @@ constexpr int defaultCapacity = 2048;
 bool isBreak(QChar c)
 {
     return c == QLatin1Char('\n') || c == QLatin1Char('\r');
+}
+
+/// The first break in [@p begin, @p end), or @p end.
+const QChar* findBreak(const QChar* begin, const QChar* end)
+{
+#ifdef __SSE2__
+    const __m128i lineFeed = _mm_set1_epi16('\n');
+    const __m128i carriageReturn = _mm_set1_epi16('\r');
+    for (; end - begin >= 8; begin += 8) {
+        const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(begin));
+        const __m128i breaks =
+            _mm_or_si128(_mm_cmpeq_epi16(text, lineFeed), _mm_cmpeq_epi16(text, carriageReturn));
+        if (const int bits = _mm_movemask_epi8(breaks)) { // two a character
+            return begin + qCountTrailingZeroBits(static_cast<quint32>(bits)) / 2;
+        }
+    }
+#endif
+    return std::find_if(begin, end, isBreak);
 }
 
 } // namespace
@@ -76,11 +100,18 @@ QString LineStream::readLine()
     while (fillIfEmpty()) {
         const QChar* const begin = unread();
         const QChar* const end = begin + m_remaining;
-        const QChar* const stop = std::find_if(begin, end, isBreak);
-        line.append(begin, static_cast<int>(stop - begin));
+        const QChar* const stop = findBreak(begin, end);
+        const auto length = static_cast<int>(stop - begin);
+        if (line.isEmpty() && length > 0) {
+            line = QString(begin, length);
+        } else {
+            line.append(begin, length);
+        }
         m_remaining = static_cast<int>(end - stop);
         if (m_remaining > 0) {
-            skip(&isBreak);
+            do {
+                --m_remaining;
+            } while (fillIfEmpty() && isBreak(*unread()));
             break;
         }
     }

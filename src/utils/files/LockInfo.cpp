@@ -3,6 +3,7 @@
 
 #include "platform/FileUsers.h"
 #include "platform/WriteFacts.h"
+#include "utils/files/LockHolders.h"
 #include "utils/files/NativeText.h"
 
 #include <QtCore/QCoreApplication>
@@ -240,6 +241,18 @@ void LockInfo::Private::takeHolders()
     if (!users.isEmpty() && platform::UsersMayForbidWriting) {
         add(WriteObstacle::InUse, {}, users);
     }
+}
+
+QString lockHolderNames(int fd)
+{
+    std::vector<LockHolder> holders;
+    for (const platform::FileUser& user : platform::lockHolders(fd).users) {
+        holders.push_back(holderOf(user));
+    }
+    // Where locks are not told, whoever has the file open may have it.
+    return namesOf(holders, [](const LockHolder& holder) {
+        return holdsLock(holder) || (platform::UsersMayForbidWriting && holder.locks.empty());
+    });
 }
 
 LockInfo::LockInfo(const QString& path, qint64 wantedBytes)

@@ -65,7 +65,7 @@ void TreeRemover::takeEntry()
     }
 }
 
-void TreeRemover::takeFolder(bool again)
+void TreeRemover::takeFolder(bool again, int attempt)
 {
     const NativeString name = m_cursor->name().text;
     switch (m_cursor->descend()) {
@@ -89,10 +89,13 @@ void TreeRemover::takeFolder(bool again)
     }
     // Replaced by something else meanwhile, or closed to us: an empty folder can be removed all the same.
     Directory& folder = m_cursor->folder();
-    const bool gone = platform::isNoFolder(error) ? !folder.removeFile(name) : !folder.removeFolder(name);
-    if (gone) {
+    const std::error_code left =
+        platform::isNoFolder(error) ? folder.removeFile(name) : folder.removeFolder(name);
+    if (!left) {
         ++m_report.removed;
-    } else {
+    } else if (platform::isNoFolder(error) && platform::isFolder(left) && attempt < LongestPasses) {
+        takeFolder(again, attempt + 1); // and put back
+    } else if (!platform::isGone(left)) {
         failHere(reasonText(error));
     }
 }
@@ -165,24 +168,31 @@ bool TreeRemover::empty(Directory folder, const QString& shown, const NativeStri
 
 void TreeRemover::remove(Directory& base, const NativeString& name, const QString& shown)
 {
-    Directory folder;
-    FileStatus there;
-    FileStatus opened;
-    std::error_code error = folder.openIn(base, name, Links::Refuse, true);
-    if (!error && !base.status(there) && !folder.status(opened)) {
-        if (!opened.isSameMount(there)) {
-            fail(shown,
-                 QCoreApplication::translate("TreeRemoval", "здесь подключена другая папка или другой диск"));
-            return;
+    std::error_code error;
+    for (int pass = 0; pass < LongestPasses; ++pass) {
+        Directory folder;
+        FileStatus there;
+        FileStatus opened;
+        error = folder.openIn(base, name, Links::Refuse, true);
+        if (!error && !base.status(there) && !folder.status(opened)) {
+            if (!opened.isSameMount(there)) {
+                fail(shown, QCoreApplication::translate("TreeRemoval",
+                                                        "здесь подключена другая папка или другой диск"));
+                return;
+            }
+            if (!empty(std::move(folder), shown)) {
+                return;
+            }
+            error = base.removeFolder(name);
+        } else if (platform::isNoFolder(error)) {
+            error = base.removeFile(name);
+        } else if (!base.removeFolder(name)) {
+            error = {};
         }
-        if (!empty(std::move(folder), shown)) {
-            return;
+        // Filled again, or replaced by something of the other kind, since it was looked at.
+        if (!platform::isNotEmpty(error) && !platform::isNoFolder(error) && !platform::isFolder(error)) {
+            break;
         }
-        error = base.removeFolder(name);
-    } else if (platform::isNoFolder(error)) {
-        error = base.removeFile(name);
-    } else if (!base.removeFolder(name)) {
-        error = {};
     }
     if (!error) {
         ++m_report.removed;

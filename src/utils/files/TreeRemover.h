@@ -38,7 +38,7 @@ private:
 
     bool walk(const platform::NativeString& keep);
     void takeEntry();
-    void takeFolder(bool again);
+    void takeFolder(bool again, int attempt = 0);
     void takeLeft();
     void failHere(const QString& reason);
     bool goesOn();

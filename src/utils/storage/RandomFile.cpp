@@ -2,6 +2,8 @@
 
 #include <veltor/utils/RandomFile.h>
 
+#include "utils/storage/MappedBlocks.h"
+
 #ifndef Q_OS_WIN
 #include "platform/FileSpace.h"
 #endif
@@ -36,19 +38,35 @@ bool writesThroughMap(QIODevice::OpenMode mode)
 
 } // namespace
 
+struct RandomFile::Private
+{
+    Private(RandomFile& file, const RandomFileSetup& setup)
+        : blocks(file, setup)
+    {}
+
+    /// Unmaps what a change from a size to another makes stale.
+    void forgetStale(qint64 oldSize, qint64 newSize)
+    {
+        blocks.forgetRange(firstStale(oldSize, newSize),
+                           static_cast<unsigned long long>(mappedSize) / BlockSize + 1);
+    }
+
+    MappedBlocks blocks;
+    qint64 mappedSize = 0; // the file's size for which the blocks were mapped
+    std::function<unsigned long long()> sizeEstimator;
+    qint64 size = 0;
+    bool sizeKnown = false;
+};
+
 RandomFile::RandomFile(QObject* parent)
     : QFile(parent)
-    , m_setup(DefaultBlockCount)
+    , m_d(std::make_unique<Private>(*this, DefaultBlockCount))
 {}
 
 RandomFile::RandomFile(const QString& name, RandomFileSetup setup, QObject* parent)
     : QFile(name, parent)
-    , m_setup(setup)
-{
-    if (m_setup.curLimit() == 0) {
-        m_setup.setCurLimit(1); // the block just asked for has to stay
-    }
-}
+    , m_d(std::make_unique<Private>(*this, setup))
+{}
 
 RandomFile::RandomFile(const QFileInfo& file, RandomFileSetup setup, QObject* parent)
     : RandomFile(file.filePath(), setup, parent)
@@ -75,23 +93,23 @@ void RandomFile::close()
 
 qint64 RandomFile::size() const
 {
-    if (!m_sizeKnown) {
+    if (!m_d->sizeKnown) {
         constexpr auto largest = static_cast<unsigned long long>(std::numeric_limits<qint64>::max());
-        m_size = m_sizeEstimator ? static_cast<qint64>(std::min(m_sizeEstimator(), largest)) : QFile::size();
-        m_sizeKnown = isOpen(); // a closed file may get another name
+        m_d->size = m_d->sizeEstimator ? static_cast<qint64>(std::min(m_d->sizeEstimator(), largest)) : QFile::size();
+        m_d->sizeKnown = isOpen(); // a closed file may get another name
     }
-    return m_size;
+    return m_d->size;
 }
 
 void RandomFile::refresh() noexcept
 {
-    m_sizeKnown = false;
+    m_d->sizeKnown = false;
 }
 
 bool RandomFile::resize(qint64 size)
 {
     refresh();
-    forgetFrom(firstStale(m_mappedSize, size));
+    m_d->forgetStale(m_d->mappedSize, size);
     if (!QFile::resize(size)) {
         return false;
     }
@@ -107,10 +125,19 @@ bool RandomFile::seek(qint64 position)
     return QIODevice::seek(position); // NOLINT(bugprone-parent-virtual-call)
 }
 
+unsigned RandomFile::blockCount() const noexcept
+{
+    return m_d->blocks.setup().curLimit();
+}
+
 void RandomFile::setBlockCount(unsigned blocks)
 {
-    m_setup.setCurLimit(blocks);
-    removeOverflow();
+    m_d->blocks.setLimit(blocks);
+}
+
+const RandomFileSetup& RandomFile::setup() const noexcept
+{
+    return m_d->blocks.setup();
 }
 
 unsigned RandomFile::blockSize(unsigned long long index) const
@@ -125,15 +152,11 @@ unsigned RandomFile::blockSize(unsigned long long index) const
 unsigned char* RandomFile::block(unsigned long long index)
 {
     forgetStale();
-    if (!m_history.empty() && m_history.back().index == index) {
-        return m_history.back().bytes;
+    if (unsigned char* const bytes = m_d->blocks.find(index)) {
+        return bytes;
     }
-    const auto place = lowerBound(index);
-    if (place == m_blocks.end() || place->first != index) {
-        return mapBlock(index);
-    }
-    m_history.splice(m_history.end(), m_history, place->second);
-    return m_history.back().bytes;
+    const unsigned size = blockSize(index);
+    return size > 0 ? m_d->blocks.map(index, size) : nullptr;
 }
 
 bool RandomFile::readFromBlock(unsigned long long index, unsigned offset, char* data, long long& remaining)
@@ -171,17 +194,12 @@ bool RandomFile::writeToBlock(unsigned long long index, unsigned offset, const c
 
 void RandomFile::clear()
 {
-    for (const Block& block : m_history) {
-        unmap(block.bytes);
-    }
-    m_blocks.clear();
-    m_history.clear();
-    m_recentRemoved.clear();
+    m_d->blocks.clear();
 }
 
 void RandomFile::setSizeEstimator(std::function<unsigned long long()> sizeEstimator)
 {
-    m_sizeEstimator = std::move(sizeEstimator);
+    m_d->sizeEstimator = std::move(sizeEstimator);
     refresh();
 }
 
@@ -227,93 +245,14 @@ qint64 RandomFile::writeData(const char* data, qint64 length)
     return remaining < total ? total - remaining : -1;
 }
 
-std::vector<RandomFile::Entry>::iterator RandomFile::lowerBound(unsigned long long index)
-{
-    return std::lower_bound(m_blocks.begin(), m_blocks.end(), index,
-                            [](const Entry& entry, unsigned long long i) { return entry.first < i; });
-}
-
-unsigned char* RandomFile::mapBlock(unsigned long long index)
-{
-    const unsigned size = blockSize(index);
-    if (size == 0) {
-        return nullptr;
-    }
-    unsigned char* bytes = map(static_cast<qint64>(index * BlockSize), size);
-    // The limit may be higher than what the process has addresses for, above all one of 32 bits.
-    while (!bytes && !m_history.empty()) {
-        forgetOverdue();
-        bytes = map(static_cast<qint64>(index * BlockSize), size);
-    }
-    if (!bytes) {
-        return nullptr;
-    }
-    checkRecentlyRemoved(index);
-    m_blocks.insert(lowerBound(index), {index, m_history.insert(m_history.end(), {index, bytes})});
-    if (m_history.size() > m_setup.curLimit()) {
-        removeOverflow();
-    }
-    return bytes;
-}
-
-/// A block that comes back so soon would have stayed under a higher limit.
-void RandomFile::checkRecentlyRemoved(unsigned long long index)
-{
-    if (!m_setup.canIncrease() || m_history.size() < m_setup.curLimit()) {
-        return;
-    }
-    const auto found = std::find(m_recentRemoved.rbegin(), m_recentRemoved.rend(), index);
-    if (found != m_recentRemoved.rend()) {
-        m_recentRemoved.erase(std::next(found).base());
-        m_setup.setCurLimit(m_setup.curLimit() + 1);
-    }
-}
-
-void RandomFile::removeOverflow()
-{
-    while (m_history.size() > m_setup.curLimit()) {
-        forgetOverdue();
-    }
-    fixRemoveHistorySize();
-}
-
-void RandomFile::forgetOverdue()
-{
-    const Block overdue = m_history.front();
-    m_history.pop_front();
-    if (m_setup.canIncrease()) {
-        m_recentRemoved.push_back(overdue.index);
-    }
-    m_blocks.erase(lowerBound(overdue.index));
-    unmap(overdue.bytes);
-}
-
-/// More evictions than the limit can still grow by need not be remembered.
-void RandomFile::fixRemoveHistorySize()
-{
-    while (m_recentRemoved.size() > m_setup.increaseLimit()) {
-        m_recentRemoved.pop_front();
-    }
-}
-
 /// Unmaps what was mapped for another size of the file than it has now.
 void RandomFile::forgetStale()
 {
     const qint64 size = RandomFile::size();
-    if (size != m_mappedSize) {
-        forgetFrom(firstStale(m_mappedSize, size));
-        m_mappedSize = size;
+    if (size != m_d->mappedSize) {
+        m_d->forgetStale(m_d->mappedSize, size);
+        m_d->mappedSize = size;
     }
-}
-
-void RandomFile::forgetFrom(unsigned long long index)
-{
-    const auto first = lowerBound(index);
-    for (auto entry = first; entry != m_blocks.end(); ++entry) {
-        unmap(entry->second->bytes);
-        m_history.erase(entry->second);
-    }
-    m_blocks.erase(first, m_blocks.end());
 }
 
 /// Grows the file, the new bytes from @p begin on backed by disk space.
@@ -336,7 +275,7 @@ bool RandomFile::extend(qint64 position, qint64 end)
         return true;
     }
     refresh();
-    forgetFrom(firstStale(size, end));
+    m_d->forgetStale(size, end);
     if (!openMode().testFlag(WriteOnly) || !grow(std::max(position, size), end)) {
         setErrorString(qt_error_string());
         return false;

@@ -204,7 +204,7 @@ bool RollbackDevice::flushList(const std::vector<std::pair<unsigned long long, Q
 
 JournalRemoval RollbackDevice::commit()
 {
-    return isOpen() ? m_p->dispose() : JournalRemoval{false, false, message::journalNotUsable()};
+    return isOpen() ? m_p->commit() : JournalRemoval{false, false, message::journalNotUsable()};
 }
 
 bool RollbackDevice::rollback()
@@ -217,7 +217,7 @@ bool RollbackDevice::rollback()
         return false;
     }
     m_p->report.journal = m_p->dispose();
-    return !m_p->report.journal.effective;
+    return static_cast<bool>(m_p->report.journal);
 }
 
 const RollbackReport& RollbackDevice::rollbackReport() const noexcept

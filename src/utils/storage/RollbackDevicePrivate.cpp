@@ -87,7 +87,8 @@ bool RollbackDevice::Private::release() noexcept
 
 bool RollbackDevice::Private::create()
 {
-    writer.emplace(*journal);
+    barriers.restart();
+    writer.emplace(*journal, barriers);
     if (!writer->create()) {
         return failJournal(writer->fault());
     }
@@ -98,7 +99,8 @@ bool RollbackDevice::Private::create()
 
 bool RollbackDevice::Private::load()
 {
-    journal::JournalWalker walker(*journal, journal::JournalWalker::Mode::Validate);
+    barriers.restart();
+    journal::JournalWalker walker(*journal, journal::JournalWalker::Mode::Validate, rules());
     QString reason;
     const bool whole = walker.walk([&](const journal::WalkedFile& file) {
         IOPtr device = m_device.openFile(file.name);
@@ -117,7 +119,7 @@ bool RollbackDevice::Private::load()
     }
     state = State::RollbackOnly;
     if (walker.layout() == journal::Layout::Checksummed && journal->isWritable()) {
-        writer.emplace(*journal);
+        writer.emplace(*journal, barriers);
         if (!writer->resume(walker.lastEntry())) {
             files.clear();
             return failJournal(writer->fault());
@@ -160,7 +162,7 @@ void RollbackDevice::Private::readSalvageable()
 {
     state = State::Refused;
     bool all = true;
-    journal::JournalWalker walker(*journal, journal::JournalWalker::Mode::Salvage);
+    journal::JournalWalker walker(*journal, journal::JournalWalker::Mode::Salvage, rules());
     const bool whole = walker.walk([&](const journal::WalkedFile& file) {
         // Opened at once, so that names which lead nowhere take no memory.
         IOPtr device = files.keyOf(file.name) == 0 ? m_device.openFile(file.name) : nullIOPtr();
@@ -171,15 +173,22 @@ void RollbackDevice::Private::readSalvageable()
     version = walker.header().version;
     if (walker.layout()) {
         state = State::RollbackOnly;
-    } else if (journal::isUnfinishedCreation(*journal)) {
+    } else if (journal::isUnfinishedCreation(*journal) || (barriers.areOn() && journal::isBlank(*journal))) {
         state = State::RollbackOnly;
         repairedWhole = true;
     }
 }
 
+/// What a cut of power may leave is judged only where the journal was written with that in mind.
+journal::JournalWalker::Rules RollbackDevice::Private::rules() const noexcept
+{
+    using Rules = journal::JournalWalker::Rules;
+    return barriers.areOn() ? Rules::PowerLoss : Rules::Format;
+}
+
 bool RollbackDevice::Private::canAppend() const
 {
-    return state == State::Appendable || fail({message::journalNotAppendable(), {}});
+    return (state == State::Appendable && !barriers.hasFailed()) || fail({message::journalNotAppendable(), {}});
 }
 
 RollbackDevice::Key RollbackDevice::Private::addFile(const QString& name)
@@ -303,6 +312,12 @@ bool RollbackDevice::Private::saveRange(StoredFile& file, quint64 size, quint64 
     return saved;
 }
 
+/// What was saved is on the disk, where that is wanted.
+bool RollbackDevice::Private::passBarrier()
+{
+    return barriers.beforeChange(io::DeviceIo(*journal)) || failJournal(barriers.fault());
+}
+
 std::optional<quint64> RollbackDevice::Private::sizeOf(const StoredFile& file, const io::DeviceIo& io) const
 {
     const std::optional<quint64> size = io.size();
@@ -323,7 +338,7 @@ bool RollbackDevice::Private::write(StoredFile& file, const QByteArray& data)
     const io::DeviceIo io(*file.device());
     const auto position = static_cast<quint64>(io.pos());
     const auto size = sizeOf(file, io);
-    if (!size || !saveRange(file, *size, position, static_cast<quint64>(data.size()))) {
+    if (!size || !saveRange(file, *size, position, static_cast<quint64>(data.size())) || !passBarrier()) {
         static_cast<void>(io.seek(static_cast<qint64>(position)));
         return false;
     }
@@ -344,7 +359,7 @@ bool RollbackDevice::Private::resize(StoredFile& file, quint64 size)
     }
     const qint64 position = io.pos();
     const quint64 from = std::min(size, *oldSize);
-    if (!saveRange(file, *oldSize, from, *oldSize - from)) {
+    if (!saveRange(file, *oldSize, from, *oldSize - from) || !passBarrier()) {
         static_cast<void>(io.seek(position));
         return false;
     }
@@ -373,6 +388,27 @@ bool RollbackDevice::Private::writeJournal(quint64 offset, const QByteArray& byt
         return io::DeviceIo(*journal).writeAt(offset, bytes.constData(), bytes.size()) == bytes.size();
     }
     return writer->write(offset, bytes.constData(), bytes.size()) || failJournal(writer->fault());
+}
+
+/// The files are on the disk before the journal goes.
+JournalRemoval RollbackDevice::Private::commit()
+{
+    bool synced = !barriers.hasFailed();
+    for (auto file = files.all().begin(); barriers.areOn() && synced && file != files.all().end(); ++file) {
+        StoredFile& changed = file->second;
+        if (changed.chain.blockCount != 0) {
+            synced = openFile(file->first) && barriers.afterChanges(*changed.device(), changed.name());
+        }
+    }
+    if (!synced) {
+        fail(barriers.hasFailed() ? barriers.fault() : Fault{lastError, {}});
+        JournalRemoval kept;
+        kept.removed = false;
+        kept.effective = true;
+        kept.reason = lastError;
+        return kept;
+    }
+    return dispose();
 }
 
 JournalRemoval RollbackDevice::Private::dispose()
@@ -430,13 +466,19 @@ bool RollbackDevice::Private::restore(StoredFile& file, journal::JournalInput& i
     if (!file.device()->isOpen()) {
         return refuse({message::fileClosed(file.name()), {}});
     }
+    if (barriers.areOn() && file.chain.blockCount == 0) {
+        return true; // nothing of it was changed; and its entry alone proves nothing after a loss of power
+    }
     journal::FileRestorer restorer(input, file.chain, *file.device(), file.name());
+    restorer.setRewrites(barriers.hasFailed());
     const auto outcome = restorer.restore(observer);
+    const bool restored = outcome == journal::FileRestorer::Outcome::Restored;
+    const bool synced = !restored || barriers.afterChanges(*file.device(), file.name());
     if (closed) {
         file.device() = nullIOPtr();
     }
-    if (outcome == journal::FileRestorer::Outcome::Failed) {
-        return refuse(restorer.fault());
+    if (outcome == journal::FileRestorer::Outcome::Failed || !synced) {
+        return refuse(synced ? restorer.fault() : barriers.fault());
     }
     return outcome == journal::FileRestorer::Outcome::Restored;
 }

@@ -2,6 +2,7 @@
 
 #include "utils/storage/Fault.h"
 #include "utils/storage/ProtectedFiles.h"
+#include "utils/storage/io/Barriers.h"
 #include "utils/storage/journal/JournalWalker.h"
 #include "utils/storage/journal/JournalWriter.h"
 
@@ -40,6 +41,7 @@ public:
     bool resize(StoredFile& file, quint64 size);
     [[nodiscard]] quint64 end() const;
     bool writeJournal(quint64 offset, const QByteArray& bytes);
+    JournalRemoval commit();
     JournalRemoval dispose();
     bool rollBack();
     bool rollBackTo(const Savepoint& savepoint);
@@ -52,6 +54,7 @@ public:
     bool failCheck(const Fault& fault) const;
 
     IOPtr journal = nullIOPtr();
+    io::Barriers barriers;
     std::optional<journal::JournalWriter> writer;
     ProtectedFiles files;
     State state = State::Refused;
@@ -69,10 +72,12 @@ public:
 
 private:
     [[nodiscard]] QString aboutJournal(const Fault& fault) const;
+    [[nodiscard]] journal::JournalWalker::Rules rules() const noexcept;
     bool reopen(StoredFile& file);
     [[nodiscard]] bool canAppend() const;
     Key append(const QString& name, const QByteArray& storedName, IOPtr device);
     bool saveRange(StoredFile& file, quint64 size, quint64 position, quint64 length);
+    bool passBarrier();
     [[nodiscard]] std::optional<quint64> sizeOf(const StoredFile& file, const io::DeviceIo& io) const;
     void readSalvageable();
     bool take(const journal::WalkedFile& walked, IOPtr device, bool once);

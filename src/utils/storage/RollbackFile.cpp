@@ -3,6 +3,7 @@
 #include <veltor/utils/RollbackFile.h>
 
 #include "platform/FileLock.h"
+#include "utils/files/LockHolders.h"
 #include "utils/storage/RollbackDevicePrivate.h"
 #include "utils/storage/StorageMessages.h"
 #include "utils/storage/io/JournalFile.h"
@@ -160,7 +161,7 @@ JournalView RollbackFile::inspect(const QFileInfo& journal)
     if (lock.state == platform::LockState::Busy) {
         view.state = JournalState::InUse;
         view.ownerPid = lock.owner;
-        view.reason = message::journalInUse(path, lock.owner);
+        view.reason = message::journalInUse(path, lockHolderNames(file->descriptor()), lock.owner);
     }
     return view;
 }
@@ -196,6 +197,11 @@ void RollbackFile::setNameRule(NamePredicate accepts)
 void RollbackFile::setOwnJournalsOnly(bool own)
 {
     m_p->ownOnly = own;
+}
+
+void RollbackFile::setDurability(Durability durability)
+{
+    RollbackDevice::m_p->barriers.want(durability);
 }
 
 bool RollbackFile::openByName(const QFileInfo& journal, QIODevice::OpenMode mode)
@@ -240,7 +246,7 @@ bool RollbackFile::startNew(const QFileInfo& journal)
 bool RollbackFile::discardStillborn()
 {
     m_p->state = JournalState::Unreadable;
-    io::removeJournal(journalInfo().absoluteFilePath(), journalDevice().get(), {});
+    io::removeJournal(journalInfo().absoluteFilePath(), journalDevice().get(), {}, false);
     close();
     return false;
 }
@@ -265,6 +271,7 @@ void RollbackFile::setJournalInfo(const QFileInfo& journal)
     // Absolute from now on: the process may change its directory.
     m_p->journal = QFileInfo(journal.absoluteFilePath());
     m_p->forgetPlace();
+    RollbackDevice::m_p->barriers.setFolder(m_p->journal.absolutePath());
 }
 
 QString RollbackFile::canonical(const QString& name) const
@@ -322,8 +329,13 @@ RollbackDevice::Key RollbackFile::addFile(const QFileInfo& file)
 
 void RollbackFile::remove(const IOPtr& device)
 {
-    const JournalRemoval removal = io::removeJournal(m_p->journal.absoluteFilePath(), device.get(),
-                                                     encodeHeader(journal::freshHeader()));
+    io::Barriers& barriers = RollbackDevice::m_p->barriers;
+    JournalRemoval removal = io::removeJournal(m_p->journal.absoluteFilePath(), device.get(),
+                                               encodeHeader(journal::freshHeader()), barriers.areOn());
+    if (!removal.effective && removal.synced && !barriers.afterNames()) {
+        removal.synced = false;
+        removal.reason = barriers.fault().whole();
+    }
     if (!removal.reason.isEmpty()) {
         reportFailure(removal.reason);
     }

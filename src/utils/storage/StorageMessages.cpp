@@ -265,8 +265,11 @@ QString journalStillEffective(const QString& name)
     return Text::tr("Файл отката '%0' остался в силе: его не удалось ни удалить, ни очистить").arg(name);
 }
 
-QString journalInUse(const QString& name, qint64 ownerPid)
+QString journalInUse(const QString& name, const QString& holder, qint64 ownerPid)
 {
+    if (!holder.isEmpty()) {
+        return Text::tr("Файл отката '%0' занят другой программой: %1").arg(name, holder);
+    }
     return ownerPid != 0
                ? Text::tr("Файл отката '%0' занят другой программой (процесс %1)").arg(name).arg(ownerPid)
                : Text::tr("Файл отката '%0' занят другой программой").arg(name);
@@ -366,6 +369,21 @@ QString savepointGone()
 QString notRegular()
 {
     return Text::tr("Это не обычный файл");
+}
+
+QString fileNotSynced(const QString& name)
+{
+    return Text::tr("Система не подтвердила запись файла '%0' на диск").arg(name);
+}
+
+QString folderNotSynced(const QString& path)
+{
+    return Text::tr("Система не подтвердила запись имен в папке '%0' на диск").arg(path);
+}
+
+QString journalNotSynced()
+{
+    return Text::tr("Система не подтвердила запись файла отката на диск");
 }
 
 QString isLink()

@@ -58,7 +58,7 @@ QString journalSizeUnknown();
 QString journalResizeFailed(quint64 size);
 QString journalNotRemoved(const QString& name);
 QString journalStillEffective(const QString& name);
-QString journalInUse(const QString& name, qint64 ownerPid); // 0: unknown
+QString journalInUse(const QString& name, const QString& holder, qint64 ownerPid); // empty, 0: unknown
 QString journalNotLocked(const QString& name);
 QString journalNeedsRecovery(const QString& name);
 QString journalIsForeign(const QString& name);
@@ -73,6 +73,9 @@ QString fileReadFailed(const QString& name, quint64 offset, quint64 expected, qu
 QString fileWriteFailed(const QString& name, quint64 offset);
 QString fileResizeFailed(const QString& name, quint64 size);
 QString fileFlushFailed(const QString& name);
+QString fileNotSynced(const QString& name);
+QString folderNotSynced(const QString& path);
+QString journalNotSynced();
 QString fileLengthUnexplained(const QString& name, quint64 size);
 QString keyOutdated();
 QString savepointGone();

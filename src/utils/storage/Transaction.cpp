@@ -388,11 +388,14 @@ Transaction::Result Transaction::commit()
     }
     m_p->closeFiles(true);
     const JournalRemoval removal = m_p->journal.commit();
-    if (!removal) {
+    if (removal.effective) {
         m_p->state = m_p->journal.isOpen() ? Private::State::Sealed : Private::State::Ended;
         return {Status::Failed, removal.reason, 0};
     }
     Result settled = m_p->journal.settled();
+    if (settled && !removal.synced) {
+        settled = {Status::Unsynced, removal.reason, 0};
+    }
     m_p->end();
     return settled;
 }
@@ -407,7 +410,7 @@ Transaction::Result Transaction::rollback()
     m_p->recovery = Recovery();
     Result result = m_p->journal.restore(m_p->recovery);
     m_p->recovery.result = result;
-    if (result || result.status == Status::NamesPending) {
+    if (result || result.status == Status::NamesPending || result.status == Status::Unsynced) {
         m_p->end();
     } else if (result.status == Status::Canceled) {
         m_p->end();

@@ -23,8 +23,10 @@ using Status = Transaction::Status;
 TransactionJournal::TransactionJournal(const QString& path, const Transaction::Options& options)
     : m_path(QFileInfo(path).absoluteFilePath())
     , m_trustForeign(options.trustForeign)
-    , m_names(m_path, options.trustForeign)
+    , m_durable(options.durability != Durability::None)
+    , m_names(m_path, options.trustForeign, m_durable)
 {
+    setDurability(options.durability);
     setNameRule(options.nameRule);
     setOwnJournalsOnly(!options.trustForeign);
     if (options.progress) {
@@ -118,6 +120,9 @@ Result TransactionJournal::restore(Transaction::Recovery& recovery)
     if (restored) {
         return m_settled;
     }
+    if (!report.journal.synced) {
+        return {Status::Unsynced, report.journal.reason, 0};
+    }
     if (report.canceled) {
         return fail(message::canceled(m_path.filePath()), Status::Canceled);
     }
@@ -163,9 +168,13 @@ void TransactionJournal::remove(const IOPtr& device)
         }
     }
     // A journal that cannot be written is removed with its lock; then the next owner sees to the names.
-    if (m_ending != Ending::Settled && m_names.exists() && io::DeviceIo(*device).resize(0)) {
+    const io::DeviceIo io(*device);
+    if (m_ending != Ending::Settled && m_names.exists() && io.resize(0)) {
         closeFiles();
-        m_settled = m_names.settle(m_finishedNames);
+        // No name may change on the disk while the journal there holds anything.
+        const bool settles = !m_durable || io.sync();
+        m_settled = settles ? m_names.settle(m_finishedNames)
+                            : Result{Status::Failed, message::cannotSync(m_path.filePath(), io.reason()), 0};
         if (!m_settled) {
             reportFailure(m_settled.reason);
             m_settled.status = Status::NamesPending; // its end is settled all the same

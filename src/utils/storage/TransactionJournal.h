@@ -58,6 +58,7 @@ private:
 
     QFileInfo m_path;
     bool m_trustForeign;
+    bool m_durable;
     TransactionNames m_names;
     Ending m_ending = Ending::ByItself;
     bool m_salvaged = false;

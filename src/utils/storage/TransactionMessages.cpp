@@ -111,6 +111,13 @@ QString cannotRemove(const QString& name, const QString& reason)
         .arg(name, reason);
 }
 
+QString cannotSync(const QString& name, const QString& reason)
+{
+    return QCoreApplication::translate("veltor::utils::Transaction",
+                                       "Система не подтвердила запись '%0' на диск: %1")
+        .arg(name, reason);
+}
+
 QString notChangeable(const QString& name)
 {
     return QCoreApplication::translate("veltor::utils::Transaction",

@@ -24,6 +24,7 @@ QString cannotLook(const QString& name, const QString& reason);
 QString cannotCreate(const QString& name, const QString& reason);
 QString cannotMove(const QString& from, const QString& to, const QString& reason);
 QString cannotRemove(const QString& name, const QString& reason);
+QString cannotSync(const QString& name, const QString& reason);
 QString notChangeable(const QString& name);
 QString tooManyNames();
 

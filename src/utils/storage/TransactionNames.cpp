@@ -37,6 +37,10 @@
 //            a file that is not there. A name that somebody has taken meanwhile is not overwritten: the
 //            names stay pending until it is free.
 //
+// Where a loss of power is to be survived, the disk gets to know each of these before the next: H, M and every
+// number when it is made; the files, M's seal and J's emptiness before a name changes; what was moved aside
+// before "moved", that before the places, and these before H is emptied.
+//
 // Then H is emptied: numbers, M, H itself. M and what is in H are bytes from anywhere: names lead nowhere but
 // beneath the journal's folder, no link is followed, and only numbers are ever deleted.
 
@@ -69,6 +73,11 @@ NameIo::Path native(const QString& path)
 #endif
 }
 
+QString folderOf(const QString& name)
+{
+    return name.left(std::max(name.lastIndexOf(QLatin1Char('/')), 0));
+}
+
 QString textOf(const NameIo::Path& path)
 {
 #ifdef Q_OS_WIN
@@ -85,10 +94,11 @@ Transaction::Result failed(const QString& reason, Status status = Status::Failed
 
 } // namespace
 
-TransactionNames::TransactionNames(const QFileInfo& journal, bool trustForeign)
+TransactionNames::TransactionNames(const QFileInfo& journal, bool trustForeign, bool durable)
     : m_folder(QFileInfo(journal.absolutePath()).canonicalFilePath())
     , m_journal(journal.fileName())
     , m_trustForeign(trustForeign)
+    , m_durable(durable)
 {}
 
 QString TransactionNames::hiddenName(const QString& leaf) const
@@ -171,6 +181,18 @@ TransactionNames::Result TransactionNames::checkFolder() const
     return {};
 }
 
+/// Waits, where that is wanted, until the names in these folders are on the disk.
+TransactionNames::Result TransactionNames::sync(const std::set<QString>& folders) const
+{
+    for (const QString& folder : folders) {
+        const int error = m_durable ? platform::nameIo().syncFolder(native(m_folder), native(folder)) : 0;
+        if (error != 0) {
+            return failed(message::cannotSync(pathOf(folder), qt_error_string(error)));
+        }
+    }
+    return {};
+}
+
 TransactionNames::Result TransactionNames::prepare()
 {
     for (const QString& leaf : {QString(), QString(manifestLeaf)}) {
@@ -184,14 +206,16 @@ TransactionNames::Result TransactionNames::prepare()
             }
         }
     }
-    return checkFolder();
+    const Result usable = checkFolder();
+    return usable ? sync({QString(), hiddenName({})}) : usable;
 }
 
 TransactionNames::Result TransactionNames::createHidden(quint32 number)
 {
     const int error =
         platform::nameIo().createFile(native(m_folder), native(hiddenName(QString::number(number))));
-    return error == 0 ? Result() : failed(message::cannotCreate(hiddenPath(number), qt_error_string(error)));
+    return error == 0 ? sync({hiddenName({})})
+                      : failed(message::cannotCreate(hiddenPath(number), qt_error_string(error)));
 }
 
 void TransactionNames::removeHidden(quint32 number)
@@ -288,6 +312,13 @@ TransactionNames::Result TransactionNames::finish(const journal::Manifest& manif
     if (!manifest.moved) {
         Result result = moveAside(plan);
         if (result && !plan.aside.empty()) {
+            std::set<QString> folders{hiddenName({})};
+            for (const auto& aside : plan.aside) {
+                folders.insert(folderOf(aside.first));
+            }
+            result = sync(folders);
+        }
+        if (result && !plan.aside.empty()) {
             journal::NameRecord record;
             record.kind = journal::NameRecord::Kind::Moved;
             result = append(manifest, record);
@@ -298,6 +329,14 @@ TransactionNames::Result TransactionNames::finish(const journal::Manifest& manif
         }
     }
     Result result = moveToPlace(plan);
+    if (result) {
+        std::set<QString> folders{hiddenName({})};
+        for (const auto& [from, to, replaces] : plan.moves) {
+            folders.insert(folderOf(to));
+            folders.insert(folderOf(from.hidden != 0 ? hiddenName(QString::number(from.hidden)) : from.name));
+        }
+        result = sync(folders);
+    }
     if (!result) {
         result.status = Status::NamesPending;
     }
@@ -317,7 +356,7 @@ TransactionNames::Result TransactionNames::moveAside(const journal::NameMap::Pla
         }
         const int error = file.kind == Kind::Unknown ? file.error
                                                      : platform::nameIo().move(native(m_folder), native(name),
-                                                                               native(hidden), false);
+                                                                               native(hidden), false, m_durable);
         if (error != 0) {
             return failed(message::cannotMove(pathOf(name), pathOf(hidden), qt_error_string(error)));
         }
@@ -338,7 +377,8 @@ TransactionNames::Result TransactionNames::moveToPlace(const journal::NameMap::P
         }
         const int error = file.kind == Kind::Unknown
                               ? file.error
-                              : platform::nameIo().move(native(m_folder), native(name), native(to), replaces);
+                              : platform::nameIo().move(native(m_folder), native(name), native(to), replaces,
+                                                        m_durable);
         if (error != 0) {
             return failed(message::cannotMove(pathOf(name), pathOf(to), qt_error_string(error)));
         }
@@ -358,8 +398,12 @@ TransactionNames::Result TransactionNames::append(const journal::Manifest& manif
     }
     const QByteArray bytes = encodeRecord(record);
     const qint64 written = platform::fileIo().writeAt(fd, manifest.size, bytes.constData(), bytes.size());
-    return written == bytes.size() ? Result()
-                                   : failed(message::manifestUnreadable(manifestPath(), qt_error_string(-1)));
+    if (written != bytes.size()) {
+        return failed(message::manifestUnreadable(manifestPath(), qt_error_string(-1)));
+    }
+    return !m_durable || platform::fileIo().sync(fd)
+               ? Result()
+               : failed(message::cannotSync(manifestPath(), qt_error_string(-1)));
 }
 
 TransactionNames::Result TransactionNames::clean()

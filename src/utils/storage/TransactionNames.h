@@ -8,6 +8,7 @@
 #include <QtCore/QFileInfo>
 
 #include <optional>
+#include <set>
 
 namespace veltor::utils {
 
@@ -19,7 +20,8 @@ public:
     using Result = Transaction::Result;
     using Kind = platform::NameStatus::Kind;
 
-    TransactionNames(const QFileInfo& journal, bool trustForeign);
+    /// @param durable  each step is on the disk before the next one that counts on it
+    TransactionNames(const QFileInfo& journal, bool trustForeign, bool durable);
 
     /// The name beneath the journal's folder of what @p path leads to; nothing for what lies elsewhere or
     /// belongs to the transaction itself, @p failure says why.
@@ -55,6 +57,7 @@ public:
 private:
     [[nodiscard]] QString hiddenName(const QString& leaf) const;
     [[nodiscard]] Result checkFolder() const;
+    [[nodiscard]] Result sync(const std::set<QString>& folders) const;
     Result finish(const journal::Manifest& manifest);
     Result moveAside(const journal::NameMap::Plan& plan);
     Result moveToPlace(const journal::NameMap::Plan& plan);
@@ -65,6 +68,7 @@ private:
     QString m_folder;  // of the journal, canonical
     QString m_journal; // its name there
     bool m_trustForeign;
+    bool m_durable;
 };
 
 } // namespace veltor::utils

@@ -55,7 +55,7 @@ Transaction::Result Transaction::Private::start()
 Transaction::Recovery Transaction::recover(const QString& journal, const Options& options)
 {
     const QFileInfo file(journal);
-    if (!file.exists() && !file.isSymLink() && !TransactionNames(file, true).exists()) {
+    if (!file.exists() && !file.isSymLink() && !TransactionNames(file, true, false).exists()) {
         return {};
     }
     Transaction started = begin(journal, options);
@@ -91,7 +91,7 @@ std::vector<Transaction::NameChange> Transaction::nameChanges(const QString& jou
 {
     std::vector<NameChange> changes;
     Result unread;
-    const std::optional<journal::Manifest> manifest = TransactionNames(QFileInfo(journal), true).read(unread);
+    const std::optional<journal::Manifest> manifest = TransactionNames(QFileInfo(journal), true, false).read(unread);
     if (manifest) {
         for (const journal::NameRecord& record : manifest->records) {
             const auto kind = record.kind == journal::NameRecord::Kind::Create   ? NameChange::Kind::Create

@@ -5,29 +5,34 @@
 #include <array>
 #include <atomic>
 #include <list>
-#include <map>
 #include <mutex>
 #include <shared_mutex>
+#include <unordered_map>
 #include <utility>
 
 namespace veltor::utils {
 namespace {
 
 constexpr unsigned defaultLimit = 1024;
+constexpr std::size_t slotCount = 8;
+constexpr std::size_t cacheLine = 64;
+
+/// What threads that only look up would otherwise fight for exists once a slot: with one counter for all,
+/// two of them spend most of their time on passing it to and fro.
+std::size_t slotOfThisThread()
+{
+    static std::atomic<std::size_t> threads = {0};
+    thread_local const std::size_t slot = threads.fetch_add(1, std::memory_order_relaxed) % slotCount;
+    return slot;
+}
 
 /// A read-write lock whose readers do not meet: each thread takes the mutex of its slot, a writer takes
-/// all of them, in order. With one mutex for all, two threads that only look up spend most of their time
-/// on passing its counter to and fro.
+/// all of them, in order.
 class SlottedLock
 {
 public:
     /// The mutex that the calling thread locks shared to read.
-    std::shared_mutex& ofThisThread()
-    {
-        static std::atomic<std::size_t> threads = {0};
-        thread_local const std::size_t slot = threads.fetch_add(1, std::memory_order_relaxed) % slotCount;
-        return m_slots[slot].mutex;
-    }
+    std::shared_mutex& ofThisThread() { return m_slots[slotOfThisThread()].mutex; }
 
     void lock()
     {
@@ -44,14 +49,64 @@ public:
     }
 
 private:
-    static constexpr std::size_t slotCount = 8;
-
     struct Slot
     {
         std::shared_mutex mutex;
-        char padding[64]; // keeps the next mutex off this one's cache line
+        char padding[cacheLine]; // keeps the next mutex off this one's cache line
     };
     std::array<Slot, slotCount> m_slots = {};
+};
+
+/// An expression with a handle a slot, each with a counter of its own, on a cache line of its own.
+class Entry
+{
+public:
+    Entry(const QString& pattern, QRegularExpression::PatternOptions options)
+        : m_pattern(pattern)
+        , m_options(options)
+    {
+        const auto expression = std::make_shared<QRegularExpression>(pattern, options);
+        expression->optimize();
+        for (auto& handle : m_handles) {
+            const auto share = std::make_shared<Share>(Share{expression});
+            handle = {share, expression.get()};
+        }
+    }
+
+    [[nodiscard]] const QString& pattern() const { return m_pattern; }
+    [[nodiscard]] QRegularExpression::PatternOptions options() const { return m_options; }
+    /// For the calling thread.
+    [[nodiscard]] const std::shared_ptr<QRegularExpression>& handle() const
+    {
+        return m_handles[slotOfThisThread()];
+    }
+
+private:
+    struct alignas(cacheLine) Share
+    {
+        std::shared_ptr<QRegularExpression> expression;
+    };
+
+    QString m_pattern;
+    QRegularExpression::PatternOptions m_options;
+    std::array<std::shared_ptr<QRegularExpression>, slotCount> m_handles;
+};
+
+/// What an entry is found by, without a copy of the pattern, whose counter threads would fight for too.
+struct Key
+{
+    QRegularExpression::PatternOptions options;
+    QStringView pattern;
+
+    bool operator==(const Key& other) const { return options == other.options && pattern == other.pattern; }
+};
+
+struct KeyHash
+{
+    std::size_t operator()(const Key& key) const
+    {
+        return qHash(key.pattern, static_cast<uint>(key.options));
+    }
 };
 
 } // namespace
@@ -71,11 +126,9 @@ bool RegularExpressionCache::ExpressionFlags::operator<(const ExpressionFlags& o
 
 struct RegularExpressionCache::Store
 {
-    using Entry = std::pair<const ExpressionFlags, std::shared_ptr<QRegularExpression>>;
     using Position = std::list<Entry>::iterator;
 
-    std::shared_ptr<QRegularExpression> find(const QString& pattern,
-                                             QRegularExpression::PatternOptions options);
+    std::shared_ptr<QRegularExpression> find(const Key& key);
     void markExpressionAsUsed(Position position);
     void removeUnusedExpression();
     void updateFront();
@@ -85,29 +138,27 @@ struct RegularExpressionCache::Store
     SlottedLock lock;
     std::mutex listMutex;
 
-    std::list<Entry> entries; // most recently used first
-    std::map<ExpressionFlags, Position> index;
+    std::list<Entry> entries;                         // most recently used first
+    std::unordered_map<Key, Position, KeyHash> index; // its keys view the entries' patterns
     unsigned limit = defaultLimit;
     // The first entry, written together with the order: hits on it leave listMutex alone.
     std::atomic<const Entry*> front = {nullptr};
 };
 
 /// The expression, marked as used, or null. The caller shares the lock or holds it alone.
-std::shared_ptr<QRegularExpression>
-RegularExpressionCache::Store::find(const QString& pattern, QRegularExpression::PatternOptions options)
+std::shared_ptr<QRegularExpression> RegularExpressionCache::Store::find(const Key& key)
 {
-    // The expression asked for last time, with most callers: found without a look-up, and without a
-    // copy of the pattern, whose counter of references several threads would fight for.
+    // The expression asked for last time, with most callers: found without a look-up.
     const Entry* const first = front.load(std::memory_order_relaxed);
-    if (first != nullptr && first->first.options == options && first->first.pattern == pattern) {
-        return first->second;
+    if (first != nullptr && key == Key{first->options(), first->pattern()}) {
+        return first->handle();
     }
-    const auto found = index.find(ExpressionFlags{options, pattern});
+    const auto found = index.find(key);
     if (found == index.end()) {
         return nullptr;
     }
     markExpressionAsUsed(found->second);
-    return found->second->second;
+    return found->second->handle();
 }
 
 void RegularExpressionCache::Store::markExpressionAsUsed(Position position)
@@ -120,7 +171,7 @@ void RegularExpressionCache::Store::markExpressionAsUsed(Position position)
 /// The caller holds the lock alone.
 void RegularExpressionCache::Store::removeUnusedExpression()
 {
-    index.erase(entries.back().first);
+    index.erase(Key{entries.back().options(), entries.back().pattern()});
     entries.pop_back();
     updateFront();
 }
@@ -159,21 +210,19 @@ RegularExpressionCache::retrieve(const QString& pattern, QRegularExpression::Pat
     Store& store = *m_store;
     {
         const std::shared_lock guard(store.lock.ofThisThread());
-        if (auto expression = store.find(pattern, options)) {
+        if (auto expression = store.find({options, pattern})) {
             return expression;
         }
     }
     // Compiled under the lock: two threads that miss the same pattern must not both compile it.
     const std::lock_guard guard(store.lock);
-    if (auto expression = store.find(pattern, options)) {
+    if (auto expression = store.find({options, pattern})) {
         return expression;
     }
-    const ExpressionFlags key = {options, pattern};
-    auto expression = std::make_shared<QRegularExpression>(pattern, options);
-    expression->optimize();
-    store.entries.emplace_front(key, expression);
-    store.index.emplace(key, store.entries.begin());
+    const Entry& entry = store.entries.emplace_front(pattern, options);
+    store.index.emplace(Key{options, entry.pattern()}, store.entries.begin());
     store.updateFront();
+    auto expression = entry.handle();
     if (store.index.size() > store.limit) {
         store.removeUnusedExpression();
     }
@@ -182,18 +231,19 @@ RegularExpressionCache::retrieve(const QString& pattern, QRegularExpression::Pat
 
 void RegularExpressionCache::remove(const ExpressionFlags& key)
 {
-    const std::lock_guard guard(m_store->lock);
-    const auto found = m_store->index.find(key);
-    if (found != m_store->index.end()) {
-        m_store->entries.erase(found->second);
-        m_store->index.erase(found);
-        m_store->updateFront();
-    }
+    remove(key.pattern, key.options);
 }
 
 void RegularExpressionCache::remove(const QString& pattern, QRegularExpression::PatternOptions options)
 {
-    remove(ExpressionFlags{options, pattern});
+    const std::lock_guard guard(m_store->lock);
+    const auto found = m_store->index.find({options, pattern});
+    if (found != m_store->index.end()) {
+        const auto position = found->second;
+        m_store->index.erase(found); // before the pattern that its key views
+        m_store->entries.erase(position);
+        m_store->updateFront();
+    }
 }
 
 } // namespace veltor::utils

@@ -127,6 +127,19 @@ bool DeviceIo::flush() const
     return done;
 }
 
+bool DeviceIo::sync() const
+{
+    auto* const file = qobject_cast<QFileDevice*>(&m_device);
+    if (m_descriptor < 0 && (!file || !flush())) {
+        return !file;
+    }
+    const bool done = platform::fileIo().sync(m_descriptor >= 0 ? m_descriptor : file->handle());
+    if (!done) {
+        m_reason = qt_error_string();
+    }
+    return done;
+}
+
 std::optional<platform::FileStatus> DeviceIo::status() const
 {
     if (auto* const file = dynamic_cast<StorageFile*>(&m_device)) {

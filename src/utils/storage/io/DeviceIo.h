@@ -43,6 +43,9 @@ public:
     /// False when the device is not a file device, or what it buffers cannot be written.
     [[nodiscard]] bool flush() const;
 
+    /// Waits until what was written is on the disk; a device that is no file has nothing to wait for.
+    [[nodiscard]] bool sync() const;
+
     /// What file the device is; nothing for one without native access.
     [[nodiscard]] std::optional<platform::FileStatus> status() const;
 

@@ -2,7 +2,7 @@
 
 #include "utils/storage/io/JournalFile.h"
 
-#include "platform/FileLock.h"
+#include "utils/files/LockHolders.h"
 #include "utils/storage/Fault.h"
 #include "utils/storage/StorageMessages.h"
 #include "utils/storage/io/DeviceIo.h"
@@ -23,14 +23,14 @@ OpenedJournal refused(Answer answer, const QString& reason)
 }
 
 /// Whoever merely looks at a journal has its lock for an instant, and no name in the system's list.
-platform::LockAnswer lock(int descriptor)
+platform::LockAnswer lock(StorageFile& file)
 {
     constexpr int patience = 20;
-    platform::LockAnswer answer = platform::lockFile(descriptor);
+    platform::LockAnswer answer = file.lock();
     for (int again = 0; again < patience && answer.state == platform::LockState::Busy && answer.owner == 0;
          ++again) {
         QThread::msleep(1);
-        answer = platform::lockFile(descriptor);
+        answer = file.lock();
     }
     return answer;
 }
@@ -82,14 +82,15 @@ OpenedJournal openJournal(const QString& path, JournalOpening opening)
         if (!journal.file) {
             return journal;
         }
-        const int descriptor = journal.file->descriptor();
-        const platform::LockAnswer answer = lock(descriptor);
+        const platform::LockAnswer answer = lock(*journal.file);
         if (answer.state == platform::LockState::Failed) {
             return refused(Answer::Refused,
                            Fault{message::journalNotLocked(path), qt_error_string()}.whole());
         }
         if (answer.state == platform::LockState::Busy) {
-            OpenedJournal busy = refused(Answer::InUse, message::journalInUse(path, answer.owner));
+            OpenedJournal busy = refused(
+                Answer::InUse,
+                message::journalInUse(path, lockHolderNames(journal.file->descriptor()), answer.owner));
             busy.ownerPid = answer.owner;
             return busy;
         }
@@ -97,7 +98,7 @@ OpenedJournal openJournal(const QString& path, JournalOpening opening)
         if (!platform::names(nativePath(path), journal.file->status().identity)) {
             continue;
         }
-        if (opening.ownOnly && !journal.created && !platform::belongsToUser(descriptor)) {
+        if (opening.ownOnly && !journal.created && !platform::belongsToUser(journal.file->descriptor())) {
             return refused(Answer::Refused, message::journalIsForeign(path));
         }
         return journal;
@@ -105,12 +106,13 @@ OpenedJournal openJournal(const QString& path, JournalOpening opening)
     return refused(Answer::Refused, message::fileReplaced(path));
 }
 
-JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByteArray& empty)
+JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByteArray& empty, bool sync)
 {
     const platform::NativePath native = nativePath(path);
     bool emptied = false;
     bool ours = true;
     bool otherNames = false;
+    bool synced = true;
     QString reason;
     if (device && device->isOpen()) {
         const DeviceIo io(*device);
@@ -119,6 +121,10 @@ JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByte
         if (const auto status = io.status()) {
             ours = platform::names(native, status->identity);
             otherNames = status->names > 1;
+        }
+        if (sync && emptied && otherNames) {
+            synced = io.sync();
+            reason = io.reason();
         }
         if (!platform::RemovesOpenFiles) {
             device->close();
@@ -130,15 +136,20 @@ JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByte
         const auto left = StorageFile::open(path, {true, false, true});
         emptied = (left->isOpen() && DeviceIo(*left).resize(0)) || emptied;
         if (emptied && left->isOpen()) {
-            static_cast<void>(DeviceIo(*left).writeAt(0, empty.constData(), empty.size()));
+            const DeviceIo io(*left);
+            static_cast<void>(io.writeAt(0, empty.constData(), empty.size()));
+            synced = !sync || io.sync();
         }
         reason = qt_error_string(error);
     }
     JournalRemoval removal;
     removal.removed = removed;
+    removal.synced = synced;
     removal.effective = !emptied && (!removed || otherNames);
     if (removal.effective) {
         removal.reason = Fault{message::journalStillEffective(path), reason}.whole();
+    } else if (!synced) {
+        removal.reason = Fault{message::fileNotSynced(path), reason}.whole();
     } else if (!removed) {
         removal.reason = Fault{message::journalNotRemoved(path), reason}.whole();
     }

@@ -43,7 +43,8 @@ struct OpenedJournal
 
 /// Empties a journal through its open device, which gets closed where the system asks for that, then removes
 /// its name if that still leads to it. One whose name cannot be removed is left with the bytes @p empty.
-JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByteArray& empty);
+/// @param sync  what lasts of its file is to be on the disk; the name is the caller's business
+JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByteArray& empty, bool sync);
 
 /// Takes from others what they may do with the journal and not with a file that it protects. False when they
 /// could still read the file's bytes in the journal.

@@ -10,6 +10,7 @@
 #endif
 
 #include <typeinfo>
+#include <utility>
 
 namespace veltor::utils::io {
 
@@ -32,6 +33,26 @@ StorageFile::StorageFile(const QString& path, const platform::OpenedFile& opened
 std::unique_ptr<StorageFile> StorageFile::open(const QString& path, platform::FileOpening opening)
 {
     return std::make_unique<StorageFile>(path, platform::openFile(nativePath(path), opening), opening.write);
+}
+
+StorageFile::~StorageFile()
+{
+    StorageFile::close();
+}
+
+platform::LockAnswer StorageFile::lock()
+{
+    const platform::LockAnswer answer = platform::lockFile(m_descriptor);
+    m_isLocked = answer.state == platform::LockState::Taken;
+    return answer;
+}
+
+void StorageFile::close()
+{
+    if (std::exchange(m_isLocked, false)) {
+        platform::unlockFile(m_descriptor);
+    }
+    QFile::close();
 }
 
 void StorageFile::refuse(const QString& reason)

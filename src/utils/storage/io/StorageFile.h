@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/FileLock.h"
 #include "platform/FileOpen.h"
 
 #include <QtCore/QFile>
@@ -16,6 +17,8 @@ public:
     /// Takes over what the platform opened. @p path is what fileName() gives.
     StorageFile(const QString& path, const platform::OpenedFile& opened, bool writable);
 
+    ~StorageFile() override;
+
     /// Opens by path, links followed.
     [[nodiscard]] static std::unique_ptr<StorageFile> open(const QString& path,
                                                            platform::FileOpening opening);
@@ -28,6 +31,10 @@ public:
     /// Its descriptor; on Windows QFile::handle() would take a new one at each call.
     [[nodiscard]] int descriptor() const noexcept { return m_descriptor; }
 
+    /// Takes the file's lock without waiting, until the file is closed.
+    platform::LockAnswer lock();
+    /// Gives the lock back as well.
+    void close() override;
     /// Closes it after all; @p reason becomes its errorString().
     void refuse(const QString& reason);
     /// Sets who may do what with it, as platform::FileStatus::access. False when that is not allowed.
@@ -37,6 +44,7 @@ private:
     const QString m_path;
     platform::FileStatus m_status;
     int m_descriptor;
+    bool m_isLocked = false;
 };
 
 /// A path for the platform's calls; on Windows in the form that has no limit of 260 characters.

@@ -186,7 +186,7 @@ bool FileRestorer::restorePiece(quint64 position, const char* data, qint64 lengt
             m_size = end;
             return true;
         }
-        if (standsThere(position, data, length)) {
+        if (!m_rewrites && standsThere(position, data, length)) {
             return true;
         }
     }

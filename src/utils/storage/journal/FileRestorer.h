@@ -24,6 +24,9 @@ public:
         Stopped, ///< by the observer
     };
 
+    /// Writes also what seems to stand there already: after a failed sync the disk may know better.
+    void setRewrites(bool rewrites) noexcept { m_rewrites = rewrites; }
+
     /// Called after each block; false stops.
     using Observer = std::function<bool()>;
 
@@ -65,6 +68,7 @@ private:
     io::DeviceIo m_io;
     QString m_name;
     Layout m_layout = Layout::Checksummed;
+    bool m_rewrites = false;
     quint64 m_size = 0; // of the file, as it is now
     std::vector<char> m_standing;
     Fault m_fault;

@@ -6,8 +6,10 @@
 
 #include <QtCore/QIODevice>
 
+#include <algorithm>
 #include <limits>
 #include <utility>
+#include <vector>
 
 namespace veltor::utils::journal {
 namespace {
@@ -20,21 +22,35 @@ quint64 lastByte(quint64 offset, quint64 size)
                                                                : offset + last;
 }
 
-/// A first link that a kill tore may lead anywhere, zeros included, which would pass as a block of an
-/// empty file. The first block saved has the size that the file had when it was added.
-bool isStrayFirstChange(const FileChain& chain, quint64 previous, const ChangeHead& head)
+/// Whether a link has bytes in two sectors, of which the disk may have one.
+bool isSplit(quint64 link)
 {
-    return previous == 0 && chain.lastChange == 0 && head.sizeBound != chain.fileSize;
+    constexpr quint64 sector = 512;
+    return link % sector > sector - sizeof(quint64);
 }
 
 } // namespace
 
-JournalWalker::JournalWalker(QIODevice& journal, Mode mode)
+JournalWalker::JournalWalker(QIODevice& journal, Mode mode, Rules rules)
     : m_journal(journal)
     , m_mode(mode)
+    , m_rules(rules)
     , m_input(journal)
     , m_budget(m_input.size())
 {}
+
+bool JournalWalker::salvagesPowerLoss() const
+{
+    return m_mode == Mode::Salvage && m_rules == Rules::PowerLoss;
+}
+
+/// A first link that a kill tore may lead anywhere, zeros included, which would pass as a block of an
+/// empty file. The first block saved has the size that the file had when it was added.
+bool JournalWalker::isStrayFirstChange(const FileChain& chain, quint64 previous, const ChangeHead& head) const
+{
+    return previous == 0 && (chain.lastChange == 0 || m_rules == Rules::PowerLoss) &&
+           head.sizeBound != chain.fileSize;
+}
 
 bool JournalWalker::walk(const FileVisitor& visitor)
 {
@@ -112,8 +128,7 @@ bool JournalWalker::walkFiles(const FileVisitor& visitor)
         file.chain.entry = offset;
         const Outcome outcome = walkFile(file);
         if (outcome == Outcome::Unreadable) {
-            // A link beyond the header's last file belongs to an append that was never finished.
-            return m_mode == Mode::Salvage && m_lastEntry != 0 && m_header.lastFile == m_lastEntry;
+            return m_mode == Mode::Salvage && endFiles(visitor, beforeLast, true);
         }
         if (!visitor(file)) {
             return fail(message::openFailed(file.name));
@@ -122,21 +137,38 @@ bool JournalWalker::walkFiles(const FileVisitor& visitor)
             return false;
         }
         beforeLast = std::exchange(m_lastEntry, offset);
+        m_metLastFile = m_metLastFile || offset == m_header.lastFile;
         lastSize = file.chain.fileSize;
         offset = file.chain.nextFile;
     }
-    return endFiles(beforeLast);
+    return endFiles(visitor, beforeLast, false);
 }
 
-bool JournalWalker::endFiles(quint64 beforeLast)
+/// @param broken  a link leads beyond the last entry, to none
+bool JournalWalker::endFiles(const FileVisitor& visitor, quint64 beforeLast, bool broken)
 {
     if (m_lastEntry == m_header.lastFile) {
-        return true;
+        return m_lastEntry != 0 || !broken;
+    }
+    if (salvagesPowerLoss() && m_lastEntry != 0) {
+        return m_metLastFile || takeLastFile(visitor);
     }
     if (m_mode == Mode::Salvage) {
-        return isUnfinishedLink(beforeLast, m_lastEntry, m_header.lastFile);
+        return !broken && isUnfinishedLink(beforeLast, m_lastEntry, m_header.lastFile);
     }
     return fail(message::lastFileMismatch(m_lastEntry, m_header.lastFile));
+}
+
+/// The entry that the header names as the last one, if it is whole: the way to it is not on the disk.
+bool JournalWalker::takeLastFile(const FileVisitor& visitor)
+{
+    WalkedFile file;
+    file.chain.entry = m_header.lastFile;
+    if (walkFile(file) != Outcome::Whole || file.chain.nextFile != 0 || !visitor(file)) {
+        return false;
+    }
+    m_lastEntry = m_header.lastFile;
+    return true;
 }
 
 JournalWalker::Outcome JournalWalker::walkFile(WalkedFile& file)
@@ -169,6 +201,9 @@ bool JournalWalker::checkEntry(const FileEntry& entry)
     if (firstChange != 0 && lastChange == 0 && !unfinishedFirst) {
         return fail(message::firstChangeWithoutLast(firstChange, fileSize));
     }
+    if (salvagesPowerLoss()) {
+        return true; // each link is judged by what it leads to
+    }
     if (firstChange == 0 && lastChange != 0) {
         return fail(message::lastChangeWithoutFirst(lastChange, fileSize));
     }
@@ -185,33 +220,70 @@ JournalWalker::Outcome JournalWalker::walkChanges(FileChain& chain)
 {
     quint64 before = 0;
     quint64 last = 0;
-    for (quint64 offset = chain.firstChange; offset != 0;) {
+    bool met = chain.lastChange == 0; // the stored end
+    bool broken = false;
+    for (quint64 offset = chain.firstChange; offset != 0 && !broken;) {
         ChangeHead head;
-        if (!readChange(offset, last, head) || isStrayFirstChange(chain, last, head)) {
-            // The last change is linked before any byte of the file is overwritten: what lies beyond it
-            // was never needed.
-            const bool unfinished = chain.lastChange == last;
-            chain.lastChange = last;
-            chain.whole = unfinished;
-            return m_mode == Mode::Validate ? Outcome::Unreadable
-                   : unfinished             ? Outcome::Whole
-                                            : Outcome::Broken;
+        broken = !readChange(offset, last, head) ||
+                 (isStrayFirstChange(chain, last, head) && !fail(message::badFirstChange(offset, chain.fileSize)));
+        if (!broken) {
+            chain.take(offset, head.sizeBound, head.length);
+            met = met || offset == chain.lastChange;
+            before = last;
+            last = offset;
+            offset = head.next;
         }
-        chain.take(offset, head.sizeBound, head.length);
-        before = last;
-        last = offset;
-        offset = head.next;
     }
     const quint64 stored = std::exchange(chain.lastChange, last);
-    if (stored == last) {
-        return Outcome::Whole;
+    if (m_mode == Mode::Validate) {
+        const bool whole = !broken && (stored == last || fail(message::lastChangeMismatch(stored, last)));
+        return whole ? Outcome::Whole : Outcome::Unreadable;
     }
-    if (m_mode == Mode::Salvage) {
-        chain.whole = isUnfinishedLink(before, last, stored);
-        return chain.whole ? Outcome::Whole : Outcome::Broken;
+    chain.whole = isEndOfChanges(chain, before, stored, met, broken);
+    return chain.whole ? Outcome::Whole : Outcome::Broken;
+}
+
+/// Whether nothing behind the last block that was found could be needed. The last change is linked, and
+/// synced if at all, before any byte of the file is overwritten.
+bool JournalWalker::isEndOfChanges(FileChain& chain, quint64 before, quint64 stored, bool met, bool broken)
+{
+    if (stored == chain.lastChange) {
+        return true;
     }
-    fail(message::lastChangeMismatch(stored, last));
-    return Outcome::Unreadable;
+    if (m_rules == Rules::Format) {
+        return !broken && isUnfinishedLink(before, chain.lastChange, stored);
+    }
+    return met || takeTail(chain, stored) || (!broken && isSplit(chain.entry + EntryLastChangeAt));
+}
+
+/// Blocks from the stored end back to the last one that was found: the way to them is not on the disk.
+bool JournalWalker::takeTail(FileChain& chain, quint64 stored)
+{
+    struct Block
+    {
+        quint64 offset;
+        ChangeHead head;
+    };
+    constexpr std::size_t longest = 8192; // of one append, and the memory that a strange journal may ask for
+    std::vector<Block> tail;
+    for (quint64 offset = stored; offset != chain.lastChange;) {
+        const char* const bytes = readRecord(offset, changeHeadSize(*m_layout));
+        Block block{offset, bytes ? decodeChangeHead(bytes, *m_layout) : ChangeHead()};
+        const quint64 previous = block.head.previous;
+        const bool whole = bytes && tail.size() < longest && previous < offset && previous >= chain.lastChange &&
+                           readChange(offset, previous, block.head) &&
+                           !isStrayFirstChange(chain, previous, block.head);
+        if (!whole) {
+            return false;
+        }
+        tail.push_back(block);
+        offset = previous;
+    }
+    for (auto block = tail.rbegin(); block != tail.rend(); ++block) {
+        chain.take(block->offset, block->head.sizeBound, block->head.length);
+    }
+    chain.lastChange = stored;
+    return true;
 }
 
 bool JournalWalker::readChange(quint64 offset, quint64 previous, ChangeHead& head)
@@ -342,6 +414,20 @@ bool JournalWalker::fail(const QString& message)
 {
     m_fault = {message, m_input.reason()};
     return false;
+}
+
+bool isBlank(QIODevice& journal)
+{
+    JournalInput input(journal);
+    for (quint64 at = 0; at < input.size();) {
+        const JournalInput::Piece piece = input.fetch(at, JournalInput::MaxPiece);
+        const char* const end = piece.data + qMax<qint64>(piece.length, 0);
+        if (piece.length <= 0 || std::any_of(piece.data, end, [](char byte) { return byte != 0; })) {
+            return false;
+        }
+        at += static_cast<quint64>(piece.length);
+    }
+    return input.isReadable();
 }
 
 bool isUnfinishedCreation(QIODevice& journal)

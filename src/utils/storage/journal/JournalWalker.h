@@ -46,6 +46,11 @@ private:
 /// memory and costs nothing else; a file whose chain breaks is kept with the blocks before the break and
 /// ends the walk, as does an entry that cannot be read.
 ///
+/// After a loss of power, while salvaging: what was written behind the last sync may be there or not, in any
+/// order. Only what was synced before could be needed, and that is whole; so a chain may go on behind its stored
+/// end, or the way to its last blocks may be missing, if these are whole. A first block bound by another size
+/// than the file's is none, whoever links to it.
+///
 /// No length or link of the journal decides an allocation or how long the walk takes: it is linear in
 /// the journal's size and needs the memory of one JournalInput.
 class JournalWalker
@@ -57,10 +62,17 @@ public:
         Salvage
     };
 
+    /// What may have happened to the journal.
+    enum class Rules
+    {
+        Format,   ///< the death of its process
+        PowerLoss ///< the death of the system too, while it was being synced by io::Barriers
+    };
+
     /// Gets each file in chain order; false refuses it as one that cannot be opened.
     using FileVisitor = std::function<bool(const WalkedFile&)>;
 
-    JournalWalker(QIODevice& journal, Mode mode);
+    JournalWalker(QIODevice& journal, Mode mode, Rules rules = Rules::Format);
 
     /// True when the journal was walked to its end and is whole, or merely unfinished when salvaging.
     bool walk(const FileVisitor& visitor);
@@ -91,8 +103,14 @@ private:
 
     Outcome walkFile(WalkedFile& file);
     bool checkEntry(const FileEntry& entry);
-    bool endFiles(quint64 beforeLast);
+    bool endFiles(const FileVisitor& visitor, quint64 beforeLast, bool broken);
+    bool takeLastFile(const FileVisitor& visitor);
     Outcome walkChanges(FileChain& chain);
+    [[nodiscard]] bool isEndOfChanges(FileChain& chain, quint64 before, quint64 stored, bool met, bool broken);
+    bool takeTail(FileChain& chain, quint64 stored);
+    [[nodiscard]] bool isStrayFirstChange(const FileChain& chain, quint64 previous,
+                                          const ChangeHead& head) const;
+    [[nodiscard]] bool salvagesPowerLoss() const;
     bool readChange(quint64 offset, quint64 previous, ChangeHead& head);
     bool checkChangeData(quint64 offset, const ChangeHead& head);
     bool readName(WalkedFile& file);
@@ -103,12 +121,14 @@ private:
 
     QIODevice& m_journal;
     Mode m_mode;
+    Rules m_rules;
     JournalInput m_input;
     RecordBudget m_budget;
     Header m_header;
     std::optional<Layout> m_layout;
     quint64 m_freeBlockCount = 0;
     quint64 m_lastEntry = 0;
+    bool m_metLastFile = false; // the one that the header names
     Fault m_fault;
 };
 
@@ -146,5 +166,9 @@ private:
 /// True when @p journal can be read, and is empty or cut off within the header of a journal that protects
 /// nothing yet: what a kill leaves while a journal is being created.
 bool isUnfinishedCreation(QIODevice& journal);
+
+/// True when @p journal can be read, and is all zeros: what a loss of power leaves of bytes that were never on
+/// the disk.
+bool isBlank(QIODevice& journal);
 
 } // namespace veltor::utils::journal

@@ -9,6 +9,8 @@
 //   5. The chains in memory are what the journal says: what was linked counts, what was not does not.
 //   6. A new file is linked to the last of the chain, wherever in the journal that lies.
 //
+// Where the disk is to know this order too, io::Barriers wait: on demand between 2 and 3, always before 4.
+//
 // Death between two steps leaves an unfinished append, which JournalWalker knows.
 
 #include "utils/storage/journal/JournalWriter.h"
@@ -22,12 +24,24 @@ namespace {
 /// Capacity that the block buffer keeps between two saves.
 constexpr int KeptCapacity = 1024 * 1024;
 
+/// Of a file's first block nothing tells that the disk has zeros in the place of its position, if the sector
+/// with these bytes is the only one missing. Later ones name the block before them.
+bool mayDeceive(quint64 firstBlock)
+{
+    constexpr quint64 sector = 512;
+    constexpr quint64 positionAt = 16;
+    constexpr quint64 positionEnd = positionAt + sizeof(quint64);
+    const quint64 before = sector - firstBlock % sector; // bytes of the head in its first sector
+    return before > positionAt && before <= positionEnd;
+}
+
 constexpr auto BlockHeadSize = static_cast<int>(changeHeadSize(Layout::Checksummed));
 
 } // namespace
 
-JournalWriter::JournalWriter(QIODevice& journal)
+JournalWriter::JournalWriter(QIODevice& journal, io::Barriers& barriers)
     : m_io(journal)
+    , m_barriers(barriers)
 {}
 
 bool JournalWriter::create()
@@ -49,7 +63,7 @@ bool JournalWriter::create()
     }
     m_end = cuts ? HeaderSize : *size;
     m_lastEntry = 0;
-    return true;
+    return pass(m_barriers.afterCreation(m_io, *size > HeaderSize));
 }
 
 bool JournalWriter::resume(quint64 lastEntry)
@@ -73,7 +87,7 @@ std::optional<FileChain> JournalWriter::appendEntry(quint64 fileSize, const QByt
     chain.fileSize = fileSize;
     FileEntry entry;
     entry.fileSize = fileSize;
-    if (!append(encodeEntry(entry, name))) {
+    if (!append(encodeEntry(entry, name)) || !pass(m_barriers.beforeLinks(m_io, false))) {
         return std::nullopt;
     }
     if (!lastFile) {
@@ -116,7 +130,7 @@ bool JournalWriter::appendBlock(FileChain& chain, const io::DeviceIo& file, cons
 
     const quint64 block = m_end;
     const bool first = chain.lastChange == 0;
-    bool done = append(m_block);
+    bool done = append(m_block) && pass(m_barriers.beforeLinks(m_io, first && mayDeceive(block)));
     if (done) {
         done = writeLink(first ? chain.entry + EntryFirstChangeAt : chain.lastChange + ChangeNextAt, block);
         if (done && first) {
@@ -135,6 +149,15 @@ bool JournalWriter::appendBlock(FileChain& chain, const io::DeviceIo& file, cons
     return done;
 }
 
+/// Notes why a barrier was not passed.
+bool JournalWriter::pass(bool barrier)
+{
+    if (!barrier) {
+        m_fault = m_barriers.fault();
+    }
+    return barrier;
+}
+
 bool JournalWriter::append(const QByteArray& record)
 {
     return write(m_end, record.constData(), record.size());
@@ -149,6 +172,7 @@ bool JournalWriter::writeLink(quint64 at, quint64 target)
 
 bool JournalWriter::write(quint64 offset, const char* data, qint64 size)
 {
+    m_barriers.journalChanged();
     const qint64 written = m_io.writeAt(offset, data, size);
     if (written == size) {
         m_end = qMax(m_end, offset + static_cast<quint64>(size));

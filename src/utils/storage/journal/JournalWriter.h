@@ -1,6 +1,7 @@
 #pragma once
 
 #include "utils/storage/Fault.h"
+#include "utils/storage/io/Barriers.h"
 #include "utils/storage/io/DeviceIo.h"
 #include "utils/storage/journal/FileChain.h"
 #include "utils/storage/journal/JournalFormat.h"
@@ -19,8 +20,8 @@ public:
         quint32 length;   ///< not beyond it either
     };
 
-    /// @param journal  outlives the writer
-    explicit JournalWriter(QIODevice& journal);
+    /// Both outlive the writer.
+    JournalWriter(QIODevice& journal, io::Barriers& barriers);
 
     /// Starts a new journal on whatever the device holds.
     bool create();
@@ -49,10 +50,12 @@ public:
 
 private:
     bool append(const QByteArray& record);
+    bool pass(bool barrier);
     bool writeLink(quint64 at, quint64 target);
     void check(const FileChain& chain) const;
 
     io::DeviceIo m_io;
+    io::Barriers& m_barriers;
     quint64 m_end = 0;
     quint64 m_lastEntry = 0;
     QByteArray m_block; // the change block being saved; kept for its capacity

@@ -1,0 +1,30 @@
+# A page with escaped texts and a class for the red rows; a table with two columns, German numbers and no formula.
+
+file(REMOVE_RECURSE "${WORK}")
+file(MAKE_DIRECTORY "${WORK}")
+execute_process(COMMAND ${PROGRAM} "${WORK}" RESULT_VARIABLE result)
+if(NOT result EQUAL 0)
+  message(FATAL_ERROR "ended with ${result}")
+endif()
+
+file(READ "${WORK}/bridges.html" page)
+foreach(part "<title>Bridges</title>" "Railway bridge, &quot;upper&quot; &lt;1&gt;" "class=\"n\">1,240.25<" "class=\"c0\">Footbridge"
+    ".c0{color:#c00000;}")
+  string(FIND "${page}" "${part}" found)
+  if(found EQUAL -1)
+    message(FATAL_ERROR "the page lacks ${part}:\n${page}")
+  endif()
+endforeach()
+
+file(READ "${WORK}/bridges.csv" bytes HEX)
+if(NOT bytes MATCHES "^efbbbf4e616d65.*0d0a$")
+  message(FATAL_ERROR "the table lacks its mark or its line ends: ${bytes}")
+endif()
+file(READ "${WORK}/bridges.csv" table)
+string(REPLACE ";" "|" table "${table}")
+foreach(line "\"Railway bridge, \"\"upper\"\" <1>\"|1240,25\n" "\"'=HYPERLINK(\"\"http://example.org\"\")\"|12\n")
+  string(FIND "${table}" "${line}" found)
+  if(found EQUAL -1)
+    message(FATAL_ERROR "the table lacks ${line}:\n${table}")
+  endif()
+endforeach()
