@@ -111,12 +111,14 @@ bool means(const QString& field, const QVariant& value)
                                                  : field == value.toString();
 }
 
-/// The rows of a model as they should come, each with its depth.
-void listRows(const Node& parent, int depth, std::vector<std::pair<int, const Node*>>& rows)
+/// The rows of a model as they should come, each with its depth; without those of the number @p hidden.
+void listRows(const Node& parent, int depth, std::vector<std::pair<int, const Node*>>& rows, int hidden = -1)
 {
-    for (const auto& child : parent.children) {
-        rows.emplace_back(depth, child.get());
-        listRows(*child, depth + 1, rows);
+    for (std::size_t i = 0; i < parent.children.size(); ++i) {
+        if (int(i) != hidden) {
+            rows.emplace_back(depth, parent.children[i].get());
+            listRows(*parent.children[i], depth + 1, rows, hidden);
+        }
     }
 }
 
@@ -233,19 +235,7 @@ TEST(ItemModelToHtml, IsWellFormedAndHoldsEveryCellThatNoSpanCovers)
         ASSERT_EQ(lines.front().front(), u("H<0>"));
 
         std::vector<std::pair<int, const Node*>> rows;
-        listRows(model.root, 0, rows);
-        const auto isHidden = [&](const Node* node) {
-            for (; node->parent; node = node->parent) {
-                const auto& all = node->parent->children;
-                if (hidden < int(all.size()) && all[std::size_t(hidden)].get() == node) {
-                    return true;
-                }
-            }
-            return false;
-        };
-        rows.erase(
-            std::remove_if(rows.begin(), rows.end(), [&](const auto& row) { return isHidden(row.second); }),
-            rows.end());
+        listRows(model.root, 0, rows, hidden);
         ASSERT_EQ(lines.size(), rows.size() + 1);
         for (std::size_t i = 0; i < rows.size(); ++i) {
             ASSERT_EQ(lines[i + 1].size(), model.columns) << buffer.data().toStdString();
@@ -255,12 +245,10 @@ TEST(ItemModelToHtml, IsWellFormedAndHoldsEveryCellThatNoSpanCovers)
                     value = value.toString().replace(u("\r\n"), u("\n")).replace(u("\r"), u("\n"));
                 }
                 const QString shown = lines[i + 1][k];
-                ASSERT_TRUE(shown == u("^") || means(shown, value) || shown == toString(value.toDouble()))
+                ASSERT_TRUE((shown == u("^") && !model.spans.isEmpty()) || means(shown, value) ||
+                            shown == toString(value.toDouble()))
                     << buffer.data().toStdString();
             }
-        }
-        if (model.spans.isEmpty()) {
-            ASSERT_FALSE(buffer.data().contains("^"));
         }
     }
 }
@@ -281,10 +269,8 @@ TEST(ItemModelExport, CopesWithRowsThatComeAndGo)
         QSet<QString> news;
         CsvRules rules;
         rules.levels = CsvRules::Never;
-        rules.columns = {{0, -1, QString()}};
-        for (int i = 1; i < 600; ++i) {
-            rules.columns.push_back({599, -1, QString()});
-        }
+        rules.columns.assign(600, {599, -1, QString()});
+        rules.columns[0].column = 0;
         rules.progress = [&](const ItemModelReport&) {
             QModelIndex parent;
             while (random.below(2) == 0 && model.rowCount(parent) > 0) {
@@ -351,7 +337,7 @@ TEST(ItemModelExport, TellsWhatEndedIt)
     EXPECT_NE(errorWith(rules), QString());
     rules = {};
     rules.progress = [&](const ItemModelReport&) {
-        model.reset();
+        Q_EMIT model.layoutChanged();
         return true;
     };
     EXPECT_EQ(errorWith(rules), u("таблица изменилась во время записи"));

@@ -58,11 +58,6 @@ public:
         --above.loaded;
         endRemoveRows();
     }
-    void reset()
-    {
-        beginResetModel();
-        endResetModel();
-    }
 
     Node& nodeOf(const QModelIndex& index) const
     {

@@ -28,15 +28,13 @@ struct HtmlRules : ItemModelRules
 /// choice of light or dark, and is readable on a narrow screen, where the table scrolls under its headers.
 /// All texts are escaped; characters that no document may hold become U+FFFD.
 ///
-/// - Colours come from Qt::ForegroundRole and Qt::BackgroundRole, as colours or as brushes of one colour;
-/// fonts from
-///   Qt::FontRole, as far as they differ from the application's. Looks that many cells share are classes of
-///   the style sheet. Where a model gives one of the two colours alone, the other is chosen, or the given one
-///   moved, so that the text can be read on light and on dark.
+/// - Colours come from Qt::ForegroundRole and Qt::BackgroundRole, as colours or as brushes of one colour,
+///   fonts from Qt::FontRole, as far as they differ from the application's. Looks that many cells share are
+///   classes of the style sheet. Where a model gives one of the two colours alone, the other is chosen, or
+///   the given one moved, so that the text can be read on light and on dark.
 /// - Numbers stand at the right where Qt::TextAlignmentRole says nothing else.
 /// - What a span covers is left out. One that reaches over hidden columns or rows is as much shorter; one
-/// over
-///   rows ends before a row that follows the children of another.
+///   over rows ends before a row that follows the children of another.
 /// - Rows of a tree are indented by their depth, to 12 levels; the attribute `data-level` has the depth.
 ///
 /// Memory is bounded by a row and by a part of the document of 1 MiB that waits for its style sheet.

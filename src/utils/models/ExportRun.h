@@ -8,8 +8,7 @@
 
 namespace veltor::utils {
 
-/// What the exports of a model share: the columns, the way through the rows, the way to the device, the
-/// report.
+/// What the exports of a model share: columns, the way through the rows and to the device, the report.
 class ExportRun
 {
 public:

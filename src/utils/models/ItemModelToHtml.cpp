@@ -148,8 +148,7 @@ void HtmlWriter::header()
     html += QLatin1String("</tr>\n</thead>\n");
 }
 
-/// How many columns, beginning with this one, are shown side by side as in the model, at most @p wanted of
-/// it.
+/// How many columns, from this one on, are shown side by side as in the model: at most @p wanted of it.
 std::size_t HtmlWriter::spannedColumns(std::size_t column, int wanted) const
 {
     const auto& columns = m_run.columns();

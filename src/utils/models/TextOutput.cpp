@@ -5,11 +5,14 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileDevice>
 
+#include <algorithm>
+
 namespace veltor::utils {
 namespace {
 
 constexpr int much = 1 << 16;            // characters
 constexpr qint64 largestQueue = 1 << 20; // of bytes that a socket or a process has not taken yet
+constexpr qint64 largestPiece = 1 << 20; // characters of a field however long
 constexpr int longestWaitMs = 30000;
 
 QString nameOf(const QIODevice& device)
@@ -63,11 +66,17 @@ bool TextOutput::flushMuch()
 void TextOutput::flush()
 {
     auto& state = m_encoder->state;
-    const QByteArray bytes = m_encoder->codec.fromUnicode(m_text.constData(), m_text.size(), &state);
+    const QChar* next = m_text.constData();
+    for (qint64 left = m_text.size(); left > 0 && m_error.isEmpty();) {
+        const int piece = static_cast<int>(std::min<qint64>(left, largestPiece));
+        const QByteArray bytes = m_encoder->codec.fromUnicode(next, piece, &state);
+        m_replaced += state.invalidChars;
+        state.invalidChars = 0;
+        write(bytes.constData(), bytes.size());
+        next += piece;
+        left -= piece;
+    }
     m_text.resize(0); // keeps its memory
-    m_replaced += state.invalidChars;
-    state.invalidChars = 0;
-    write(bytes.constData(), bytes.size());
     drain(largestQueue);
 }
 
