@@ -39,13 +39,16 @@ public:
             static_cast<void>(m_folder.write(name.toUtf8().constData(), bytes));
         }
     }
-    /// All that is there: leftovers of a transaction are files too many.
+    /// All that is there but a spare: leftovers of a transaction are files too many.
     [[nodiscard]] Files read() const
     {
         Files files;
         QDirIterator all(path(), QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
         while (all.hasNext()) {
             QFile file(all.next());
+            if (file.fileName().endsWith(u("/.journal.spare"))) {
+                continue;
+            }
             files[QDir(path()).relativeFilePath(file.fileName())] =
                 file.open(QIODevice::ReadOnly) ? file.readAll() : "unreadable";
         }
@@ -67,7 +70,7 @@ public:
         , m_names(names)
         , m_random(seed)
         , m_model(World::originals())
-        , m_transaction(utils::Transaction::begin(world.journal(), options))
+        , m_transaction(utils::Transaction::begin(world.journal(), withSpare(options, seed % 2 == 0)))
     {}
 
     /// The contents that it leaves, if it did not die.
@@ -89,6 +92,11 @@ public:
     [[nodiscard]] const Files& model() const { return m_model; }
 
 private:
+    static utils::Transaction::Options withSpare(utils::Transaction::Options options, bool spare)
+    {
+        options.spare = spare;
+        return options;
+    }
     int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
     QString anyName()
     {
@@ -133,6 +141,11 @@ private:
         const int length = below(10) == 0 ? 9000 : 1 + below(400);
         const QByteArray written = pattern(length, below(256));
         bytes.replace(position, written.size(), written);
+        if (below(2) == 0) {
+            const int second = below(bytes.size() + 1);
+            bytes.replace(second, 3, "abc");
+            return file->writeBlocks({{position, written}, {second, "abc"}});
+        }
         return file->seek(position) && file->write(written) == written.size();
     }
 

@@ -8,7 +8,7 @@
 namespace veltor::utils::journal {
 
 /// Ranges of a file that were saved more than once. Restored from the newest block to the oldest, only the
-/// oldest of exactly the same range needs to be written. Bounded: of a range that is not known, every block is.
+/// oldest of exactly the same range needs to be written. Bounded: what is not known is written each time.
 class RepeatedRanges
 {
 public:
