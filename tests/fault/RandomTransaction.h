@@ -70,7 +70,7 @@ public:
         , m_names(names)
         , m_random(seed)
         , m_model(World::originals())
-        , m_transaction(utils::Transaction::begin(world.journal(), options))
+        , m_transaction(utils::Transaction::begin(world.journal(), withSpare(options, seed % 2 == 0)))
     {}
 
     /// The contents that it leaves, if it did not die.
@@ -92,6 +92,11 @@ public:
     [[nodiscard]] const Files& model() const { return m_model; }
 
 private:
+    static utils::Transaction::Options withSpare(utils::Transaction::Options options, bool spare)
+    {
+        options.spare = spare;
+        return options;
+    }
     int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
     QString anyName()
     {
@@ -136,6 +141,11 @@ private:
         const int length = below(10) == 0 ? 9000 : 1 + below(400);
         const QByteArray written = pattern(length, below(256));
         bytes.replace(position, written.size(), written);
+        if (below(2) == 0) {
+            const int second = below(bytes.size() + 1);
+            bytes.replace(second, 3, "abc");
+            return file->writeBlocks({{position, written}, {second, "abc"}});
+        }
         return file->seek(position) && file->write(written) == written.size();
     }
 

@@ -137,7 +137,7 @@ TEST_F(Power, LeavesAllOrNothing)
 {
     for (const auto& [durability, name] :
          {std::pair(Durability::Durable, "durable"), {Durability::Careful, "careful"}}) {
-        const Verdict verdict = judge(durability, imageCount(1000));
+        const Verdict verdict = judge(durability, imageCount(700));
         std::printf("%s: %d images, %d refused, %d wrong\n", name, verdict.images, verdict.refused,
                     verdict.wrong);
         EXPECT_EQ(verdict.wrong, 0) << verdict.firstWrong;
