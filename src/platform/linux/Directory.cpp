@@ -61,7 +61,7 @@ FileKind kindOf(unsigned mode)
 
 FileKind kindOfEntry(unsigned char type)
 {
-    return type == DT_UNKNOWN ? FileKind::Unknown : kindOf(DTTOIF(type));
+    return type == DT_UNKNOWN ? FileKind::Unknown : kindOf(static_cast<mode_t>(DTTOIF(type)));
 }
 
 } // namespace
