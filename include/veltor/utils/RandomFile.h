@@ -6,11 +6,8 @@
 #include <QtCore/QFileInfo>
 
 #include <array>
-#include <deque>
 #include <functional>
-#include <list>
-#include <utility>
-#include <vector>
+#include <memory>
 
 namespace veltor::utils {
 
@@ -114,12 +111,12 @@ public:
     bool seek(qint64 position) override;
 
     /// Blocks that may be mapped at once, at this moment.
-    [[nodiscard]] unsigned blockCount() const noexcept { return m_setup.curLimit(); }
+    [[nodiscard]] unsigned blockCount() const noexcept;
     /// Sets that number (0 counts as 1); its bounds move when it lies outside them. Blocks above it are
     /// unmapped, the least recently used first.
     void setBlockCount(unsigned blocks);
     /// The limits as they are now.
-    [[nodiscard]] const RandomFileSetup& setup() const noexcept { return m_setup; }
+    [[nodiscard]] const RandomFileSetup& setup() const noexcept;
 
     /// Bytes in block @p index: 65536, what remains for the last block, 0 beyond the end.
     [[nodiscard]] unsigned blockSize(unsigned long long index) const;
@@ -156,33 +153,8 @@ protected:
     qint64 writeData(const char* data, qint64 length) override;
 
 private:
-    struct Block
-    {
-        unsigned long long index;
-        unsigned char* bytes;
-    };
-    using History = std::list<Block>;
-    using Entry = std::pair<unsigned long long, History::iterator>;
-
-    [[nodiscard]] std::vector<Entry>::iterator lowerBound(unsigned long long index);
-    unsigned char* mapBlock(unsigned long long index);
-    void checkRecentlyRemoved(unsigned long long index);
-    void removeOverflow();
-    void forgetOverdue();
-    void fixRemoveHistorySize();
-    void forgetStale();
-    void forgetFrom(unsigned long long index);
-    bool extend(qint64 position, qint64 end);
-    bool grow(qint64 begin, qint64 end);
-
-    RandomFileSetup m_setup;
-    std::vector<Entry> m_blocks;                    // the mapped blocks, by index
-    History m_history;                              // the same, the least recently used first
-    std::deque<unsigned long long> m_recentRemoved; // evicted below the maximum limit, oldest first
-    std::function<unsigned long long()> m_sizeEstimator;
-    mutable qint64 m_size = 0;
-    mutable bool m_sizeKnown = false;
-    qint64 m_mappedSize = 0; // the file's size for which the blocks were mapped
+    class Private;
+    std::unique_ptr<Private> m_p;
 };
 
 } // namespace veltor::utils
