@@ -13,6 +13,10 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(folder "${CMAKE_SYSROOT}/usr/lib/aarch64-linux-gnu")
+set(flags "-L${folder} -Wl,-rpath-link,${folder}:${CMAKE_SYSROOT}/lib/aarch64-linux-gnu")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "${flags}")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "${flags}")
 
 # pkg-config too looks there alone.
 set(ENV{PKG_CONFIG_LIBDIR} "${CMAKE_SYSROOT}/usr/lib/aarch64-linux-gnu/pkgconfig:${CMAKE_SYSROOT}/usr/share/pkgconfig")
