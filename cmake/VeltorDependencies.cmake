@@ -24,9 +24,20 @@ else()
   set(VELTOR_QT_MODULES Core Core5Compat) # which holds the text codecs
 endif()
 list(TRANSFORM VELTOR_QT_MODULES PREPEND Qt${VELTOR_QT}:: OUTPUT_VARIABLE VELTOR_QT_TARGETS)
-find_package(Qt${VELTOR_QT} ${VELTOR_QT_VERSION} REQUIRED COMPONENTS ${VELTOR_QT_MODULES} Concurrent)
-# Only the geodesic routines of its C interface are used.
-find_package(PROJ CONFIG REQUIRED)
+find_package(Qt${VELTOR_QT} ${VELTOR_QT_VERSION} REQUIRED COMPONENTS ${VELTOR_QT_MODULES})
+if(VELTOR_BENCHMARKS)
+  find_package(Qt${VELTOR_QT} ${VELTOR_QT_VERSION} REQUIRED COMPONENTS Concurrent)
+endif()
+find_package(PkgConfig QUIET)
+# Only the geodesic routines of its C interface are used. The version file of PROJ's own description refuses whoever
+# cross-compiles ("cross-compiling = FALSE") what it was not itself cross-compiled for, as no package of Debian was.
+find_package(PROJ CONFIG QUIET)
+if(NOT PROJ_FOUND AND CMAKE_CROSSCOMPILING AND PkgConfig_FOUND)
+  pkg_check_modules(PROJ REQUIRED IMPORTED_TARGET GLOBAL proj)
+  add_library(PROJ::proj ALIAS PkgConfig::PROJ)
+elseif(NOT PROJ_FOUND)
+  find_package(PROJ CONFIG REQUIRED)
+endif()
 find_package(Qt${VELTOR_QT} ${VELTOR_QT_VERSION} QUIET OPTIONAL_COMPONENTS Widgets)
 
 if(BUILD_TESTING)
@@ -52,7 +63,6 @@ if(VELTOR_PYTHON)
   endif()
 endif()
 
-find_package(PkgConfig QUIET)
 # Names of functions for backtraces.
 if(WIN32)
   set(VELTOR_SYMBOL_LIBRARY dbghelp)

@@ -33,7 +33,7 @@ list(TRANSFORM VELTOR_QT_MODULES REPLACE "(.+)" "Qt${VELTOR_QT}\\1 >= ${VELTOR_Q
 set(pkgconfig_private "")
 set(pkgconfig_cflags "")
 if(NOT BUILD_SHARED_LIBS) # whoever links a static library links what it is made of
-  list(APPEND pkgconfig_requires "Qt${VELTOR_QT}Concurrent" proj)
+  list(APPEND pkgconfig_requires proj)
   if(NOT WIN32)
     list(APPEND pkgconfig_requires libdw)
   endif()

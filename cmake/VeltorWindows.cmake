@@ -21,5 +21,5 @@ function(veltor_gather_libraries)
 endfunction()
 
 if(CMAKE_CROSSCOMPILING AND MINGW)
-  veltor_gather_libraries(Qt${VELTOR_QT}::Core Qt${VELTOR_QT}::Concurrent Qt${VELTOR_QT}::Test)
+  veltor_gather_libraries(Qt${VELTOR_QT}::Core Qt${VELTOR_QT}::Test)
 endif()

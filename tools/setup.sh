@@ -5,6 +5,7 @@
 #   tools/setup.sh package  what builds Debian packages besides
 #   tools/setup.sh qt6      Qt 6 besides
 #   tools/setup.sh mutate   what tools/dev/mutate needs besides
+#   tools/setup.sh clang    the other compiler besides
 #   tools/setup.sh ci       the format and static checks, packages and binary interface besides
 # Does nothing, and says nothing, when all is there. Runs as root or through sudo.
 set -euo pipefail
@@ -24,14 +25,16 @@ for group in "$@"; do
       packages+=(libbenchmark-dev geographiclib-tools libboost-dev libgeographiclib-dev libisal-dev
         libkf5threadweaver-dev libsqlite3-dev)
       ;;
-    package) packages+=(dpkg-dev file gzip) ;;
+    package) packages+=(doxygen dpkg-dev file graphviz gzip) ;;
     qt6) packages+=(qt6-base-dev qt6-5compat-dev qt6-l10n-tools libgl-dev) ;;
+    clang) packages+=(clang) ;;
     ci)
       packages+=(clang-format clang-tidy doxygen graphviz)
-      packages+=(abigail-tools dpkg-dev file gzip lintian man-db mandoc meson zsh fish)
+      packages+=(abigail-tools dpkg-dev file gzip lintian man-db mandoc meson mmdebstrap zsh fish)
       ;;
     mutate) packages+=(python3-clang-14) ;;
     *) echo "tools/setup.sh: unknown group '$group' (bench, ci, mutate, package, qt6)" >&2; exit 2 ;;
+    *) echo "tools/setup.sh: unknown group '$group' (bench, ci, clang, package, qt6)" >&2; exit 2 ;;
   esac
 done
 

@@ -20,6 +20,22 @@ namespace {
 
 constexpr qint64 longestTimerMs = 1000 * 60 * 60 * 24;
 
+// Every type that signal and slot signatures spell, before main() runs: a queued connection that names an
+// unknown type would silently deliver nothing. In this source, so that whoever takes the class from a static
+// library gets it too.
+void registerMetaTypes()
+{
+    qRegisterMetaType<Range>();
+    qRegisterMetaType<Range>("concurrent::Range");
+    qRegisterMetaType<Range>("Range");
+    qRegisterMetaType<progress::Add>();
+    qRegisterMetaType<progress::Add>("progress::Add");
+    qRegisterMetaType<CancelMethod>();
+    qRegisterMetaType<CancelMethod>("concurrent::CancelMethod");
+}
+
+Q_CONSTRUCTOR_FUNCTION(registerMetaTypes)
+
 } // namespace
 
 ProgressHandler::ProgressHandler(QObject* parent)

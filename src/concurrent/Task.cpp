@@ -14,6 +14,16 @@
 #include <utility>
 
 namespace veltor::concurrent {
+namespace {
+
+void registerMetaType()
+{
+    qRegisterMetaType<Task*>();
+}
+
+Q_CONSTRUCTOR_FUNCTION(registerMetaType)
+
+} // namespace
 
 Task::Task(QObject* parent)
     : QObject(parent)

@@ -3,6 +3,17 @@
 #include <veltor/err/ConcurrentNestedException.h>
 
 namespace veltor::err {
+namespace {
+
+void registerMetaType() // as in TaskError.cpp
+{
+    qRegisterMetaType<ConcurrentNestedException>();
+    qRegisterMetaType<ConcurrentNestedException>("err::ConcurrentNestedException");
+}
+
+Q_CONSTRUCTOR_FUNCTION(registerMetaType)
+
+} // namespace
 
 void ConcurrentNestedException::raise() const
 {

@@ -157,7 +157,7 @@ QString Arguments::help() const
         }
         heads << names.join(QLatin1String(", ")) +
                      (option.valueName().isEmpty() ? QString() : QLatin1Char(' ') + option.valueName());
-        width = std::max(width, heads.last().size());
+        width = std::max(width, static_cast<int>(heads.last().size()));
     }
     for (std::size_t i = 0; i < m_options.size(); ++i) {
         const QString& head = heads[static_cast<int>(i)];

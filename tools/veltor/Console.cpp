@@ -109,7 +109,7 @@ void printProgress(const QString& line)
     terminal::put(stderr,
                   QString(QLatin1Char('\r') + cleared + (line.isEmpty() ? QStringLiteral("\r") : QString()))
                       .toStdString());
-    shown = line.size();
+    shown = static_cast<int>(line.size());
 }
 
 bool hasTerminal()

@@ -34,8 +34,8 @@ std::optional<double> parseDegrees(std::string_view word)
     }
     const bool isNegative = text.startsWith(QLatin1Char('-'));
     const QString digits = text.mid(text.at(0).isDigit() ? 0 : 1);
-    const int degreesEnd = digits.indexOf(QChar(0x00B0));
-    const int minutesEnd = digits.indexOf(QLatin1Char('\''));
+    const auto degreesEnd = digits.indexOf(QChar(0x00B0));
+    const auto minutesEnd = digits.indexOf(QLatin1Char('\''));
     const int degrees = digits.left(degreesEnd).toInt();
     const int minutes = digits.mid(degreesEnd + 1, minutesEnd - degreesEnd - 1).toInt();
     const double seconds = digits.mid(minutesEnd + 1, digits.size() - minutesEnd - 2).toDouble();

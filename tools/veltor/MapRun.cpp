@@ -28,7 +28,7 @@ namespace {
 struct Batch
 {
     qint64 number = 0;
-    int points = 0;
+    qsizetype points = 0;
     std::vector<MapFeature> features;
     std::vector<MeasuredFeature> results;
     Notes notes;
@@ -197,9 +197,9 @@ private:
     const Surface& m_surface;
 };
 
-int pointsOf(const MapFeature& feature)
+qsizetype pointsOf(const MapFeature& feature)
 {
-    int count = 0;
+    qsizetype count = 0;
     for (const std::vector<Ring>& polygon : feature.polygons) {
         for (const Ring& ring : polygon) {
             count += ring.size();

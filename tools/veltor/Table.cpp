@@ -14,7 +14,7 @@ void Table::print() const
     for (const QStringList& row : m_rows) {
         for (int column = 0; column < row.size(); ++column) {
             int& width = widths[static_cast<std::size_t>(column)];
-            width = std::max(width, row[column].size());
+            width = std::max(width, static_cast<int>(row[column].size()));
         }
     }
     bool isHead = hasColours();

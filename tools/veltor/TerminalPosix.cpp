@@ -2,6 +2,8 @@
 
 #include "Terminal.h"
 
+#include <QTextCodec>
+
 #include <cerrno>
 #include <clocale>
 #include <csignal>
@@ -34,6 +36,8 @@ void prepareStreams()
             static_cast<void>(::open("/dev/null", modes[descriptor]));
         }
     }
+    // Names are bytes, and almost always UTF-8, also where the locale says ASCII.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 }
 
 bool isTerminal(std::FILE* stream)

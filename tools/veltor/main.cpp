@@ -11,7 +11,7 @@
 #include <veltor/Version.h>
 #include <veltor/logging/Logger.h>
 
-#include <QtCore/QTextCodec>
+#include <QtCore/QCoreApplication>
 
 #include <algorithm>
 #include <iterator>
@@ -131,10 +131,6 @@ int main(int argc, char** argv)
 {
     using namespace veltor::tool;
     terminal::prepareStreams();
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) && !defined(Q_OS_WIN)
-    // Names are bytes, and almost always UTF-8, also where the locale says ASCII.
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-#endif
     const QCoreApplication application(argc, argv);
     prepareInterrupt();
     prepareLanguage();

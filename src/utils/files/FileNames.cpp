@@ -1,6 +1,7 @@
 // Suffixes and safe names.
 #include <veltor/utils/FileNames.h>
 
+#include "base/QtDifferences.h"
 #include "platform/FileRules.h"
 #include "utils/files/NativeText.h"
 
@@ -14,10 +15,10 @@ namespace {
 
 constexpr int LeastBytes = 20; // its half is enough for the longest device's name with a mark behind it
 
-int nameBegin(const QString& path)
+base::Length nameBegin(const QString& path)
 {
 #ifdef Q_OS_WIN
-    const int drive = path.size() > 1 && path[1] == QLatin1Char(':') ? 1 : -1;
+    const base::Length drive = path.size() > 1 && path[1] == QLatin1Char(':') ? 1 : -1;
     return 1 + std::max({path.lastIndexOf(QLatin1Char('/')), path.lastIndexOf(QLatin1Char('\\')), drive});
 #else
     return 1 + path.lastIndexOf(QLatin1Char('/'));
@@ -44,15 +45,15 @@ bool belongTogether(const QString& inner, const QString& outer)
 }
 
 /// Where the dot of the suffix stands; the path's length when there is none.
-int suffixDot(const QString& path)
+base::Length suffixDot(const QString& path)
 {
-    const int begin = nameBegin(path);
-    const int dot = path.lastIndexOf(QLatin1Char('.'));
+    const base::Length begin = nameBegin(path);
+    const base::Length dot = path.lastIndexOf(QLatin1Char('.'));
     if (dot <= begin || dot == path.size() - 1 ||
         path.mid(begin, dot - begin).count(QLatin1Char('.')) == dot - begin) {
         return path.size();
     }
-    const int before = path.lastIndexOf(QLatin1Char('.'), dot - 1);
+    const base::Length before = path.lastIndexOf(QLatin1Char('.'), dot - 1);
     if (before > begin && before < dot - 1 &&
         belongTogether(path.mid(before + 1, dot - before - 1), path.mid(dot + 1))) {
         return before;
@@ -98,8 +99,8 @@ QString withoutForbidden(const QString& text, QChar replacement)
 /// Blanks around a name, and dots at its end.
 QString trimmedName(const QString& name)
 {
-    int begin = 0;
-    int end = name.size();
+    base::Length begin = 0;
+    base::Length end = name.size();
     while (end > 0 && (name[end - 1].isSpace() || name[end - 1] == QLatin1Char('.'))) {
         --end;
     }
@@ -115,13 +116,13 @@ QString notReserved(const QString& name, QChar mark)
     if (!isReservedFileName(name)) {
         return name;
     }
-    const int dot = name.indexOf(QLatin1Char('.'));
-    const int stem = dot < 0 ? name.size() : dot;
+    const base::Length dot = name.indexOf(QLatin1Char('.'));
+    const base::Length stem = dot < 0 ? name.size() : dot;
     return name.left(stem).trimmed() + mark + name.mid(stem);
 }
 
 /// The longest beginning of at most so many bytes.
-QString cut(const QString& text, int bytes)
+QString cut(const QString& text, base::Length bytes)
 {
     int size = 0;
     int end = 0;

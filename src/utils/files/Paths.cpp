@@ -40,7 +40,7 @@ QStringList parts(const QString& path)
 
 int commonParts(const QStringList& a, const QStringList& b)
 {
-    const int most = std::min(a.size(), b.size());
+    const auto most = static_cast<int>(std::min(a.size(), b.size()));
     int count = 0;
     while (count < most && a[count].compare(b[count], NameCase) == 0) {
         ++count;

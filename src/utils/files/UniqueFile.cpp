@@ -1,6 +1,7 @@
 // Names that nobody else has: tried by calls that fail for what exists.
 #include <veltor/utils/UniqueFile.h>
 
+#include "base/QtDifferences.h"
 #include "platform/FolderLock.h"
 #include "utils/files/NativeText.h"
 
@@ -26,11 +27,11 @@ QString numbered(const QString& path, quint32 number)
     const QString mark = QStringLiteral(" (%1)").arg(number) + suffix;
     SafeNameRules rules;
     rules.keepSuffix = false;
-    rules.longestBytes -= mark.toUtf8().size();
+    rules.longestBytes -= static_cast<int>(mark.toUtf8().size());
     const QString stem = withoutFileSuffix(info.fileName());
     // A name that fits stays as the caller wants it, even if another system would not take it.
     const QString shortened = stem.toUtf8().size() > rules.longestBytes ? safeFileName(stem, rules) : stem;
-    const int folder = path.size() - info.fileName().size();
+    const base::Length folder = path.size() - info.fileName().size();
     return path.left(folder) + shortened + mark;
 }
 

@@ -25,7 +25,7 @@ constexpr int RecordHeadSize = 18;
 constexpr char Head[] = "\xd6\xa2\xf0\xc1\x0e\x5b\x7a\x4f\x9d\x43\x6a\x8e\x0f\x21\xb7\xc4";
 constexpr int HeadSize = sizeof(Head) - 1;
 
-quint32 checksumOf(const char* record, int size)
+quint32 checksumOf(const char* record, qsizetype size)
 {
     return crc32c(0, record + KindAt, static_cast<std::size_t>(size - KindAt));
 }
