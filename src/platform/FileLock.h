@@ -17,9 +17,9 @@ struct LockAnswer
     std::int64_t owner = 0; ///< the process that has it when busy; 0 when the system does not tell
 };
 
-/// Takes the exclusive lock of a file, or of a folder where that can be opened, without waiting. It belongs to
-/// this opening and ends with unlockFile(), or with the process. A child of fork() has no part in it: there
-/// the descriptor leads to nothing any more. Advisory: it hinders nobody who does not ask.
+/// Takes the exclusive lock of a file, or of a folder where that can be opened, without waiting. It belongs
+/// to this opening and ends with unlockFile(), or with the process. A child of fork() has no part in it:
+/// there the descriptor leads to nothing any more. Advisory: it hinders nobody who does not ask.
 LockAnswer lockFile(int fd);
 
 /// Gives the lock back; in a child of fork() does nothing. To be called before the descriptor is closed: its
