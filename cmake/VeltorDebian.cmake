@@ -4,7 +4,7 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "veltor-utils developers <veltor-utils@example.org>")
 set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
 set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL runtime development tools)
+set(CPACK_COMPONENTS_ALL runtime development tools documentation)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -44,6 +44,14 @@ set(CPACK_DEBIAN_TOOLS_DESCRIPTION "command-line tool of the veltor-utils librar
 The command veltor settles rollback journals that a killed program left
 behind, measures GeoJSON files, and compares distance formulas.")
 
+set(package_documentation veltor-utils-doc)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_DOCUMENTATION_DESCRIPTION "general utility library for geographic applications (documentation)
+${about}
+.
+This package holds the reference, the guides and the examples.")
+
 find_program(GZIP gzip REQUIRED)
 function(veltor_gzip from to)
   execute_process(COMMAND "${GZIP}" -9nc "${from}" OUTPUT_FILE "${to}" COMMAND_ERROR_IS_FATAL ANY)
@@ -69,6 +77,15 @@ foreach(component ${CPACK_COMPONENTS_ALL})
   install(FILES "${debian_dir}/copyright" "${made_dir}/changelog.gz" "${made_dir}/changelog.Debian.gz"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${package_${component}}" COMPONENT ${component})
 endforeach()
+if(TARGET reference)
+  set(doc_dir "${CMAKE_INSTALL_DATADIR}/doc/${package_documentation}")
+  install(DIRECTORY "${PROJECT_BINARY_DIR}/reference/html" DESTINATION "${doc_dir}" COMPONENT documentation)
+  install(DIRECTORY docs/ DESTINATION "${doc_dir}" COMPONENT documentation
+    FILES_MATCHING PATTERN "*.md" PATTERN "images/*" PATTERN reference EXCLUDE PATTERN site EXCLUDE)
+  install(DIRECTORY examples DESTINATION "${doc_dir}" COMPONENT documentation)
+else()
+  message(FATAL_ERROR "Doxygen is needed for the package of the documentation: tools/setup.sh package")
+endif()
 install(FILES "${made_dir}/veltor.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
 
 set(CPACK_POST_BUILD_SCRIPTS "${debian_dir}/drop-ldconfig-scripts.cmake")
