@@ -77,15 +77,9 @@ foreach(component ${CPACK_COMPONENTS_ALL})
   install(FILES "${debian_dir}/copyright" "${made_dir}/changelog.gz" "${made_dir}/changelog.Debian.gz"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${package_${component}}" COMPONENT ${component})
 endforeach()
-if(TARGET reference)
-  set(doc_dir "${CMAKE_INSTALL_DATADIR}/doc/${package_documentation}")
-  install(DIRECTORY "${PROJECT_BINARY_DIR}/reference/html" DESTINATION "${doc_dir}" COMPONENT documentation)
-  install(DIRECTORY docs/ DESTINATION "${doc_dir}" COMPONENT documentation
-    FILES_MATCHING PATTERN "*.md" PATTERN "images/*" PATTERN reference EXCLUDE PATTERN site EXCLUDE)
-  install(DIRECTORY examples DESTINATION "${doc_dir}" COMPONENT documentation)
-else()
-  message(FATAL_ERROR "Doxygen is needed for the package of the documentation: tools/setup.sh package")
-endif()
+set(doc_dir "${CMAKE_INSTALL_DATADIR}/doc/${package_documentation}")
+install(DIRECTORY "${PROJECT_BINARY_DIR}/docs/site/" DESTINATION "${doc_dir}/html" COMPONENT documentation) # target docs
+install(DIRECTORY examples DESTINATION "${doc_dir}" COMPONENT documentation)
 install(FILES "${made_dir}/veltor.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
 
 set(CPACK_POST_BUILD_SCRIPTS "${debian_dir}/drop-ldconfig-scripts.cmake")

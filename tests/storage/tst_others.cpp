@@ -166,6 +166,8 @@ TEST_F(Others, AForkedChildHasNoPartInATransaction)
         GTEST_SKIP() << "no fork here";
     }
     EXPECT_EQ(undone, 0);
+    forked([&] { return owner.commit() ? 1 : 0; });
+    EXPECT_TRUE(QFile::exists(journal())) << "a child has ended its parent's transaction";
     EXPECT_EQ(read("a"), "newa");
     EXPECT_TRUE(owner.rollback());
     EXPECT_EQ(read("a"), "aaaa");

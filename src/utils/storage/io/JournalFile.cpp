@@ -121,9 +121,11 @@ JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByte
         const DeviceIo io(*device);
         emptied = device->isWritable() && io.resize(0);
         reason = io.reason();
-        if (const auto status = io.status()) {
-            ours = platform::names(native, status->identity);
-            otherNames = status->names > 1;
+        platform::FileStatus status; // asked anew: in a child of fork() the descriptor leads to nothing
+        const int descriptor = nativeDescriptor(*device);
+        if (descriptor >= 0 && platform::fileIo().status(descriptor, status)) {
+            ours = platform::names(native, status.identity);
+            otherNames = status.names > 1;
         }
         if (sync && emptied && otherNames) {
             synced = io.sync();
