@@ -167,7 +167,7 @@ TEST_F(Others, AForkedChildHasNoPartInATransaction)
     }
     EXPECT_EQ(undone, 0);
     forked([&] { return owner.commit() ? 1 : 0; });
-    EXPECT_TRUE(QFile::exists(journal())) << "a child has ended its parent's transaction";
+    EXPECT_TRUE(QFile::exists(path("journal"))) << "a child has ended its parent's transaction";
     EXPECT_EQ(read("a"), "newa");
     EXPECT_TRUE(owner.rollback());
     EXPECT_EQ(read("a"), "aaaa");
