@@ -56,6 +56,9 @@ else()
   if(VELTOR_SANITIZE)
     add_compile_options(-fsanitize=${VELTOR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${VELTOR_SANITIZE})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      add_compile_options(-Wno-maybe-uninitialized) # which takes the sanitizers' code for uses
+    endif()
   endif()
   if(NOT VELTOR_SANITIZE AND NOT APPLE)
     add_link_options(-Wl,--no-undefined) # the Python bridge must not refer to an interpreter by name
