@@ -140,12 +140,11 @@ QString CellText::otherText(const QVariant& value)
     default:
         break;
     }
-    QVariant text = value;
-    if (!text.canConvert<QString>()) {
+    if (!value.canConvert<QString>()) {
         ++m_untold;
         return {};
     }
-    return text.toString();
+    return value.toString();
 }
 
 CellText::Result CellText::of(const QModelIndex& index, const QVariant& value)
