@@ -116,7 +116,7 @@ public:
     {
 #ifndef Q_OS_WIN // where the system also says how a name is spelled
         const QString name = file.fileName();
-        const QString path = inDirectory + name;
+        QString path = inDirectory + name;
         if (file.absoluteFilePath() == path && platform::isRegular(io::nativePath(path))) {
             return path;
         }
