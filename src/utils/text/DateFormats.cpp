@@ -138,7 +138,7 @@ QString DateFormats::toText(const QDate& date) const
         return {};
     }
     for (const DatePattern& pattern : m_private->patterns) {
-        const QString text = m_private->locale.toString(date, pattern.format());
+        QString text = m_private->locale.toString(date, pattern.format());
         std::vector<QDate> dates;
         pattern.read(bareDateText(text), m_private->names, m_private->firstYear, dates);
         if (std::find(dates.begin(), dates.end(), date) != dates.end()) {

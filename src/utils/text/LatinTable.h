@@ -7,7 +7,7 @@
 namespace veltor::utils {
 
 /// A small Cyrillic letter in the standards.
-struct LatinRow
+struct LatinRow // NOLINT(clang-analyzer-optin.performance.Padding): in the order in which people read it
 {
     char16_t letter;
     std::u16string_view latin[3]; ///< by LatinStandard; of ISO 9 decomposed; empty in one: written as nothing
