@@ -79,7 +79,7 @@ TEST_F(JournalTool, DoesWhatTheTableSays)
         if (row[0].trimmed() == u("link")) {
             continue;
         }
-        row[4].replace(u("(process {pid})"), u("by another program"));
+        row[4].replace(u("(process {pid}"), u("by another program"));
 #endif
         for (QString& cell : row) {
             cell = cell.trimmed().replace(u("{pid}"), QString::number(QCoreApplication::applicationPid()));
