@@ -14,7 +14,7 @@ namespace {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr int RecoveryStride = 7;
 #elif defined(Q_OS_WIN)
-constexpr int RecoveryStride = 29; // slow where Windows is emulated
+constexpr int RecoveryStride = 97; // slow where Windows is emulated
 #else
 constexpr int RecoveryStride = 3;
 #endif
@@ -164,12 +164,16 @@ TEST_P(Fault, AnOperationThatFailsFailsTheTransactionWhichRollsBack)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Storage, Fault, testing::Values(Path::Native, Path::Generic, Path::Spare),
-                         [](const auto& row) {
-                             return row.param == Path::Native    ? std::string("Native")
-                                    : row.param == Path::Generic ? std::string("Generic")
-                                                                 : std::string("Spare");
-                         });
+#ifdef Q_OS_WIN // where no spare is kept
+constexpr Path paths[] = {Path::Native, Path::Generic};
+#else
+constexpr Path paths[] = {Path::Native, Path::Generic, Path::Spare};
+#endif
+INSTANTIATE_TEST_SUITE_P(Storage, Fault, testing::ValuesIn(paths), [](const auto& row) {
+    return row.param == Path::Native    ? std::string("Native")
+           : row.param == Path::Generic ? std::string("Generic")
+                                        : std::string("Spare");
+});
 
 } // namespace
 } // namespace veltor::test
