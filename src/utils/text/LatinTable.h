@@ -15,7 +15,7 @@ struct LatinRow // NOLINT(clang-analyzer-optin.performance.Padding): in the orde
 };
 
 /// All letters. ISO 9:1995, table 1, without the letters of languages that are not Slavic; GOST 7.79-2000,
-/// table 3, column Russian; ICAO Doc 9303, part 3, section 6.
+/// table 3, column Russian; ICAO Doc 9303-3, section 6.
 inline constexpr LatinRow latinRows[] = {
     {u'а', {u"a", u"a", u"a"}},
     {u'б', {u"b", u"b", u"b"}},
