@@ -13,9 +13,7 @@
 #include <QtCore/QStringList>
 
 #include <algorithm>
-#include <filesystem>
 #include <string>
-#include <system_error>
 #include <vector>
 
 using namespace veltor::benchmarks;
@@ -24,7 +22,8 @@ using namespace veltor::utils;
 namespace {
 
 /// A journal of blocks of 4 KiB, as a killed process leaves it, with those of all its files in turn.
-/// Written once, and linked to the name it is rolled back by as often as needed.
+/// Written once, and copied to the name it is rolled back by as often as needed: a second name of the same file would
+/// leave no journal behind.
 class LeftJournal
 {
 public:
@@ -32,6 +31,7 @@ public:
         : m_kept(workFile(QStringLiteral("kept%1").arg(files)))
         , m_name(workFile(QStringLiteral("left%1.rollback").arg(files)))
         , m_pagesPerFile(pagesPerFile)
+        , m_blocks(files * blocksPerFile)
     {
         RollbackFile journal;
         journal.openByName(QFileInfo(m_kept), QIODevice::WriteOnly);
@@ -49,15 +49,22 @@ public:
                 m_made = journal.addBlock(key, position, PageSize) && m_made;
             }
         }
+        journal.close();
         m_size = QFileInfo(m_kept).size();
     }
 
-    bool link()
+    bool copy()
     {
-        std::error_code error;
-        std::filesystem::remove(m_name.toStdString(), error);
-        std::filesystem::create_hard_link(m_kept.toStdString(), m_name.toStdString(), error);
-        return m_made && !error;
+        m_copy.close();
+        QFile::remove(m_name);
+        return m_made && QFile::copy(m_kept, m_name);
+    }
+
+    /// Copied, and held open, so that who deletes the copy does not wait until its space is free.
+    bool copyAndHold()
+    {
+        m_copy.setFileName(m_name);
+        return copy() && m_copy.open(QIODevice::ReadOnly);
     }
 
     /// Spoils the first page that the files have, and the length of the last.
@@ -84,20 +91,24 @@ public:
     }
 
     [[nodiscard]] const QString& name() const { return m_name; }
+    [[nodiscard]] const QString& keptName() const { return m_kept; }
     [[nodiscard]] qint64 size() const { return m_size; }
+    [[nodiscard]] qint64 blocks() const { return m_blocks; }
 
 private:
     QString m_kept;
     QString m_name;
+    QFile m_copy;
     QStringList m_files;
     qint64 m_pagesPerFile;
+    qint64 m_blocks;
     qint64 m_size = 0;
     bool m_made = false;
 };
 
 void openJournal(benchmark::State& state, LeftJournal& left)
 {
-    bool done = left.link();
+    bool done = left.copy();
     for ([[maybe_unused]] auto _ : state) {
         RollbackFile journal;
         done = journal.openByName(QFileInfo(left.name()), QIODevice::ReadWrite) && done;
@@ -112,7 +123,7 @@ void rollBack(benchmark::State& state, LeftJournal& left)
     for ([[maybe_unused]] auto _ : state) {
         state.PauseTiming();
         RollbackFile journal;
-        bool done = left.link() && journal.openByName(QFileInfo(left.name()), QIODevice::ReadWrite);
+        bool done = left.copyAndHold() && journal.openByName(QFileInfo(left.name()), QIODevice::ReadWrite);
         left.spoil();
         state.ResumeTiming();
         done = journal.rollback() && done;
@@ -129,9 +140,8 @@ void readJournal(benchmark::State& state, LeftJournal& left, bool checksummed)
 {
     std::vector<char> piece(64 * 1024);
     qint64 total = 0;
-    left.link();
     for ([[maybe_unused]] auto _ : state) {
-        QFile file(left.name());
+        QFile file(left.keptName());
         file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
         for (qint64 got = 0; (got = file.read(piece.data(), static_cast<qint64>(piece.size()))) > 0;) {
             total += got;
@@ -163,6 +173,7 @@ void addReading(const std::string& name, Run run, More... more)
             LeftJournal& left = leftJournal(manyFiles);
             run(state, left, more...);
             state.SetBytesProcessed(state.iterations() * left.size());
+            state.SetItemsProcessed(state.iterations() * left.blocks());
         };
         const std::string full = name + (manyFiles ? "/files:64" : "/files:1");
         benchmark::RegisterBenchmark(full.c_str(), measure)->Unit(benchmark::kMillisecond);
