@@ -22,8 +22,8 @@ using namespace veltor::utils;
 namespace {
 
 /// A journal of blocks of 4 KiB, as a killed process leaves it, with those of all its files in turn.
-/// Written once, and copied to the name it is rolled back by as often as needed: a second name of the same file would
-/// leave no journal behind.
+/// Written once, and copied to the name it is rolled back by as often as needed: a second name of the same
+/// file would leave no journal behind.
 class LeftJournal
 {
 public:

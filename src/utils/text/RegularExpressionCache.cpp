@@ -2,6 +2,7 @@
 
 #include <veltor/utils/RegularExpressionCache.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <list>
@@ -17,13 +18,37 @@ constexpr unsigned defaultLimit = 1024;
 constexpr std::size_t slotCount = 8;
 constexpr std::size_t cacheLine = 64;
 
+/// The slot of a thread from its first look-up to its end: the one that the fewest have. Two that begin at
+/// the same time may get the same.
+class SlotOfThread
+{
+public:
+    SlotOfThread()
+        : m_threads(*std::min_element(s_threads.begin(), s_threads.end()))
+    {
+        ++m_threads;
+    }
+    ~SlotOfThread() { --m_threads; }
+    SlotOfThread(const SlotOfThread&) = delete;
+    SlotOfThread& operator=(const SlotOfThread&) = delete;
+
+    [[nodiscard]] std::size_t number() const
+    {
+        return static_cast<std::size_t>(&m_threads - s_threads.data());
+    }
+
+private:
+    // Without a destructor: threads may end later than the process.
+    static inline std::array<std::atomic<int>, slotCount> s_threads = {};
+    std::atomic<int>& m_threads;
+};
+
 /// What threads that only look up would otherwise fight for exists once a slot: with one counter for all,
 /// two of them spend most of their time on passing it to and fro.
 std::size_t slotOfThisThread()
 {
-    static std::atomic<std::size_t> threads = {0};
-    thread_local const std::size_t slot = threads.fetch_add(1, std::memory_order_relaxed) % slotCount;
-    return slot;
+    thread_local const SlotOfThread slot;
+    return slot.number();
 }
 
 /// A read-write lock whose readers do not meet: each thread takes the mutex of its slot, a writer takes
