@@ -33,6 +33,7 @@ add_custom_target(docs ${all}
   COMMAND "${CMAKE_COMMAND}" -E rm -rf "${PROJECT_BINARY_DIR}/docs/site"
   COMMAND Doxygen::doxygen "${PROJECT_BINARY_DIR}/docs/Doxyfile"
   COMMAND "${VELTOR_DOCS_PYTHON}" docs/site/search_words.py "${PROJECT_BINARY_DIR}/docs/site"
+  COMMAND "${VELTOR_DOCS_PYTHON}" docs/site/labels.py "${PROJECT_BINARY_DIR}/docs/site"
   WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
   COMMENT "Documentation: ${PROJECT_BINARY_DIR}/docs/site/index.html"
   VERBATIM)

@@ -80,11 +80,13 @@ stage() {
   say "$name: $((SECONDS - begin)) s"
 }
 
+# What is half made when a run ends goes; of a killed one it goes at the next.
 begin() {
   mkdir -p "$work"
   exec 9>"$cache/lock"
   flock 9
   : >"$log"
+  trap 'rm -rf --one-file-system "$work"/*.new; find "$work" -type d -empty -delete 2>/dev/null || true' EXIT
 }
 
 finish() {

@@ -1,10 +1,12 @@
-"""Recipe for Conan 2: conan create packaging/conan. It builds the checkout that it lies in."""
+"""Recipe for Conan 2: conan create packaging/conan. It builds the checkout that it lies in. Not run by Conan yet;
+docs/platforms.md tells what was tried."""
 import os
 import re
 
 from conan import ConanFile
 from conan.tools.cmake import CMake, CMakeDeps, CMakeToolchain, cmake_layout
 from conan.tools.files import copy, load
+from conan.tools.gnu import PkgConfigDeps
 
 
 class VeltorUtils(ConanFile):
@@ -13,7 +15,7 @@ class VeltorUtils(ConanFile):
     license = "MIT"
     settings = "os", "compiler", "build_type", "arch"
     options = {"shared": [True, False]}
-    default_options = {"shared": True, "qt/*:shared": True}
+    default_options = {"shared": True, "qt/*:shared": True, "qt/*:qttools": True}  # of which lrelease is
 
     @property
     def _checkout(self):
@@ -25,7 +27,7 @@ class VeltorUtils(ConanFile):
         self.version = ".".join(numbers)
 
     def export_sources(self):
-        for folder in ("cmake", "include", "packaging", "src", "tools", "translations"):
+        for folder in ("cmake", "docs", "include", "packaging", "src", "tools", "translations"):
             copy(self, folder + "/*", self._checkout, self.export_sources_folder)
         for file in ("CMakeLists.txt", "LICENSE", "CHANGELOG.md"):
             copy(self, file, self._checkout, self.export_sources_folder)
@@ -37,11 +39,17 @@ class VeltorUtils(ConanFile):
         if self.settings.os == "Linux":
             self.requires("elfutils/[>=0.188]")
 
+    def build_requirements(self):
+        if self.settings.os == "Linux":
+            self.tool_requires("pkgconf/[>=2]")  # which finds libdw
+
     def layout(self):
         cmake_layout(self)
 
     def generate(self):
         CMakeDeps(self).generate()
+        if self.settings.os == "Linux":
+            PkgConfigDeps(self).generate()
         toolchain = CMakeToolchain(self)
         toolchain.cache_variables.update({"BUILD_TESTING": False, "VELTOR_PYTHON": False,
                                           "BUILD_SHARED_LIBS": bool(self.options.shared)})
@@ -58,5 +66,8 @@ class VeltorUtils(ConanFile):
 
     def package_info(self):
         self.cpp_info.libs = ["veltor-utils"]
+        if not self.options.shared:
+            self.cpp_info.defines = ["VELTOR_UTILS_STATIC_DEFINE"]
+            self.cpp_info.system_libs = ["pthread", "dl"] if self.settings.os == "Linux" else ["dbghelp"]
         self.cpp_info.set_property("cmake_file_name", "veltor-utils")
         self.cpp_info.set_property("cmake_target_name", "veltor::utils")
