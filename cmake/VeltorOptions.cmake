@@ -60,6 +60,10 @@ else()
       add_compile_options(-Wno-maybe-uninitialized) # which takes the sanitizers' code for uses
     endif()
   endif()
+  if(VELTOR_FUZZERS)
+    add_compile_options(-fsanitize=fuzzer-no-link) # all code tells its branches to the fuzzer that runs it
+    add_link_options(-fsanitize=fuzzer-no-link)
+  endif()
   if(NOT VELTOR_SANITIZE AND NOT APPLE)
     add_link_options(-Wl,--no-undefined) # the Python bridge must not refer to an interpreter by name
   endif()

@@ -209,6 +209,22 @@ const Scenario scenarios[] = {
          std::exit(0);
      },
      SIGSEGV, Both, "writeToNowhere"},
+    {"asked meanwhile",
+     [] {
+         static std::atomic<int> rounds{0};
+         logging::setLogSink([asked = pthread_self()](const LogRecord& record) {
+             pthread_kill(asked, SIGTERM);
+             for (const int begin = rounds; rounds < begin + 20;) { // the other thread goes on
+                 std::this_thread::yield();
+             }
+             print(record);
+         });
+         std::thread(writeToNowhere).detach();
+         for (;; ++rounds) {
+             std::this_thread::sleep_for(std::chrono::milliseconds(1));
+         }
+     },
+     SIGSEGV, Both, "writeToNowhere"},
 #ifdef __x86_64__
     {"lost stack", loseStack, SIGSEGV, Both, "loseStack"},
 #endif

@@ -77,6 +77,22 @@ TEST(TotalMem, isThatOfARealMachine)
     EXPECT_GT(memory.free(), MiB);
     EXPECT_LE(memory.free(), memory.available());
     EXPECT_LT(TotalMem::containerLimit(), memory.available());
+#if defined(Q_OS_LINUX)
+    const auto told = [] {
+        QFile file(QStringLiteral("/proc/meminfo"));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        const QString text = QString::fromLatin1(file.readAll());
+        const QRegularExpression line(test::u("\nMemAvailable: +(\\d+)"));
+        return line.match(text).captured(1).toULongLong() * KiB;
+    };
+    bool isSame = false;
+    for (int i = 0; i < 1000 && !isSame; ++i) { // until nothing changes meanwhile
+        const quint64 before = told();
+        const quint64 free = TotalMem().free();
+        isSame = before == free || told() == free;
+    }
+    EXPECT_TRUE(isSame);
+#endif
 }
 
 #if defined(Q_OS_LINUX)
@@ -124,12 +140,36 @@ TEST(TotalMem, heapFollowsWhatIsAllocated)
     EXPECT_GE(during.used, before.used + 64 * MiB + 4000 * 1000);
     EXPECT_EQ(during.allocations, before.allocations + 1);
     EXPECT_GE(during.regions, during.heaps);
+    // What has no mapping of its own lies in the regions, in use or free.
+    const auto mapped = [](const platform::HeapStatistics& s) { return s.used + s.free - s.regionCommitted; };
+    EXPECT_EQ((mapped(during) - mapped(before)) / MiB, 64U);
     for (std::size_t i = 0; i < small.size(); i += 2) {
         small[i].reset();
     }
     const auto after = platform::heapStatistics();
     EXPECT_GE(after.freeBlocks, during.freeBlocks + 1900);
     EXPECT_GE(after.free, during.free + 1900 * 1000);
+    std::thread([&after] { // has a heap of its own, which gives back what is freed
+        {
+            std::vector<std::unique_ptr<char[]>> blocks(4000);
+            for (auto& block : blocks) {
+                block = std::make_unique<char[]>(1000);
+            }
+        }
+        const auto other = platform::heapStatistics();
+        EXPECT_EQ(other.heaps, after.heaps + 1);
+        EXPECT_EQ(other.uncommittedRanges, after.uncommittedRanges + 1);
+        EXPECT_GE(other.uncommitted, after.uncommitted + MiB);
+        EXPECT_EQ(other.regionUncommitted, other.uncommitted);
+        const QStringList words = TotalMem().heap().split(QRegularExpression(test::u("\\D+")), Qt::SkipEmptyParts);
+        const quint64 expected[] = {other.heaps,       other.regions,     other.regionCommitted,
+                                    other.uncommitted, other.allocations, other.used,
+                                    other.overhead,    1,                 other.uncommitted,
+                                    other.freeBlocks,  other.free};
+        for (int i = 0; i < 11; ++i) {
+            EXPECT_NEAR(words.value(i).toDouble(), double(expected[i]), double(expected[i]) / 20 + 0.5) << i;
+        }
+    }).join();
 }
 #endif
 

@@ -44,6 +44,7 @@ TEST(Area, OfTooFewPoints)
 {
     const auto none = std::make_pair(0.0, 0.0);
     for (const Ring& ring : {Ring{}, Ring{{10, 20}}}) {
+        EXPECT_EQ(std::make_pair(determinant(ring), cartesianPolygonArea(ring)), none);
         EXPECT_EQ(cartesianPolygonAreaPerimeter(ring), none);
         EXPECT_EQ(sphericalPolygonAreaPerimeter(ring, a), none);
         EXPECT_EQ(ellipsoidPolygonAreaPerimeter(ring, a, rf), none);

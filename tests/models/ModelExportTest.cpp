@@ -2,6 +2,7 @@
 #include <veltor/utils/ItemModelToHtml.h>
 #include <veltor/utils/NumberToText.h>
 
+#include "models/CsvReader.h"
 #include "models/NodeModel.h"
 #include "support/Printers.h"
 #include "support/Text.h"
@@ -30,7 +31,7 @@ using test::Node;
 using test::NodeModel;
 using test::u;
 
-using Table = std::vector<QStringList>;
+using Table = test::CsvTable;
 
 class Random
 {
@@ -75,34 +76,12 @@ private:
     std::mt19937 m_engine;
 };
 
-/// What a reader by the letter of RFC 4180 makes of a text.
-Table readCsv(const QString& text, QChar delimiter, QChar quote, const QString& lineEnd)
+Table linesOf(const QString& text, const CsvRules& rules)
 {
-    Table lines;
-    QStringList fields;
-    for (int at = 0; at < text.size();) {
-        QString field;
-        if (text.at(at) == quote) {
-            for (++at; text.at(at) != quote || text.mid(at + 1, 1) == QString(quote); ++at) {
-                at += text.at(at) == quote ? 1 : 0;
-                field += text.at(at);
-            }
-            ++at;
-        } else {
-            while (text.at(at) != delimiter && text.mid(at, lineEnd.size()) != lineEnd) {
-                field += text.at(at++);
-            }
-        }
-        fields << field;
-        if (text.at(at) == delimiter) {
-            ++at;
-            continue;
-        }
-        EXPECT_EQ(text.mid(at, lineEnd.size()), lineEnd);
-        at += lineEnd.size();
-        lines.push_back(std::exchange(fields, {}));
-    }
-    return lines;
+    const auto lines =
+        test::readCsv(text, rules.delimiter, rules.quote, QString::fromLatin1(rules.lineEnd));
+    EXPECT_TRUE(lines) << text.toStdString();
+    return lines.value_or(Table());
 }
 
 bool means(const QString& field, const QVariant& value)
@@ -153,7 +132,7 @@ TEST(ItemModelToCsv, IsReadBackAsTheModelWas)
             QTextCodec::codecForName(rules.encoding)->toUnicode(bytes.data(), bytes.size(), &state);
         ASSERT_EQ(text.startsWith(QChar(QChar::ByteOrderMark)), rules.mark);
         text.remove(QChar(QChar::ByteOrderMark));
-        Table lines = readCsv(text, rules.delimiter, rules.quote, QString::fromLatin1(rules.lineEnd));
+        Table lines = linesOf(text, rules);
         lines.erase(lines.begin(), lines.begin() + (rules.header ? 1 : 0));
         std::vector<std::pair<int, const Node*>> rows;
         listRows(model.root, 0, rows);
@@ -298,8 +277,7 @@ TEST(ItemModelExport, CopesWithRowsThatComeAndGo)
         const ItemModelReport report = itemModelToCsv(model, buffer, rules);
         ASSERT_TRUE(report.isComplete()) << report.error.toStdString();
         QHash<QString, int> seen;
-        for (const QStringList& line :
-             readCsv(QString::fromUtf8(buffer.data()), rules.delimiter, rules.quote, u("\r\n"))) {
+        for (const QStringList& line : linesOf(QString::fromUtf8(buffer.data()), rules)) {
             ++seen[line[0]];
         }
         for (int i = 1; i <= number; ++i) {

@@ -74,9 +74,11 @@ TEST_F(Bridge, readsThePendingErrorAndConsumesIt)
     EXPECT_NE(text.find("ы\n"), std::string::npos) << text;
     EXPECT_EQ(PyErr_Occurred(), nullptr);
 
+    raise("1 / 0"); // made by the interpreter: a class and a text, no instance yet
+    EXPECT_TRUE(currentError().endsWith(QLatin1String("\nZeroDivisionError: division by zero\n")));
     run("import sys, traceback\ntraceback.format_exception = None");
-    raise("raise ValueError(1)");
-    EXPECT_EQ(currentError(), QStringLiteral("ValueError(1)"));
+    raise("1 / 0");
+    EXPECT_EQ(currentError(), QStringLiteral("ZeroDivisionError('division by zero')"));
     run("sys.modules['traceback'] = None");
     raise("raise ValueError(1)");
     EXPECT_EQ(currentError(), QStringLiteral("pythonError: tracebackModule equals null"));

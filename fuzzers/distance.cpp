@@ -1,19 +1,20 @@
 // Any bytes as lines of positions: split, read and measured by every formula without a crash or a hang.
 
 #include "Coordinates.h"
+#include "Fuzz.h"
 
 #include <veltor/utils/Distance.h>
 
 #include <cmath>
-#include <cstdlib>
 
 using namespace veltor;
+using veltor::fuzz::demand;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
 {
     constexpr double a = 6378137;
     constexpr double rf = 298.257223563;
-    const std::string_view line(reinterpret_cast<const char*>(bytes), size);
+    const std::string_view line = veltor::fuzz::textOf(bytes, size);
     std::vector<std::string_view> words;
     tool::splitWords(line, words);
     for (std::size_t i = 0; i + 4 <= words.size(); i += 4) {
@@ -22,16 +23,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
         if (!from || !to) {
             continue;
         }
-        if (std::fabs(from->y()) > 90 || !std::isfinite(from->x())) {
-            std::abort();
-        }
+        demand(std::fabs(from->y()) <= 90 && std::isfinite(from->x()), "a position is one");
         static_cast<void>(utils::vincentyDistance(*from, *to, a, rf));
         static_cast<void>(utils::lambertDistance(*from, *to, a, rf));
         static_cast<void>(utils::sphericalDistance(*from, *to));
         const double geodesic = utils::backGeodesicProblem(*from, *to, a, rf).first;
-        if (!(geodesic >= 0 && geodesic < 20.1e6) || std::isnan(utils::cartesianDistance(*from, *to))) {
-            std::abort();
-        }
+        demand(geodesic >= 0 && geodesic < 20.1e6, "a distance is one on Earth");
+        demand(!std::isnan(utils::cartesianDistance(*from, *to)), "a distance is a number");
     }
     return 0;
 }

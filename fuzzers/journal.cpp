@@ -1,5 +1,7 @@
 // Any bytes as a journal: opened, shown, repaired and rolled back, without a crash, a hang or an
-// allocation that the bytes themselves decide.
+// allocation that the bytes themselves decide; what is accepted is salvaged as it is.
+
+#include "Fuzz.h"
 
 #include <veltor/logging/Logger.h>
 #include <veltor/utils/RollbackDevice.h>
@@ -8,6 +10,7 @@
 
 namespace {
 
+using veltor::fuzz::demand;
 using veltor::IOPtr;
 using veltor::makeIOPtr;
 using veltor::utils::RollbackDevice;
@@ -57,18 +60,47 @@ protected:
 
 } // namespace
 
+namespace {
+
+bool openBytes(MemoryDevice& device, const uint8_t* bytes, size_t size)
+{
+    auto* const buffer = new QBuffer;
+    buffer->setData(reinterpret_cast<const char*>(bytes), static_cast<int>(size));
+    buffer->open(QIODevice::ReadWrite);
+    return device.open(makeIOPtr(buffer), QIODevice::ReadOnly);
+}
+
+/// What a strict reading accepts, a salvage finds too.
+void checkSalvage(const MemoryDevice& strict, const uint8_t* bytes, size_t size)
+{
+    MemoryDevice salvaged;
+    openBytes(salvaged, bytes, size);
+    salvaged.repair();
+    const auto files = salvaged.protectedFiles();
+    const auto expected = strict.protectedFiles();
+    demand(salvaged.repairedWhole() && files.size() == expected.size(), "a whole journal is salvaged whole");
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        demand(files[i].name == expected[i].name && files[i].size == expected[i].size &&
+                   files[i].blocks == expected[i].blocks && files[i].savedBytes == expected[i].savedBytes,
+               "a salvaged file is the journal's", files[i].name);
+        demand(files[i].savedBytes <= size, "no more is saved than the journal holds", files[i].name);
+    }
+}
+
+} // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
 {
     static const auto quiet = veltor::logging::setLogSink([](const veltor::logging::LogRecord&) {});
     Q_UNUSED(quiet)
-    auto* const buffer = new QBuffer;
-    buffer->setData(reinterpret_cast<const char*>(bytes), static_cast<int>(size));
-    buffer->open(QIODevice::ReadWrite);
     MemoryDevice device;
-    if (!device.open(makeIOPtr(buffer), QIODevice::ReadOnly)) {
+    if (openBytes(device, bytes, size)) {
+        checkSalvage(device, bytes, size);
+    } else {
+        demand(!device.errorString().isEmpty(), "a refusal has its reason");
         device.repair();
     }
-    static_cast<void>(device.protectedFiles());
-    static_cast<void>(device.rollback());
+    const bool restored = device.rollback();
+    demand(!restored || device.protectedFiles().empty(), "what is restored is no longer protected");
     return 0;
 }
