@@ -182,9 +182,17 @@ void endsOfParts()
     EXPECT_EQ(ends, 1);
 }
 
-void cancellationOfManyThatWait()
+/// Some of those that wait live in no thread, for a moment.
+void requestsToManyThatWait()
 {
-    for (const int shortOnes : {0, 600}) {
+    enum class Way
+    {
+        Cancel,
+        Withdraw,
+        Event,
+    };
+    for (const auto& [shortOnes, way] :
+         {std::pair(0, Way::Cancel), {600, Way::Cancel}, {600, Way::Withdraw}, {600, Way::Event}}) {
         TaskThreadPool pool(1);
         QSemaphore reached;
         QSemaphore go;
@@ -199,20 +207,26 @@ void cancellationOfManyThatWait()
         }
         pool.start(new LambdaTask(block));
         std::atomic<int> asked{0};
-        std::vector<std::shared_ptr<TaskProgressHandler>> handlers;
+        std::vector<std::pair<LambdaTask*, std::shared_ptr<TaskProgressHandler>>> tasks;
         for (int i = 0; i < 600; ++i) {
             auto* task = new LambdaTask;
             task->cancelAsked = [&](LambdaTask& t) {
                 ++asked;
                 EXPECT_EQ(t.thread(), pool.thread());
             };
-            handlers.push_back(task->progressHandler());
+            tasks.emplace_back(task, task->progressHandler());
             pool.start(task);
         }
         go.release();
         reached.acquire(); // the second one holds the worker
-        for (const auto& handler : handlers) {
-            handler->cancel();
+        for (const auto& [task, handler] : tasks) {
+            if (way == Way::Event) {
+                QMetaObject::invokeMethod(task, [&] { ++asked; }, Qt::QueuedConnection);
+            } else if (way == Way::Withdraw) {
+                EXPECT_TRUE(pool.cancel(handler));
+            } else {
+                handler->cancel();
+            }
         }
         EXPECT_TRUE(eventually([&] { return asked == 600; })) << asked;
         go.release();
@@ -292,7 +306,7 @@ const std::map<QString, void (*)()> attacks = {
     {QStringLiteral("observers of a continued task"), observersOfAContinuedTask},
     {QStringLiteral("hooks that throw"), hooksThatThrow},
     {QStringLiteral("ends of parts"), endsOfParts},
-    {QStringLiteral("cancellation of many that wait"), cancellationOfManyThatWait},
+    {QStringLiteral("requests to many that wait"), requestsToManyThatWait},
     {QStringLiteral("waits of any length"), waitsOfAnyLength},
     {QStringLiteral("what is on its way"), countsWhatIsOnItsWay},
     {QStringLiteral("what nobody will end"), whatNobodyWillEnd},

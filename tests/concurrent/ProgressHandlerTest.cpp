@@ -146,6 +146,7 @@ TEST(FutureWatcherProgressHandler, ShowsTheWatcher)
     FutureWatcherProgressHandler handler(&watcher);
     EventLog log(handler);
     watcher.setFuture(future.future());
+    EXPECT_FALSE(handler.isRunning() || handler.isFinished());
     future.reportStarted();
     future.setProgressRange(0, 50);
     future.setProgressValue(20);

@@ -9,11 +9,7 @@
 namespace veltor::test {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(Q_OS_WIN)
 constexpr int Rounds = 20;
-#else
-constexpr int Rounds = 60;
-#endif
 
 const Role changes("change", [](const QStringList& arguments) {
     const Workspace files(arguments[0]);

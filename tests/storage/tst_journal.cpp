@@ -47,6 +47,7 @@ TEST(Journal, WholeOnesOfBothLayoutsAreAccepted)
 {
     for (const bool checksums : {true, false}) {
         JournalImage image(checksums);
+        image.damage(u("F1.region=48")); // just behind the header
         image.damage(checksums ? QString() : u("A1+43:1=7")); // nothing can tell
         LogCapture log;
         MemoryDevice device;
@@ -69,12 +70,20 @@ TEST(Journal, WholeOnesOfBothLayoutsAreAccepted)
     }
 }
 
-/// A journal whose device cannot be positioned from some offset on.
+/// A journal whose device cannot be positioned from some offset on, nor read from another.
 class StuckBuffer : public QBuffer
 {
 public:
     qint64 stuckFrom = 0;
+    qint64 unreadableFrom = 0;
     bool seek(qint64 position) override { return position < stuckFrom && QBuffer::seek(position); }
+
+protected:
+    qint64 readData(char* data, qint64 length) override
+    {
+        const qint64 readable = qMin(length, unreadableFrom - pos());
+        return readable > 0 ? QBuffer::readData(data, readable) : -1;
+    }
 };
 
 TEST(Journal, DeviceFaultsAreTold)
@@ -82,20 +91,25 @@ TEST(Journal, DeviceFaultsAreTold)
     JournalImage image;
     image.damage(u("b.nameLength:2=60000"));
     image.bytes += QByteArray(60000, 'n');
-    const auto faultOf = [&](quint64 stuckFrom) {
+    const auto faultOf = [&](quint64 stuckFrom, quint64 unreadableFrom) {
         auto* const buffer = new StuckBuffer;
         buffer->setData(image.bytes);
         buffer->open(QIODevice::ReadWrite);
         buffer->stuckFrom = static_cast<qint64>(stuckFrom);
+        buffer->unreadableFrom = static_cast<qint64>(unreadableFrom);
         LogCapture log;
         MemoryDevice device;
         EXPECT_FALSE(device.open(makeIOPtr(buffer), QIODevice::ReadWrite));
         return log.takeTexts(logging::LogLevel::Error).value(0);
     };
-    EXPECT_EQ(faultOf(0),
+    const quint64 end = image.at(u("end"));
+    EXPECT_EQ(faultOf(0, end),
               image.message(u("Ошибка перехода к смещению 0 (размер файла отката {end}, файл открыт)")));
-    EXPECT_EQ(faultOf(image.at(u("b.name"))),
+    EXPECT_EQ(faultOf(image.at(u("b.name")), end),
               image.message(u("Ошибка позиционирования в файле по смещению {b.name} относительно {b}")));
+    EXPECT_EQ(faultOf(end, image.at(u("A1+44"))),
+              image.message(u("Ошибка чтения данных отката по смещению {A1+40} (должно быть прочитано 15, "
+                              "а прочитано 4)")));
 
     LogCapture log;
     MemoryDevice device;

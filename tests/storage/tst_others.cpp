@@ -13,8 +13,39 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
+
+#if defined(Q_OS_LINUX) && defined(__LP64__)
+#define VELTOR_STUBBORN 1
+#include <sys/syscall.h>
+#include <unistd.h>
+
+// A system whose calls move little at a time, and are interrupted in between.
+static std::atomic<std::size_t> mostAtOnce{SIZE_MAX};
+static std::atomic<int> stubbornCalls{0};
+
+template <typename Bytes>
+static ssize_t moveSome(long call, int fd, Bytes bytes, std::size_t length, off_t position)
+{
+    if (mostAtOnce < SIZE_MAX && ++stubbornCalls % 2 == 0) {
+        errno = EINTR;
+        return -1;
+    }
+    return syscall(call, fd, bytes, std::min<std::size_t>(length, mostAtOnce), position);
+}
+extern "C" Q_DECL_EXPORT ssize_t pread(int fd, void* bytes, std::size_t length, off_t position)
+{
+    return moveSome(SYS_pread64, fd, bytes, length, position);
+}
+extern "C" Q_DECL_EXPORT ssize_t pwrite(int fd, const void* bytes, std::size_t length, off_t position)
+{
+    return moveSome(SYS_pwrite64, fd, bytes, length, position);
+}
+#endif
 
 namespace veltor::test {
 namespace {
@@ -222,7 +253,31 @@ TEST_F(Others, NamesStayBeneathTheJournalWhenTheyAreToldTo)
         QFile().open(opened.fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
 #endif
     }
+    // The journals of two folders, one after the other.
+    RollbackFile file;
+    file.setNameRule(RollbackFile::NameRule::Beneath);
+    EXPECT_TRUE(file.startNew(journal()) && file.openFile(u("b"))->isOpen());
+    EXPECT_TRUE(file.startNew(QFileInfo(path("maps/journal"))) && file.openFile(u("a"))->isOpen());
+    EXPECT_FALSE(file.openFile(u("b"))->isOpen());
 }
+
+#ifdef VELTOR_STUBBORN
+TEST_F(Others, ACallThatMovesLessOrIsInterruptedIsContinued)
+{
+    const QByteArray content("0123456789abc");
+    write("a", content.repeated(700));
+    RollbackFile file;
+    mostAtOnce = 100;
+    const bool changed = change(file, journal(), path("a"), content.repeated(600).toUpper());
+    const QByteArray found = read("a");
+    const bool restored = file.rollback();
+    mostAtOnce = SIZE_MAX;
+    EXPECT_TRUE(changed && restored) << file.errorString().toStdString();
+    EXPECT_TRUE(found == content.repeated(600).toUpper() + content.repeated(100));
+    EXPECT_TRUE(read("a") == content.repeated(700));
+    EXPECT_GT(stubbornCalls, 200);
+}
+#endif
 
 TEST_F(Others, LinksAndStrangersJournalsAreRefused)
 {
