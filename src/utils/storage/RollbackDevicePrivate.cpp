@@ -288,12 +288,12 @@ bool RollbackDevice::Private::reopen(StoredFile& file)
 }
 
 /// Saves a range of any length as blocks of bounded size, one at least. @param size  the file's, at present
-bool RollbackDevice::Private::saveRange(StoredFile& file, quint64 size, quint64 position, quint64 length)
+bool RollbackDevice::Private::saveRange(StoredFile& file, const io::DeviceIo& io, quint64 size,
+                                        quint64 position, quint64 length)
 {
     if (!canAppend()) {
         return false;
     }
-    const io::DeviceIo io(*file.device());
     const bool saved = forEachPiece(size, position, length, [&](quint64 from, quint32 piece) {
         const journal::JournalWriter::Save save{&file.chain, &io, {size, from, piece}};
         return writer->appendBlocks(&save, &save + 1) || failSaving(file.name());
@@ -305,7 +305,7 @@ bool RollbackDevice::Private::saveRange(StoredFile& file, quint64 size, quint64 
 /// What was saved is on the disk, where that is wanted.
 bool RollbackDevice::Private::passBarrier()
 {
-    return barriers.beforeChange(io::DeviceIo(*journal)) || failJournal(barriers.fault());
+    return !barriers.areOn() || barriers.beforeChange(io::DeviceIo(*journal)) || failJournal(barriers.fault());
 }
 
 /// @param name  of the file that was being read
@@ -331,8 +331,9 @@ std::optional<quint64> RollbackDevice::Private::sizeOf(const StoredFile& file, c
 
 bool RollbackDevice::Private::save(StoredFile& file, quint64 position, quint64 length)
 {
-    const auto size = sizeOf(file, io::DeviceIo(*file.device()));
-    return size && saveRange(file, *size, position, length);
+    const io::DeviceIo io(*file.device());
+    const auto size = sizeOf(file, io);
+    return size && saveRange(file, io, *size, position, length);
 }
 
 bool RollbackDevice::Private::write(StoredFile& file, const QByteArray& data)
@@ -340,7 +341,7 @@ bool RollbackDevice::Private::write(StoredFile& file, const QByteArray& data)
     const io::DeviceIo io(*file.device());
     const auto position = static_cast<quint64>(io.pos());
     const auto size = sizeOf(file, io);
-    if (!size || !saveRange(file, *size, position, static_cast<quint64>(data.size())) || !passBarrier()) {
+    if (!size || !saveRange(file, io, *size, position, static_cast<quint64>(data.size())) || !passBarrier()) {
         static_cast<void>(io.seek(static_cast<qint64>(position)));
         return false;
     }
@@ -361,7 +362,7 @@ bool RollbackDevice::Private::resize(StoredFile& file, quint64 size)
     }
     const qint64 position = io.pos();
     const quint64 from = std::min(size, *oldSize);
-    if (!saveRange(file, *oldSize, from, *oldSize - from) || !passBarrier()) {
+    if (!saveRange(file, io, *oldSize, from, *oldSize - from) || !passBarrier()) {
         static_cast<void>(io.seek(position));
         return false;
     }

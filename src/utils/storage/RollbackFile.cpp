@@ -131,7 +131,11 @@ public:
             const QString directory = journal.absoluteDir().canonicalPath();
             const bool slash = directory.isEmpty() || directory.endsWith(QLatin1Char('/'));
             inDirectory = slash ? directory : directory + QLatin1Char('/');
+#ifdef Q_OS_WIN // where names have several spellings
             journalPath = resolved(QFileInfo(journal.absoluteFilePath()));
+#else
+            journalPath = inDirectory + journal.fileName(); // which is never a link
+#endif
         }
     }
 

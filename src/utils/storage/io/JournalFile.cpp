@@ -72,6 +72,23 @@ OpenedJournal openUnlocked(const QString& path, const JournalOpening& opening)
     return journal;
 }
 
+/// What the system says of a journal's file now; after a fork the descriptor leads to nothing.
+bool askStatus(QIODevice& device, platform::FileStatus& status)
+{
+    const int descriptor = nativeDescriptor(device);
+    return descriptor >= 0 && platform::fileIo().status(descriptor, status);
+}
+
+/// Removes the journal's name if it is the file's only one: a single step after which there is no journal,
+/// whatever it holds. False when there may still be one, under this name or another.
+bool removeOnlyName(const platform::NativePath& path, QIODevice& device)
+{
+    platform::FileStatus status;
+    return platform::RemovesOpenFiles && askStatus(device, status) && status.names == 1 &&
+           platform::names(path, status.identity) && platform::fileIo().removeName(path) == 0 &&
+           askStatus(device, status) && status.names == 0; // nobody gave it a second one meanwhile
+}
+
 } // namespace
 
 OpenedJournal openJournal(const QString& path, JournalOpening opening)
@@ -112,6 +129,9 @@ OpenedJournal openJournal(const QString& path, JournalOpening opening)
 JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByteArray& empty, bool sync)
 {
     const platform::NativePath native = nativePath(path);
+    if (device && device->isOpen() && removeOnlyName(native, *device)) {
+        return {true, false, {}};
+    }
     bool emptied = false;
     bool ours = true;
     bool otherNames = false;
@@ -121,11 +141,10 @@ JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByte
         const DeviceIo io(*device);
         emptied = device->isWritable() && io.resize(0);
         reason = io.reason();
-        platform::FileStatus status; // asked anew: in a child of fork() the descriptor leads to nothing
-        const int descriptor = nativeDescriptor(*device);
-        if (descriptor >= 0 && platform::fileIo().status(descriptor, status)) {
+        platform::FileStatus status;
+        if (askStatus(*device, status)) {
             ours = platform::names(native, status.identity);
-            otherNames = status.names > 1;
+            otherNames = status.names > (ours ? 1U : 0U);
         }
         if (sync && emptied && otherNames) {
             synced = io.sync();

@@ -23,6 +23,8 @@ public:
     [[nodiscard]] static std::unique_ptr<StorageFile> open(const QString& path,
                                                            platform::FileOpening opening);
 
+    /// Without a question to the system: nothing else is opened.
+    [[nodiscard]] bool isSequential() const override { return false; }
     /// QFile forgets the name of what is opened by descriptor.
     [[nodiscard]] QString fileName() const override { return m_path; }
 

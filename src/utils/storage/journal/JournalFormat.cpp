@@ -159,16 +159,18 @@ void encodeChangeHead(const ChangeHead& head, char* bytes)
                 << head.length;
 }
 
-QByteArray encodeLink(quint64 offset)
+std::array<char, 8> encodeLink(quint64 offset)
 {
-    QByteArray bytes = blank(sizeof offset);
+    std::array<char, 8> bytes{};
     Sink(bytes.data()) << offset;
     return bytes;
 }
 
-QByteArray encodeLinks(quint64 first, quint64 last)
+std::array<char, 16> encodeLinks(quint64 first, quint64 last)
 {
-    return encodeLink(first) + encodeLink(last);
+    std::array<char, 16> bytes{};
+    Sink(bytes.data()) << first << last;
+    return bytes;
 }
 
 std::optional<QString> decodeName(const QByteArray& bytes)

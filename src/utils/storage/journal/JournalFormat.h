@@ -4,6 +4,7 @@
 #include <QtCore/QString>
 #include <QtCore/QUuid>
 
+#include <array>
 #include <optional>
 
 /// The rollback journal's records as bytes: little-endian, no padding, no files. docs/journal.md
@@ -96,8 +97,8 @@ QByteArray encodeHeader(const Header& header);
 QByteArray encodeEntry(const FileEntry& entry, const QByteArray& name);
 /// Writes the 40 bytes of a checksummed head to @p bytes.
 void encodeChangeHead(const ChangeHead& head, char* bytes);
-QByteArray encodeLink(quint64 offset);
-QByteArray encodeLinks(quint64 first, quint64 last);
+std::array<char, 8> encodeLink(quint64 offset);
+std::array<char, 16> encodeLinks(quint64 first, quint64 last);
 
 /// A stored name as text; nothing when it holds a zero byte or is not whole, valid UTF-8.
 std::optional<QString> decodeName(const QByteArray& bytes);

@@ -39,8 +39,7 @@ JournalWriter::JournalWriter(QIODevice& journal, io::Barriers& barriers)
 
 bool JournalWriter::create()
 {
-    const QByteArray header = encodeHeader(freshHeader());
-    if (!write(0, header.constData(), header.size())) {
+    if (!writeBytes(0, encodeHeader(freshHeader()))) {
         return false;
     }
     const std::optional<quint64> size = m_io.size();
@@ -91,8 +90,7 @@ std::optional<FileChain> JournalWriter::appendEntry(quint64 fileSize, const QByt
         return std::nullopt;
     }
     if (!lastFile) {
-        const QByteArray ends = encodeLinks(chain.entry, chain.entry);
-        if (!write(HeaderFirstFileAt, ends.constData(), ends.size())) {
+        if (!writeBytes(HeaderFirstFileAt, encodeLinks(chain.entry, chain.entry))) {
             return std::nullopt;
         }
     } else {
@@ -224,8 +222,7 @@ bool JournalWriter::writeLinks(FileChain& chain, quint64 first, quint64 last)
         return writeLink(chain.lastChange + ChangeNextAt, first) &&
                writeLink(chain.entry + EntryLastChangeAt, last);
     }
-    const QByteArray ends = encodeLinks(first, last);
-    if (!write(chain.entry + EntryFirstChangeAt, ends.constData(), ends.size())) {
+    if (!writeBytes(chain.entry + EntryFirstChangeAt, encodeLinks(first, last))) {
         return false;
     }
     chain.firstChange = first;
@@ -234,14 +231,13 @@ bool JournalWriter::writeLinks(FileChain& chain, quint64 first, quint64 last)
 
 bool JournalWriter::append(const QByteArray& record)
 {
-    return write(m_end, record.constData(), record.size());
+    return writeBytes(m_end, record);
 }
 
 bool JournalWriter::writeLink(quint64 at, quint64 target)
 {
     Q_ASSERT_X(target >= HeaderSize && target < m_end, "JournalWriter", "invariant 2");
-    const QByteArray link = encodeLink(target);
-    return write(at, link.constData(), link.size());
+    return writeBytes(at, encodeLink(target));
 }
 
 bool JournalWriter::write(quint64 offset, const char* data, qint64 size)

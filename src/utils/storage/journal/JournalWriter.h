@@ -69,6 +69,11 @@ public:
     [[nodiscard]] quint64 lastEntry() const noexcept { return m_lastEntry; }
 
 private:
+    template <typename Bytes>
+    bool writeBytes(quint64 offset, const Bytes& bytes)
+    {
+        return write(offset, bytes.data(), static_cast<qint64>(bytes.size()));
+    }
     bool append(const QByteArray& record);
     bool pass(bool barrier);
     [[nodiscard]] bool mayDeceive(const Save* begin, const Save* end) const;
