@@ -94,6 +94,7 @@ private:
     }
     bool resize(int fd, std::int64_t size) override { return Plan::admitWhole() && FileIo::resize(fd, size); }
     std::int64_t size(int fd) override { return Plan::admit(2, true) == 2 ? FileIo::size(fd) : -1; }
+    bool sync(int) override { return Plan::admitWhole(); }
     int removeName(const platform::NativePath& path) override
     {
         return Plan::admitWhole() ? FileIo::removeName(path) : EIO;
@@ -130,7 +131,8 @@ enum class Path
 {
     Native,
     Generic,
-    Spare, ///< the native one, with the journal's file kept between transactions
+    Spare,   ///< the native one, with the journal's file kept between transactions
+    Durable, ///< the native one, which waits for the disk
 };
 
 /// A RollbackFile whose files, and whose deletion of the journal, obey the plan in force.
@@ -141,6 +143,7 @@ public:
         : m_path(path)
     {
         setSpare(path == Path::Spare ? Spare::Left : Spare::None);
+        setDurability(path == Path::Durable ? utils::Durability::Careful : utils::Durability::None);
     }
 
     bool openJournal(const QString& path, QIODevice::OpenMode mode)

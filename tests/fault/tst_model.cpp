@@ -20,9 +20,7 @@ public:
     RandomTransaction(unsigned seed, const Folder& folder)
         : m_random(seed)
         , m_folder(folder)
-        , m_way(seed % 3 == 0   ? Path::Generic
-                : seed % 3 == 1 ? Path::Native
-                                : Path::Spare)
+        , m_way(static_cast<Path>(seed % 4))
     {
         for (const char* name : {"a", "b", "папка/c", "d"}) {
             // A large one is not in one piece when it is read back.

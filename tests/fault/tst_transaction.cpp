@@ -80,6 +80,7 @@ protected:
     {
         Transaction::Options options;
         options.spare = seed % 2 == 0;
+        options.durability = seed % 4 == 1 ? utils::Durability::Durable : utils::Durability::None;
         return options;
     }
     /// A run under a plan, up to its end or death.

@@ -136,7 +136,7 @@ public:
 
     /// Keeps the journal's file between transactions, under the hidden name ".NAME.spare" beside it: one of
     /// a hundred pages takes a quarter less time, one of a single page half. None at first. The end of a
-    /// transaction is then that the file is renamed, instead of emptied, and what it held, old contents of
+    /// transaction is then that the file is renamed, instead of removed, and what it held, old contents of
     /// the files, stays in it until it is overwritten.
     ///
     /// A spare is no journal: nothing recovers from it. One that is a link, in use, not the user's own, or

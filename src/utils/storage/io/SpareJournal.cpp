@@ -1,7 +1,7 @@
 // A journal's file between two transactions. A kill may fall between any two of these steps:
 //
 //   journal named -> spare named     the end of the transaction: no journal is there any more
-//   spare named -> header cleared    whoever takes the spare clears it first
+//   spare named -> header cleared    by whoever takes the spare
 //   header cleared -> journal named  a journal that protects nothing
 
 #include "utils/storage/io/SpareJournal.h"
@@ -52,11 +52,10 @@ std::unique_ptr<StorageFile> SpareJournal::take()
 {
     if (!m_file || !statusIfNamed(m_spare, *m_file)) { // somebody who minds no locks may have taken its name
         m_file = openLeft();
-        m_isClear = false;
     }
-    const bool taken =
-        m_file && (m_isClear || clear(*m_file)) && platform::fileIo().moveName(m_spare, m_journal) == 0;
-    if (!taken) {
+    const bool isClear = m_file && DeviceIo(*m_file).writeAt(0, m_empty.constData(), m_empty.size()) ==
+                                       static_cast<qint64>(m_empty.size());
+    if (!isClear || platform::fileIo().moveName(m_spare, m_journal) != 0) {
         return nullptr;
     }
     m_file->setKept(false);
@@ -86,16 +85,10 @@ bool SpareJournal::keep(StorageFile& journal)
     }
     m_file.reset(&journal);
     journal.setKept(true);
-    m_isClear = clear(journal);
     if (status->size > MaxKept) {
         static_cast<void>(DeviceIo(journal).resize(MaxKept));
     }
     return true;
-}
-
-bool SpareJournal::clear(StorageFile& file) const
-{
-    return DeviceIo(file).writeAt(0, m_empty.constData(), m_empty.size()) == m_empty.size();
 }
 
 } // namespace veltor::utils::io

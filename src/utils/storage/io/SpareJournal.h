@@ -28,8 +28,8 @@ public:
     /// Whether the spare stays in its folder when this object goes; otherwise it is deleted.
     void setStays(bool stays) noexcept { m_stays = stays; }
 
-    /// Gives the journal's name to the spare, if there is a good one and the name is free. @return the open
-    /// file, locked, or null
+    /// Clears the spare's header and gives it the journal's name, if there is a good one and the name is free.
+    /// @return the open file, locked, or null
     [[nodiscard]] std::unique_ptr<StorageFile> take();
 
     /// Makes a spare of a journal, in one step after which the journal is no more. The file is this object's
@@ -39,14 +39,12 @@ public:
 
 private:
     [[nodiscard]] std::unique_ptr<StorageFile> openLeft() const;
-    [[nodiscard]] bool clear(StorageFile& file) const;
 
     QString m_path; // of the journal
     platform::NativePath m_journal;
     platform::NativePath m_spare;
     QByteArray m_empty;
     bool m_stays = false;
-    bool m_isClear = false;              // its header leads nowhere
     std::unique_ptr<StorageFile> m_file; // has the spare's name and its lock
 };
 

@@ -21,8 +21,9 @@ public:
     /// @return the end: behind everything where the device cannot be cut
     quint64 begin(quint64 size, quint64 end);
 
-    /// Starts on a device that was a journal before: what that held is room. False, and nothing done, when
-    /// it is to be cut instead.
+    /// Whether the device was a journal before and has its new header: what that held is room.
+    [[nodiscard]] bool isReused() const noexcept { return m_reused; }
+    /// Starts on such a device. False, and nothing done, on any other.
     bool reuse(quint64 size);
 
     /// Makes ready for @p length bytes at @p end. No failure of it is one: then there is no room.

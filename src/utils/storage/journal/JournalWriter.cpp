@@ -39,7 +39,7 @@ JournalWriter::JournalWriter(QIODevice& journal, io::Barriers& barriers)
 
 bool JournalWriter::create()
 {
-    if (!writeBytes(0, encodeHeader(freshHeader()))) {
+    if (!m_room.isReused() && !writeBytes(0, encodeHeader(freshHeader()))) {
         return false;
     }
     const std::optional<quint64> size = m_io.size();
