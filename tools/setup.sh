@@ -33,8 +33,7 @@ for group in "$@"; do
       packages+=(abigail-tools dpkg-dev file gzip lintian man-db mandoc meson mmdebstrap zsh fish)
       ;;
     mutate) packages+=(python3-clang-14) ;;
-    *) echo "tools/setup.sh: unknown group '$group' (bench, ci, mutate, package, qt6)" >&2; exit 2 ;;
-    *) echo "tools/setup.sh: unknown group '$group' (bench, ci, clang, package, qt6)" >&2; exit 2 ;;
+    *) echo "tools/setup.sh: unknown group '$group' (bench, ci, clang, mutate, package, qt6)" >&2; exit 2 ;;
   esac
 done
 
