@@ -1,5 +1,9 @@
 # Debian packages by CPack, one a component, and the files that each must bring. .ci/packages builds them.
 
+if(NOT VELTOR_QT EQUAL 5)
+  message(FATAL_ERROR "Debian packages are made of the library on Qt 5 alone; VELTOR_QT is ${VELTOR_QT}")
+endif()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "veltor-utils developers <veltor-utils@example.org>")
 set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")

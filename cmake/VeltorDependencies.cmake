@@ -11,14 +11,16 @@ if(NOT VELTOR_QT)
   endif()
   set_property(CACHE VELTOR_QT PROPERTY VALUE ${VELTOR_QT})
 endif()
-# As CMake and pkg-config know the package; both can be installed side by side.
+# As CMake and pkg-config know the package, and the tool's name; both can be installed side by side.
 if(VELTOR_QT EQUAL 5)
   set(VELTOR_PACKAGE veltor-utils)
+  set(VELTOR_TOOL veltor)
   set(VELTOR_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}")
   set(VELTOR_QT_VERSION 5.15)
   set(VELTOR_QT_MODULES Core)
 else()
   set(VELTOR_PACKAGE veltor-utils-qt6)
+  set(VELTOR_TOOL veltor-qt6)
   set(VELTOR_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/veltor-utils-qt6")
   set(VELTOR_QT_VERSION 6.4)
   set(VELTOR_QT_MODULES Core Core5Compat) # which holds the text codecs

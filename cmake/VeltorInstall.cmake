@@ -30,14 +30,16 @@ else()
   string(REGEX REPLACE "/$" "" pkgconfig_prefix "\${pcfiledir}/${pkgconfig_prefix}")
 endif()
 list(TRANSFORM VELTOR_QT_MODULES REPLACE "(.+)" "Qt${VELTOR_QT}\\1 >= ${VELTOR_QT_VERSION}" OUTPUT_VARIABLE pkgconfig_requires)
-set(pkgconfig_private "")
+set(pkgconfig_libs "")
 set(pkgconfig_cflags "")
 if(NOT BUILD_SHARED_LIBS) # whoever links a static library links what it is made of
   list(APPEND pkgconfig_requires proj)
-  if(NOT WIN32)
+  if(WIN32)
+    set(pkgconfig_libs " -l${VELTOR_SYMBOL_LIBRARY}")
+  else()
     list(APPEND pkgconfig_requires libdw)
+    set(pkgconfig_libs " -lpthread -ldl")
   endif()
-  set(pkgconfig_private "-lpthread -ldl")
   set(pkgconfig_cflags " -DVELTOR_UTILS_STATIC_DEFINE")
 endif()
 list(JOIN pkgconfig_requires ", " pkgconfig_requires)
@@ -45,20 +47,32 @@ configure_file(packaging/veltor-utils.pc.in "${PROJECT_BINARY_DIR}/${VELTOR_PACK
 install(FILES "${PROJECT_BINARY_DIR}/${VELTOR_PACKAGE}.pc"
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 
-if(VELTOR_TOOLS AND VELTOR_QT EQUAL 5)
-  install(FILES packaging/veltor.bash RENAME veltor
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
-  install(FILES packaging/_veltor
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions" COMPONENT tools)
-  install(FILES packaging/veltor.fish
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT tools)
+# veltor_install_naming_tool(FILE PATTERN DESTINATION NAME): a file for the tool's users, in which it is called VELTOR_TOOL
+# wherever the pattern, which ends at its name, is found.
+function(veltor_install_naming_tool file pattern destination name)
+  set(source "${PROJECT_SOURCE_DIR}/packaging/${file}")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${source}")
+  file(READ "${source}" text)
+  string(REGEX REPLACE "(${pattern})veltor([ \n])" "\\1${VELTOR_TOOL}\\2" text "${text}")
+  file(WRITE "${PROJECT_BINARY_DIR}/packaging/${name}" "${text}")
+  install(FILES "${PROJECT_BINARY_DIR}/packaging/${name}" DESTINATION "${destination}" COMPONENT tools)
+endfunction()
+
+if(VELTOR_TOOLS)
+  veltor_install_naming_tool(veltor.bash "complete -F _veltor "
+    "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" ${VELTOR_TOOL})
+  veltor_install_naming_tool(_veltor "compdef [_a-z ]*"
+    "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions" _${VELTOR_TOOL})
+  veltor_install_naming_tool(veltor.fish "complete -c "
+    "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" ${VELTOR_TOOL}.fish)
 endif()
 
 if(VELTOR_DEBIAN)
   include(VeltorDebian)
 else()
-  install(FILES LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
-  if(VELTOR_TOOLS AND VELTOR_QT EQUAL 5)
-    install(FILES packaging/veltor.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
+  string(REGEX REPLACE "/${PROJECT_NAME}$" "/${VELTOR_PACKAGE}" doc_dir "${CMAKE_INSTALL_DOCDIR}")
+  install(FILES LICENSE DESTINATION "${doc_dir}" COMPONENT runtime)
+  if(VELTOR_TOOLS)
+    veltor_install_naming_tool(veltor.1 "" "${CMAKE_INSTALL_MANDIR}/man1" ${VELTOR_TOOL}.1)
   endif()
 endif()

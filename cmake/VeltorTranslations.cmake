@@ -30,6 +30,6 @@ function(veltor_translations target)
   # For applications that collect the catalogues of all they use.
   if(VELTOR_INSTALL)
     install(FILES ${catalogues}
-      DESTINATION "${CMAKE_INSTALL_DATADIR}/veltor-utils/translations" COMPONENT development)
+      DESTINATION "${CMAKE_INSTALL_DATADIR}/${VELTOR_PACKAGE}/translations" COMPONENT development)
   endif()
 endfunction()

@@ -4,7 +4,10 @@
 
 #include <QtCore/QLocale>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QVariant>
+
+#include <algorithm>
 
 namespace veltor::base {
 
@@ -37,21 +40,31 @@ inline QString zeroDigit(const QLocale& locale)
     return QString(locale.zeroDigit());
 }
 
-/// Qt's own order of variants: negative, 0, positive; where Qt 6 sees none, 1 as Qt 5 says for NaN.
+/// The codes of a locale's languages in Qt 5's order: the shortest first, but for the system's locale.
+inline QStringList uiLanguages(const QLocale& locale)
+{
+    QStringList languages = locale.uiLanguages();
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    if (locale != QLocale::system()) {
+        std::reverse(languages.begin(), languages.end());
+    }
+#endif
+    return languages;
+}
+
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_DEPRECATED // since Qt 5.15, which offers nothing in their place
+/// Qt 5's order of variants: negative, 0, positive.
 inline int order(const QVariant& a, const QVariant& b)
 {
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    QT_WARNING_PUSH
-    QT_WARNING_DISABLE_DEPRECATED // since Qt 5.15, which offers nothing in their place
-            return a < b
-        ? -1
-        : static_cast<int>(a > b);
-    QT_WARNING_POP
-#else
-    const QPartialOrdering order = QVariant::compare(a, b);
-    return order == QPartialOrdering::Less ? -1 : static_cast<int>(order != QPartialOrdering::Equivalent);
-#endif
+    return a < b ? -1 : static_cast<int>(a > b);
 }
+QT_WARNING_POP
+#else
+/// Qt 5's order of variants: negative, 0, positive. Qt 6 orders only those of one type.
+int order(const QVariant& a, const QVariant& b);
+#endif
 
 /// The value as one of another type, by its number in QMetaType; the type's default for a value without a
 /// type, and nothing where the program knows neither the type nor such a conversion.

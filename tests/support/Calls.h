@@ -9,9 +9,11 @@
 #include <QtCore/QLocale>
 #include <QtCore/QMarginsF>
 #include <QtCore/QRectF>
+#include <QtCore/QRegularExpression>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <tuple>
@@ -88,6 +90,20 @@ inline bool sameWord(const QString& a, const QString& b)
     return a == b || (numberOf(a, &isA) == numberOf(b, &isB) && isA && isB);
 }
 
+/// Puts the signs of the locale that the row names, if it does, in the place of {-}, {+} and {e}.
+inline void putSigns(QStringList& row)
+{
+    static const QRegularExpression localeName(u("^[a-z]{2}_[A-Z]{2}$"));
+    const auto found = std::find_if(row.begin(), row.end(),
+                                    [](const QString& word) { return localeName.match(word).hasMatch(); });
+    if (found != row.end()) {
+        const QLocale locale(*found);
+        row.replaceInStrings(u("{-}"), QString(locale.negativeSign()));
+        row.replaceInStrings(u("{+}"), QString(locale.positiveSign()));
+        row.replaceInStrings(u("{e}"), QString(locale.exponential()));
+    }
+}
+
 /// Does all calls of a table, and wants each function called.
 inline void expectCalls(const char* table, char separator, const std::map<QByteArray, Call>& functions)
 {
@@ -97,6 +113,7 @@ inline void expectCalls(const char* table, char separator, const std::map<QByteA
         for (QString& word : row) {
             word = word.trimmed();
         }
+        putSigns(row);
         const int equals = row.indexOf(u("="));
         const QByteArray name = row[0].toLatin1();
         ++calls[name];

@@ -2,6 +2,8 @@
 
 #include <veltor/utils/NoCaseJsonObject.h>
 
+#include "base/QtDifferences.h"
+
 #include <QtCore/QStringList>
 
 namespace veltor::utils {
@@ -59,7 +61,7 @@ QString jsonToLocalizedString(const QJsonValue& value, const QLocale& locale)
     if (translations.isEmpty()) {
         return QString();
     }
-    const QStringList languages = locale.uiLanguages();
+    const QStringList languages = base::uiLanguages(locale);
     for (const QString& language : languages) {
         QStringList parts = language.toLower().split(QLatin1Char('-'));
         for (; !parts.isEmpty(); parts.removeLast()) {

@@ -46,6 +46,7 @@
 
 #include "utils/storage/TransactionNames.h"
 
+#include "base/QtDifferences.h"
 #include "utils/storage/TransactionMessages.h"
 #include "utils/storage/io/DeviceIo.h"
 
@@ -75,7 +76,7 @@ NameIo::Path native(const QString& path)
 
 QString folderOf(const QString& name)
 {
-    return name.left(std::max(name.lastIndexOf(QLatin1Char('/')), 0));
+    return name.left(std::max<base::Length>(name.lastIndexOf(QLatin1Char('/')), 0));
 }
 
 QString textOf(const NameIo::Path& path)

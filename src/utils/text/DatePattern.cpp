@@ -182,12 +182,9 @@ private:
 
     void readNumber(const Step& part, std::size_t step, Length at, int digits)
     {
-        if (at + digits > m_text.size()) {
-            return;
-        }
         int number = 0;
         for (int i = 0; i < digits; ++i) {
-            const int digit = m_text.at(at + i).digitValue();
+            const int digit = takeDigit(at);
             if (digit < 0) {
                 return;
             }
@@ -198,7 +195,20 @@ private:
         } else {
             (part.part == Part::Day ? m_day : m_month) = number;
         }
-        read(step + 1, at + digits);
+        read(step + 1, at);
+    }
+
+    /// The next digit, of any script; below 0 where there is none.
+    int takeDigit(Length& at) const
+    {
+        if (at >= m_text.size()) {
+            return -1;
+        }
+        const QChar unit = m_text.at(at++);
+        if (unit.isHighSurrogate() && at < m_text.size() && m_text.at(at).isLowSurrogate()) {
+            return QChar::digitValue(QChar::surrogateToUcs4(unit, m_text.at(at++)));
+        }
+        return unit.digitValue();
     }
 
     void finish(Length at)

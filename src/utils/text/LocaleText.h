@@ -14,6 +14,9 @@ bool isExpanded(int exponent) noexcept;
 /// @p predicate is null or true.
 QString significantText(double x, int digits, const QLocale& locale, bool (*predicate)(int));
 
+/// The exponent behind the locale's exponent character; 0 for what cannot be read.
+int exponentOf(const QString& text, const QLocale& locale);
+
 /// Removes trailing zero digits after a decimal point, and the point if nothing is left after it. A text
 /// without a point is returned as it is.
 QString trimFraction(QString text, const QLocale& locale);

@@ -135,7 +135,7 @@ QString NumberFormat::exponential(double x) const
 QString NumberFormat::compactExponential(double x) const
 {
     ExponentialText text = splitExponential(x, m_locale, m_exponential);
-    const int exponent = m_locale.toInt(text.exponent); // 0 when there is none
+    const int exponent = exponentOf(text.exponent, m_locale); // 0 when there is none
     const QString decimalPoint = base::decimalPoint(m_locale);
     const base::Length point = text.mantissa.indexOf(decimalPoint);
     if (exponent <= 0 || point < 0) {

@@ -65,7 +65,7 @@ QString castExponentialFormat(QString text, const QLocale& locale, bool (*predic
     if (mark < 1) {
         return text;
     }
-    const int exponent = locale.toInt(text.mid(mark + exponential.size()));
+    const int exponent = exponentOf(text.mid(mark + exponential.size()), locale);
     if ((predicate != nullptr && !predicate(exponent)) || exponent > maxExpansion ||
         exponent < -maxExpansion) {
         return text;

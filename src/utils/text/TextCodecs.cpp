@@ -25,6 +25,25 @@ constexpr char logFunction[] =
 constexpr int namedCharacters = 21;
 constexpr int longestByteOrderMark = 4;
 
+/// As Qt 5 encodes a whole text: Qt 6 leaves the mark out, and takes half a pair at the end for a character.
+QByteArray encoded(const QString& text, base::Length length, const QTextCodec& codec)
+{
+    const int mib = codec.mibEnum(); // of UTF-8 106
+    const bool isUtf16 = mib >= 1013 && mib <= 1015;
+    const bool isUtf32 = mib >= 1017 && mib <= 1019;
+    if ((mib == 106 || isUtf32) && length > 0 && text.at(length - 1).isHighSurrogate()) {
+        --length;
+    }
+    const auto count = static_cast<int>(length);
+    if (!isUtf16 && !isUtf32) {
+        return codec.fromUnicode(text.constData(), count);
+    }
+    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+    const QChar mark(QChar::ByteOrderMark);
+    const QByteArray begin = codec.fromUnicode(&mark, 1, &state);
+    return begin + codec.fromUnicode(text.constData(), count, &state);
+}
+
 } // namespace
 
 QTextCodec* codecForName(const QString& name)
@@ -40,8 +59,7 @@ QByteArray fromUnicode(const QString& text, int maxBytes, QTextCodec* codec, boo
 {
     const int limit = std::max(maxBytes, 0);
     bool whole = text.size() <= maxBytes;
-    QByteArray bytes =
-        codec->fromUnicode(text.constData(), static_cast<int>(std::min<base::Length>(text.size(), limit)));
+    QByteArray bytes = encoded(text, std::min<base::Length>(text.size(), limit), *codec);
     if (bytes.size() > limit) {
         bytes.truncate(limit);
         whole = false;
