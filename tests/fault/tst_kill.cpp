@@ -9,7 +9,7 @@
 namespace veltor::test {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(Q_OS_WIN)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(VELTOR_EMULATED)
 constexpr int Rounds = 20;
 #else
 constexpr int Rounds = 60;
