@@ -31,7 +31,7 @@ using utils::NamedMutex;
 using utils::NamedMutexGuard;
 using Result = NamedMutex::Result;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(Q_OS_WIN)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(VELTOR_EMULATED)
 constexpr int Kills = 50;
 constexpr int Steps = 1000;
 #else

@@ -14,8 +14,8 @@ namespace {
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr int RecoveryStride = 7;
-#elif defined(Q_OS_WIN)
-constexpr int RecoveryStride = 97; // slow where Windows is emulated
+#elif defined(VELTOR_EMULATED)
+constexpr int RecoveryStride = 97;
 #else
 constexpr int RecoveryStride = 3;
 #endif

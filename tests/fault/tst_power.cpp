@@ -18,8 +18,8 @@ using Status = Transaction::Status;
 int imageCount(int usual)
 {
     const int wanted = qEnvironmentVariableIntValue("VELTOR_POWER_IMAGES");
-#ifdef Q_OS_WIN
-    usual /= 5; // slow where Windows is emulated
+#ifdef VELTOR_EMULATED
+    usual /= 5;
 #endif
     return wanted > 0 ? wanted : usual;
 }
@@ -227,7 +227,7 @@ TEST_F(Power, CostsFewSyncs)
 /// A barrier left out is found, whichever: the disk is deaf to it.
 TEST_F(Power, FindsEveryBarrierThatIsLeftOut)
 {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(Q_OS_WIN)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(VELTOR_EMULATED)
     GTEST_SKIP() << "long here, and the plain builds prove as much";
 #endif
     const std::pair<Barrier, const char*> barriers[] = {{Barrier::JournalBytes, "journal before a change"},

@@ -21,7 +21,7 @@ using utils::Transaction;
 using Status = Transaction::Status;
 using Record = utils::journal::NameRecord;
 
-#if defined(Q_OS_WIN) // slow where Windows is emulated
+#if defined(VELTOR_EMULATED)
 constexpr unsigned Seeds = 1;
 constexpr int KillRounds = 8;
 #elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)

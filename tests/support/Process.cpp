@@ -1,6 +1,7 @@
 #include "Process.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QMap>
 #include <QtCore/QRandomGenerator>
@@ -31,12 +32,31 @@ int statusOf(const QProcess& process)
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
 }
 
+void start(QProcess& process, const QString& program, const QStringList& arguments)
+{
+    QStringList words = commandOf(program) + arguments;
+    process.start(words.takeFirst(), words);
+}
+
 } // namespace
+
+QStringList commandOf(const QString& program)
+{
+    QStringList words;
+#ifdef VELTOR_EMULATOR
+    if (QDir::isAbsolutePath(program)) {
+        for (const char* word : {VELTOR_EMULATOR}) {
+            words.append(QString::fromUtf8(word));
+        }
+    }
+#endif
+    return words << program;
+}
 
 Outcome run(const QString& program, const QStringList& arguments, const QByteArray& input)
 {
     QProcess process;
-    process.start(program, arguments);
+    start(process, program, arguments);
     process.write(input);
     process.closeWriteChannel();
     if (!process.waitForFinished(LongestMs)) {
@@ -60,7 +80,7 @@ void sayReady()
 Actor::Actor(const char* role, const QStringList& arguments)
 {
     setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    start(QCoreApplication::applicationFilePath(), words(role, arguments));
+    test::start(*this, QCoreApplication::applicationFilePath(), words(role, arguments));
 }
 
 Actor::~Actor()

@@ -15,6 +15,10 @@ struct Outcome
     std::string output, errors;
 };
 
+/// The words that start a program: those of the emulator, where programs of this build need one, and the program. One
+/// named without its folder is the machine's own.
+QStringList commandOf(const QString& program);
+
 /// Runs a program to its end.
 Outcome run(const QString& program, const QStringList& arguments, const QByteArray& input = {});
 

@@ -14,7 +14,7 @@ log=$cache/setup.log
 export DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8
 . "$here/../cache.sh"
 
-# Unpacked, not installed: nothing of it runs but the programs that are built here.
+# Unpacked, not installed: of it only libraries run.
 recipe_system() {
   fetched "Qt and PROJ for arm64" mmdebstrap --mode=root --architectures=arm64 --variant=extract \
     --include=qtbase5-dev,libproj-dev,libdw-dev,libgtest-dev,libgmock-dev \
@@ -22,6 +22,8 @@ recipe_system() {
     --dpkgopt='path-exclude=/usr/share/man/*' --dpkgopt='path-exclude=/usr/share/locale/*' \
     --dpkgopt='path-exclude=/usr/share/doc/*' \
     "$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)" "$dest" "deb $(archive)"
+  # A program under QEMU sees what is there in place of the machine's own: /dev/shm, /tmp, /etc are to be that.
+  find "$dest" -mindepth 1 -maxdepth 1 -type d ! -name usr ! -name lib -exec rm -rf --one-file-system {} +
   # Qt's description names its compilers of code below its own root: this machine's, of the same version.
   local tool
   for tool in moc rcc uic qmake; do
