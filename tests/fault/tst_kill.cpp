@@ -1,6 +1,6 @@
 // A real process is killed at a random moment while it changes files, and while it recovers them. By the
-// environment (tools/dev/kill-rounds sets it) VELTOR_KILL_ROUNDS times, and the tool VELTOR_KILL_TOOL, of another
-// build, is the one that recovers.
+// environment (tools/dev/kill-rounds sets it) VELTOR_KILL_ROUNDS times, and the tool VELTOR_KILL_TOOL, of
+// another build, is the one that recovers.
 
 #include "Scenario.h"
 #include "support/LogCapture.h"
@@ -75,7 +75,7 @@ TEST(Kill, FilesAreAsTheyWereAfterAnyDeath)
             << round;
         ASSERT_TRUE(files.read() == Workspace::originals()) << round;
     }
-    std::printf("%d rounds, %d killed while changing, %d of them with room, %d while recovering, %d repaired\n",
+    std::printf("%d rounds, %d killed while changing (%d with room), %d while recovering, %d repaired\n",
                 rounds, killed, withRoom, killedRecovering, repaired);
     EXPECT_EQ(killed, rounds);
     EXPECT_GT(withRoom, 0);

@@ -305,7 +305,8 @@ bool RollbackDevice::Private::saveRange(StoredFile& file, const io::DeviceIo& io
 /// What was saved is on the disk, where that is wanted.
 bool RollbackDevice::Private::passBarrier()
 {
-    return !barriers.areOn() || barriers.beforeChange(io::DeviceIo(*journal)) || failJournal(barriers.fault());
+    return !barriers.areOn() || barriers.beforeChange(io::DeviceIo(*journal)) ||
+           failJournal(barriers.fault());
 }
 
 /// @param name  of the file that was being read

@@ -97,8 +97,7 @@ private:
     [[nodiscard]] journal::JournalWalker::Rules rules() const noexcept;
     bool reopen(StoredFile& file);
     Key append(const QString& name, const QByteArray& storedName, quint64 size, IOPtr device);
-    bool saveRange(StoredFile& file, const io::DeviceIo& io, quint64 size, quint64 position,
-                   quint64 length);
+    bool saveRange(StoredFile& file, const io::DeviceIo& io, quint64 size, quint64 position, quint64 length);
     void readSalvageable();
     bool take(const journal::WalkedFile& walked, IOPtr device, bool once);
     bool restore(StoredFile& file, journal::JournalInput& input, const std::function<bool()>& observer);

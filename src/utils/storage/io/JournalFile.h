@@ -41,9 +41,9 @@ struct OpenedJournal
 /// lock.
 [[nodiscard]] OpenedJournal openJournal(const QString& path, JournalOpening opening);
 
-/// Removes a journal's name if it is the only one that leads to the file of its open device. Where there are
-/// others, or it cannot be removed, the file is emptied through the device, which gets closed where the system
-/// asks for that; then its name is removed, or it is left with the bytes @p empty.
+/// Removes a journal's name if it is the only one of its open device's file. Where there are others, or it
+/// cannot be removed, the file is emptied through the device, which gets closed where the system asks for
+/// that; then its name is removed, or it is left with the bytes @p empty.
 /// @param sync  what lasts of its file is to be on the disk; the name is the caller's business
 JournalRemoval removeJournal(const QString& path, QIODevice* device, const QByteArray& empty, bool sync);
 

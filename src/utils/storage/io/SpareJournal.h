@@ -28,7 +28,7 @@ public:
     /// Whether the spare stays in its folder when this object goes; otherwise it is deleted.
     void setStays(bool stays) noexcept { m_stays = stays; }
 
-    /// Clears the spare's header and gives it the journal's name, if there is a good one and the name is free.
+    /// Clears the spare's header and gives it the journal's name, if there is a good one and that is free.
     /// @return the open file, locked, or null
     [[nodiscard]] std::unique_ptr<StorageFile> take();
 

@@ -45,8 +45,8 @@ public:
     /// True while somebody keeps it whose device it is not: then the device's owner does not delete it.
     [[nodiscard]] bool isKept() const noexcept { return m_kept; }
     void setKept(bool kept) noexcept { m_kept = kept; }
-    /// True for a journal's file that was another journal before, which has the header of an empty one now: what
-    /// that held may stay behind the end.
+    /// True for a journal's file that was another journal before, which has the header of an empty one now:
+    /// what that held may stay behind the end.
     [[nodiscard]] bool isReused() const noexcept { return m_reused; }
     void setReused() noexcept { m_reused = true; }
 
