@@ -112,7 +112,7 @@ void ProgressSizeDecorator::connectToMainPh(ProgressHandler& main)
 {
     disconnect(m_share->toMain);
     m_share->toMain = connect(
-        this, &ProgressHandler::progressValueIncreased, this,
+        this, &ProgressHandler::progressValueIncreased, &main, // of the two, either may go first
         [this, &main](progress::Add increment) {
             const double width = m_share->width.load();
             if (increment.value > 0 && width > 0) {

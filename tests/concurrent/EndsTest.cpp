@@ -221,7 +221,8 @@ void requestsToManyThatWait()
         reached.acquire(); // the second one holds the worker
         for (const auto& [task, handler] : tasks) {
             if (way == Way::Event) {
-                QMetaObject::invokeMethod(task, [&] { ++asked; }, Qt::QueuedConnection);
+                QMetaObject::invokeMethod(
+                    task, [&] { ++asked; }, Qt::QueuedConnection);
             } else if (way == Way::Withdraw) {
                 EXPECT_TRUE(pool.cancel(handler));
             } else {

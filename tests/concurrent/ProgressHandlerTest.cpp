@@ -214,6 +214,9 @@ TEST(ProgressSizeDecorator, ForwardsCancellationAndErrors)
     alone.connectToMainPh(*main);
     alone.setFinalProgress();
     EXPECT_EQ(main->progress(), 60) << "connected once";
+    alone.connectToMainPh(*std::make_unique<ProgressHandler>()); // which is gone again
+    alone.setProgress(2);
+    EXPECT_EQ(main->progress(), 60);
 }
 
 TEST(ProgressSizeDecorator, FollowsItsTaskIntoAPool)

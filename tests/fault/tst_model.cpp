@@ -96,7 +96,7 @@ private:
         return opened;
     }
 
-    /// An operation fails on the way; what could not be read is not taken for nothing, nor for something else.
+    /// An operation fails on the way; what could not be read is not taken for nothing, nor for other bytes.
     void tryToRecover()
     {
         const bool needed = utils::RollbackFile::needsRecovery(QFileInfo(journal()));

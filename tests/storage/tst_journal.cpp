@@ -47,7 +47,7 @@ TEST(Journal, WholeOnesOfBothLayoutsAreAccepted)
 {
     for (const bool checksums : {true, false}) {
         JournalImage image(checksums);
-        image.damage(u("F1.region=48")); // just behind the header
+        image.damage(u("F1.region=48"));                      // just behind the header
         image.damage(checksums ? QString() : u("A1+43:1=7")); // nothing can tell
         LogCapture log;
         MemoryDevice device;
@@ -67,6 +67,8 @@ TEST(Journal, WholeOnesOfBothLayoutsAreAccepted)
         EXPECT_EQ(device.addBlock(image.at(u("a")), 0, 10), checksums);
         EXPECT_EQ(device.addFileImpl(QStringLiteral("c")) != 0, checksums);
         EXPECT_EQ(device.addFileImpl(QStringLiteral("a")), image.at(u("a")));
+        device.close();
+        EXPECT_TRUE(device.freeBlockCount() == 0 && device.journalVersion().isNull());
     }
 }
 
@@ -209,7 +211,7 @@ TEST(Repair, RollbackDisposesOfAJournalButOfNothingElse)
     unborn.repair();
     EXPECT_TRUE(unborn.rollback());
     EXPECT_EQ(unborn.removed, 1);
-    EXPECT_FALSE(unborn.isOpen());
+    EXPECT_FALSE(unborn.isOpen() || unborn.repairedWhole());
     EXPECT_FALSE(unborn.rollback());
     unborn.repair();
     unborn.commit();

@@ -33,8 +33,8 @@ public:
     ProgressSizeDecorator(Task* task, std::shared_ptr<ProgressHandler> main, ProgressSize size);
     ~ProgressSizeDecorator() override;
 
-    /// Sends the increments to @p main, which outlives the decorator, instead of the former one. The
-    /// constructor does it for its main handler.
+    /// Sends the increments to @p main while that exists, instead of the former one. The constructor does it
+    /// for its main handler.
     void connectToMainPh(ProgressHandler& main);
 
     void cancel() override;
