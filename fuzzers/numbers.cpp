@@ -99,8 +99,9 @@ void checkThousands(const QString& text, int first)
     const QString grouped = separateThousands(text, QLatin1Char('.'), separator, first);
     if (!text.contains(separator)) {
         demand(QString(grouped).remove(separator) == text, "separators alone are added", grouped);
-        demand(first < 0 || grouped.leftRef(first + 1) == text.leftRef(first + 1),
-               "none before the first place", grouped);
+        const auto kept = std::min<qint64>(qint64(first) + 1, text.size());
+        demand(first < 0 || grouped.left(int(kept)) == text.left(int(kept)), "none before the first place",
+               grouped);
     }
 }
 
