@@ -4,10 +4,10 @@
 
 #include <QtCore/QString>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <algorithm>
 #include <string_view>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size);

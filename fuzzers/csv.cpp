@@ -1,5 +1,5 @@
-// A line of settings, then the cells of a table: as CSV and as HTML, read back by small readers, they are what
-// the table holds.
+// A line of settings, then the cells of a table: as CSV and as HTML, read back by small readers, they are
+// what the table holds.
 
 #include "Fuzz.h"
 
@@ -33,7 +33,7 @@ void fill(NodeModel& model, const QString& text)
             values.push_back(isNumber && qIsFinite(number) ? QVariant(number) : QVariant(cell));
         }
         Node& node = model.add(*parent, values);
-        parent = cells[i].startsWith(QLatin1Char('>')) ? &node
+        parent = cells[i].startsWith(QLatin1Char('>'))   ? &node
                  : cells[i].startsWith(QLatin1Char('<')) ? &model.root
                                                          : parent;
     }
@@ -69,13 +69,15 @@ void checkCsv(NodeModel& model, const QByteArray& settings, const std::vector<co
     const ItemModelReport report = itemModelToCsv(model, buffer, rules);
     demand(report.isComplete() && report.replaced == 0, "the table is written", report.error);
     const QString text = QTextCodec::codecForName(rules.encoding)->toUnicode(buffer.data());
-    const auto lines = veltor::test::readCsv(text, rules.delimiter, rules.quote, QString::fromLatin1(rules.lineEnd));
+    const auto lines =
+        veltor::test::readCsv(text, rules.delimiter, rules.quote, QString::fromLatin1(rules.lineEnd));
     demand(lines && lines->size() == rows.size() + 1, "the lines are those of the table", text);
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const QStringList& line = (*lines)[i + 1];
         demand(line.size() == model.columns + 1, "a line has a field a column", text);
         for (std::size_t k = 0; k < rows[i]->values.size(); ++k) {
-            demand(means(line[static_cast<int>(k) + 1], rows[i]->values[k]), "a field is read as it was", text);
+            demand(means(line[static_cast<int>(k) + 1], rows[i]->values[k]), "a field is read as it was",
+                   text);
         }
     }
 }
@@ -99,12 +101,13 @@ void checkHtml(NodeModel& model, const std::vector<const Node*>& rows)
     for (std::size_t i = 0; i < rows.size(); ++i) {
         for (std::size_t k = 0; k < rows[i]->values.size(); ++k) {
             const QVariant& value = rows[i]->values[k];
-            const bool isSimple = value.userType() == QMetaType::QString &&
-                                  std::all_of(value.toString().begin(), value.toString().end(), [](QChar c) {
-                                      return c >= QLatin1Char(' ') && (c < QChar(0x7f) || c.isLetter());
-                                  });
+            const QString text = value.toString();
+            const bool isSimple =
+                value.userType() == QMetaType::QString && std::all_of(text.begin(), text.end(), [](QChar c) {
+                    return c >= QLatin1Char(' ') && (c < QChar(0x7f) || c.isLetter());
+                });
             const QString& cell = cells[static_cast<int>(i) * model.columns + static_cast<int>(k)];
-            demand(!isSimple || cell == value.toString(), "a cell shows its text", cell);
+            demand(!isSimple || cell == text, "a cell shows its text", cell);
         }
     }
 }

@@ -3,10 +3,10 @@
 // same when it comes in pieces.
 
 #include "Fuzz.h"
-#include "Pieces.h"
 
 #include "GeoJsonReader.h"
 #include "Surface.h"
+#include "support/Pieces.h"
 
 #include <QtCore/QBuffer>
 
@@ -50,7 +50,7 @@ void checkPieces(const QByteArray& bytes)
     whole.open(QIODevice::ReadOnly);
     const QString expected = told(whole);
     for (const QByteArray& script : {QByteArray(1, '\0'), bytes.right(9)}) {
-        veltor::fuzz::Pieces pieces(script, bytes);
+        veltor::test::Pieces pieces(script, bytes);
         demand(told(pieces) == expected, "a map in pieces is the map", expected);
     }
 }

@@ -92,6 +92,16 @@ QJsonValue valueOf(const QJsonDocument& document)
     return document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object());
 }
 
+/// The text once more, by way of its values.
+QByteArray readAgain(QByteArray text)
+{
+    text.replace('\0', ""); // what stands behind truth values
+    QJsonParseError error{};
+    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
+    demand(error.error == QJsonParseError::NoError, "what is written is JSON", error.errorString());
+    return written(valueOf(document), json::JsonFormatter::formatCompact);
+}
+
 void checkText(const QJsonValue& value)
 {
     const QByteArray compact = written(value, json::JsonFormatter::formatCompact);
@@ -99,17 +109,15 @@ void checkText(const QJsonValue& value)
     if (compact.contains('?') || compact.contains("inf")) {
         return;
     }
+    const QByteArray expected = readAgain(compact);
+    demand(readAgain(expected) == expected && expected.size() == compact.size(), "what was written stays",
+           QString::fromUtf8(compact));
     for (json::Format layout :
-         {json::JsonFormatter::formatCompact, json::JsonFormatter::formatIndented,
-          json::JsonFormatter::formatBracketsIndented, json::JsonFormatter::formatCommaFirst}) {
+         {json::JsonFormatter::formatIndented, json::JsonFormatter::formatBracketsIndented,
+          json::JsonFormatter::formatCommaFirst}) {
         layout.numberFormat.setPresentation(utils::NumberFormat::Shortest);
-        QByteArray text = written(value, layout);
-        text.replace('\0', ""); // what stands behind truth values
-        QJsonParseError error{};
-        const QJsonDocument again = QJsonDocument::fromJson(text, &error);
-        demand(error.error == QJsonParseError::NoError, "what is written is JSON", error.errorString());
-        demand(written(valueOf(again), json::JsonFormatter::formatCompact) == compact,
-               "what is written is read as what it was", QString::fromUtf8(text));
+        demand(readAgain(written(value, layout)) == expected, "all layouts are the same values",
+               QString::fromUtf8(compact));
     }
 }
 

@@ -22,11 +22,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
         rules.longestBytes = longest;
         rules.replacement = suffix.isEmpty() ? QLatin1Char('_') : suffix[0];
         const QString safe = safeFileName(name, rules);
-        demand(!safe.isEmpty() && safe != QLatin1String(".") && safe != QLatin1String(".."), "there is a name");
+        demand(!safe.isEmpty() && safe != QLatin1String(".") && safe != QLatin1String(".."),
+               "there is a name");
         demand(safe.toUtf8().size() <= qMax(longest, 20), "a name is not too long", safe);
         demand(safeFileName(safe, rules) == safe, "a safe name stays as it is",
                name + QLatin1Char('|') + safe + QLatin1Char('|') + safeFileName(safe, rules));
-        demand(!isReservedFileName(safe) && !safe.contains(QLatin1Char('/')), "a name is a file's everywhere", safe);
+        demand(!isReservedFileName(safe) && !safe.contains(QLatin1Char('/')), "a name is a file's everywhere",
+               safe);
     }
     return 0;
 }

@@ -1,5 +1,5 @@
-// Two lines: what somebody typed into a search field, and a text. Masks match as a matcher without expressions
-// has it, or say that they gave up; patterns made for a locale match what is written for it.
+// Two lines: what somebody typed into a search field, and a text. Masks match as a matcher without
+// expressions has it, or say that they gave up; patterns made for a locale match what is written for it.
 
 #include "Fuzz.h"
 
@@ -9,6 +9,7 @@
 #include <veltor/utils/RegularExpressionCache.h>
 
 #include <algorithm>
+#include <cstring>
 #include <optional>
 #include <vector>
 
@@ -117,8 +118,8 @@ void compare(const QString& pattern, const std::vector<Token>& tokens, const QSt
     demand(expression->pattern() == pattern, "the cache gives the pattern that was asked for", pattern);
     demand(expression->isValid(), "masks are valid patterns", pattern);
     const QRegularExpressionMatch match = expression->match(text);
-    demand(!match.isValid() || match.hasMatch() == matches(tokens, text.toUcs4()), "a mask matches as it says",
-           pattern);
+    demand(!match.isValid() || match.hasMatch() == matches(tokens, text.toUcs4()),
+           "a mask matches as it says", pattern);
 }
 
 void checkNumeral(const QString& text)
@@ -162,7 +163,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
     const QString text = veltor::fuzz::decoded(rest);
     const QVector<uint> points = mask.toUcs4();
     for (const char escape : {'\0', '\\', '%', 'a'}) {
-        compare(likeToRegular(mask, QLatin1Char(escape)), likeTokens(points, static_cast<uint>(escape)), text);
+        compare(likeToRegular(mask, QLatin1Char(escape)), likeTokens(points, static_cast<uint>(escape)),
+                text);
     }
     if (const auto tokens = globTokens(points)) {
         compare(globToRegular(mask), *tokens, text);
@@ -170,7 +172,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
         static_cast<void>(QRegularExpression(globToRegular(mask)).match(text));
     }
     const QString wildcard = substringToWildcard(mask);
-    demand(substringToWildcard(wildcard) == wildcard && wildcard.contains(mask), "a wildcard stays one", mask);
+    demand(substringToWildcard(wildcard) == wildcard && wildcard.contains(mask), "a wildcard stays one",
+           mask);
     checkNumeral(mask);
     checkNumeral(text);
     static_cast<void>(getDegreeRegExp(9, QLatin1Char(',')).match(text));

@@ -22,7 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
         const auto map = parseMapLine(line);
         const auto mount = parseMountLine(line);
         demand(!map || inside(map->range), "a mapping's range is in its line");
-        demand(!mount || (inside(mount->type) && inside(mount->options) && mount->place.size() <= line.size()),
+        demand(!mount ||
+                   (inside(mount->type) && inside(mount->options) && mount->place.size() <= line.size()),
                "a mount's words are in its line");
     });
     const auto stat = parseProcessStat(text);

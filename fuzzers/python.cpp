@@ -28,7 +28,8 @@ QString upToZero(const QString& text)
 void checkText(const QString& text)
 {
     const PythonRef object(QStringToPyString(text));
-    demand(bool(object) && PyUnicode_GetLength(object.get()) <= text.size(), "any text is a Python text", text);
+    demand(bool(object) && PyUnicode_GetLength(object.get()) <= text.size(), "any text is a Python text",
+           text);
     demand(PyStringToQString(object.get()) == upToZero(text), "a text comes back", text);
     demand(!PyErr_Occurred() && !PyObjectToRepr(object.get()).isEmpty(), "a text can be shown", text);
 }
@@ -78,7 +79,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
     checkLiteral(text);
     checkError(units);
     const PythonRef object(PyBytes_FromStringAndSize(raw.data(), static_cast<Py_ssize_t>(raw.size())));
-    demand(PyStringToQString(object.get()) == upToZero(QString::fromLatin1(aligned.constData(), aligned.size())),
+    demand(PyStringToQString(object.get()) ==
+               upToZero(QString::fromLatin1(aligned.constData(), aligned.size())),
            "bytes are Latin-1");
     return 0;
 }

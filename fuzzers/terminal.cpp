@@ -47,11 +47,11 @@ QString ofShell(const QString& word)
         }
         const QChar kind = word[++i];
         const int digits = kind == QLatin1Char('x') ? 2 : kind == QLatin1Char('u') ? 4 : 0;
-        text += digits > 0                ? QChar(word.mid(i + 1, digits).toUShort(nullptr, 16))
-                : kind == QLatin1Char('n') ? QChar('\n')
-                : kind == QLatin1Char('r') ? QChar('\r')
-                : kind == QLatin1Char('t') ? QChar('\t')
-                                          : kind;
+        text += digits > 0                 ? QChar(word.mid(i + 1, digits).toUShort(nullptr, 16))
+                : kind == QLatin1Char('n') ? QChar(QLatin1Char('\n'))
+                : kind == QLatin1Char('r') ? QChar(QLatin1Char('\r'))
+                : kind == QLatin1Char('t') ? QChar(QLatin1Char('\t'))
+                                           : kind;
         i += digits;
     }
     return text;
@@ -88,8 +88,8 @@ void checkWord(std::string_view word)
     if (number && word.find("\xC2\xB0") == std::string_view::npos) {
         char* end = nullptr;
         const std::string text(word);
-        demand(*number == std::strtod(text.c_str(), &end) && *end == 0, "a number is what the C library reads",
-               QString::fromStdString(text));
+        demand(*number == std::strtod(text.c_str(), &end) && *end == 0,
+               "a number is what the C library reads", QString::fromStdString(text));
     }
     demand(!number || std::isfinite(*number), "no word is infinite");
 }
@@ -98,8 +98,8 @@ void checkEllipsoid(const QString& text)
 {
     try {
         const Ellipsoid ellipsoid = parseEllipsoid(text);
-        demand(ellipsoid.a > 0 && std::isfinite(ellipsoid.a) && !(1 / ellipsoid.rf >= 1), "an ellipsoid is one",
-               text);
+        demand(ellipsoid.a > 0 && std::isfinite(ellipsoid.a) && !(1 / ellipsoid.rf >= 1),
+               "an ellipsoid is one", text);
     } catch (const UsageError& error) {
         demand(isHarmless(QString::fromUtf8(error.what())), "a complaint obeys no one", text);
     }

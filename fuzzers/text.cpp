@@ -19,7 +19,8 @@ QString russianOf(const QString& text)
     QString letters;
     for (const QChar c : text.toLower()) {
         const bool isSign = c == QChar(u'ь') || c == QChar(u'ъ');
-        const bool isLetter = (c >= QChar(u'а') && c <= QChar(u'я')) || c == QChar(u'ё') || c == QLatin1Char(' ');
+        const bool isLetter =
+            (c >= QChar(u'а') && c <= QChar(u'я')) || c == QChar(u'ё') || c == QLatin1Char(' ');
         if (isLetter && !(isSign && QStringLiteral("еъь").contains(letters.right(1)))) {
             letters += c;
         }
@@ -33,7 +34,8 @@ void checkLetters(const QString& text)
         static_cast<void>(toCyrillic(toLatin(text, standard), standard));
         if (standard != LatinStandard::Passport) {
             const QString russian = russianOf(text);
-            demand(*toCyrillic(toLatin(russian, standard), standard) == russian, "Russian letters come back", russian);
+            demand(*toCyrillic(toLatin(russian, standard), standard) == russian, "Russian letters come back",
+                   russian);
             const QString capitals = russian.toUpper();
             demand(toCyrillic(toLatin(capitals, standard), standard)->toLower() == russian,
                    "Russian capitals come back", capitals);
@@ -55,9 +57,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size)
     for (const DateFormats& formats : lists) {
         for (const QDate& date : formats.read(text).dates) {
             const auto again = formats.read(formats.toText(date)).dates;
-            demand(std::find(again.begin(), again.end(), date) != again.end(), "a date is read as it is written");
+            demand(std::find(again.begin(), again.end(), date) != again.end(),
+                   "a date is read as it is written");
         }
-        demand(formats.explain(text).isEmpty() == formats.read(text).isDate(), "what is no date is explained");
+        demand(formats.explain(text).isEmpty() == formats.read(text).isDate(),
+               "what is no date is explained");
     }
     try {
         static_cast<void>(DateFormats({text}).read(text));

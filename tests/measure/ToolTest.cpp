@@ -1,6 +1,8 @@
 // The tool as its users run it, and its parts against models.
 
 #include "support/Files.h"
+#include "support/Pieces.h"
+#include "support/Printers.h"
 #include "support/Process.h"
 #include "support/Table.h"
 #include "support/Text.h"
@@ -82,19 +84,29 @@ TEST(Tool, BehavesAsAShellExpects)
 }
 #endif
 
+/// Why it is no map; empty when it is one.
+QString refusalOf(QIODevice& map)
+{
+    MapReading reading;
+    reading.feature = [](MapFeature&&) {};
+    try {
+        readGeoJson(map, reading);
+        return {};
+    } catch (const std::runtime_error& error) {
+        return QString::fromUtf8(error.what());
+    }
+}
+
+/// Also in pieces of a byte, as pipes may give them.
 bool isTaken(const QByteArray& json)
 {
     QBuffer buffer;
     buffer.setData(json);
     buffer.open(QIODevice::ReadOnly);
-    MapReading reading;
-    reading.feature = [](MapFeature&&) {};
-    try {
-        readGeoJson(buffer, reading);
-        return true;
-    } catch (const std::runtime_error&) {
-        return false;
-    }
+    const QString refusal = refusalOf(buffer);
+    Pieces pieces(QByteArray(1, '\0'), json);
+    EXPECT_EQ(refusalOf(pieces), refusal) << json.toStdString();
+    return refusal.isEmpty();
 }
 
 QByteArray bytesOf(const QString& text)
@@ -125,6 +137,8 @@ TEST(Tool, TakesJsonToTheLetter)
         }
     }
     EXPECT_GE(count, 318);
+    EXPECT_TRUE(isTaken("\xEF\xBB\xBF{\"type\":\"Feature\",\"geometry\":null}"));
+    EXPECT_FALSE(isTaken("{\"a\xEF,\n")); // the fault is in the first line, although the second was looked at
     EXPECT_FALSE(isTaken(R"({"type":"Feature","x":)" + QByteArray(1000000, '[')));
 }
 

@@ -11,14 +11,16 @@ namespace veltor::test {
 using CsvTable = std::vector<QStringList>;
 
 /// What a reader by the letter of RFC 4180 makes of a text; nothing of one that breaks its rules.
-inline std::optional<CsvTable> readCsv(const QString& text, QChar delimiter, QChar quote, const QString& lineEnd)
+inline std::optional<CsvTable> readCsv(const QString& text, QChar delimiter, QChar quote,
+                                       const QString& lineEnd)
 {
     CsvTable lines;
     QStringList fields;
     for (int at = 0; at < text.size();) {
         QString field;
         if (text.at(at) == quote) {
-            for (++at; at < text.size() && (text.at(at) != quote || text.mid(at + 1, 1) == QString(quote)); ++at) {
+            for (++at; at < text.size() && (text.at(at) != quote || text.mid(at + 1, 1) == QString(quote));
+                 ++at) {
                 at += text.at(at) == quote ? 1 : 0;
                 field += text.at(at);
             }

@@ -78,8 +78,7 @@ private:
 
 Table linesOf(const QString& text, const CsvRules& rules)
 {
-    const auto lines =
-        test::readCsv(text, rules.delimiter, rules.quote, QString::fromLatin1(rules.lineEnd));
+    const auto lines = test::readCsv(text, rules.delimiter, rules.quote, QString::fromLatin1(rules.lineEnd));
     EXPECT_TRUE(lines) << text.toStdString();
     return lines.value_or(Table());
 }

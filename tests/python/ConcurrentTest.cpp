@@ -150,6 +150,8 @@ TEST_F(ConcurrentProcedure, leavesOneErrorWhenTheCallbackRaises)
         {"raising(KeyError(1), KeyboardInterrupt(2), SystemExit(3))", false,
          QStringLiteral("KeyboardInterrupt(2)")},
         {"raising(KeyError(1))", true, QStringLiteral("LogicException('native') in KeyError(1)")},
+        {"lambda: tick() or 1 / 0", true, // made by the interpreter: no instance yet
+         QStringLiteral("LogicException('native') in ZeroDivisionError('division by zero')")},
         {"raising(KeyError(1), SystemExit(2))", true,
          QStringLiteral("SystemExit(2) in LogicException('native')")},
     };

@@ -61,6 +61,12 @@ QStringList wordsOf(const T& value)
         return words(static_cast<double>(value));
     } else if constexpr (std::is_same_v<T, QString>) {
         return {u("\"") + value + u("\"")};
+    } else if constexpr (std::is_same_v<T, QStringList>) {
+        QStringList quoted;
+        for (const QString& text : value) {
+            quoted += wordsOf(text);
+        }
+        return quoted;
     } else if constexpr (std::is_same_v<T, QPointF>) {
         return words(value.x(), value.y());
     } else if constexpr (std::is_same_v<T, QRectF>) {

@@ -27,11 +27,6 @@ QLocale localeOf(const char* name)
 
 const NumberFormat bare(NumberFormat::Shortest, true);
 
-NumberFormat bareOf(const QLocale& locale, QChar exponential)
-{
-    return NumberFormat(NumberFormat::Standard, true).setLocale(locale).setExponential(exponential);
-}
-
 const std::map<QByteArray, test::Call> functions = {
     {"castExponentialFormat",
      call(+[](QString text, QLocale locale) { return castExponentialFormat(text, locale, nullptr); })},
@@ -47,22 +42,28 @@ const std::map<QByteArray, test::Call> functions = {
     {"toStringRound", call(toStringRound)},
     {"toLocalizedStringRound", call(toLocalizedStringRound)},
     {"toStringByMode", call<QString, double, DigitsAfterPoint, int>(toStringByMode)},
-    {"toStringByMode.float", call<QString, float, DigitsAfterPoint, int>(toStringByMode)},
-    {"toLocalizedStringByMode",
-     call<QString, double, DigitsAfterPoint, int, const QLocale&>(toLocalizedStringByMode)},
     {"toLocalizedStringByMode.rect",
      call<QString, const QRectF&, DigitsAfterPoint, int, const QLocale&>(toLocalizedStringByMode)},
     {"separateThousands", call(separateThousands)},
-    {"separateDouble", call(separateDouble)},
-    {"separateDoubleFixup", call(separateDoubleFixup)},
-    {"standardOf", call(+[](double x, QLocale l, QChar e) { return bareOf(l, e).toString(x); })},
-    {"exponentialOf", call(+[](double x, QLocale l, QChar e) { return bareOf(l, e).exponential(x); })},
-    {"compactOf", call(+[](double x, QLocale l, QChar e) { return bareOf(l, e).compactExponential(x); })},
-    {"standard", call(+[](double x) { return bare.standard(x); })},
-    {"exponential", call(+[](double x) { return bare.exponential(x); })},
-    {"compactExponential", call(+[](double x) { return bare.compactExponential(x); })},
-    {"nonExponential", call(+[](double x) { return bare.nonExponential(x); })},
-    {"shortest", call(+[](double x) { return bare.toString(x); })},
+    {"presentations", call(+[](double x) {
+         return QStringList{bare.standard(x), bare.exponential(x), bare.compactExponential(x),
+                            bare.nonExponential(x), bare.toString(x)};
+     })},
+    {"localized", call(+[](QLocale locale, QChar mark) {
+         const NumberFormat f =
+             NumberFormat(NumberFormat::Standard, true).setLocale(locale).setExponential(mark);
+         return QStringList{f.toString(-1.5e-20), f.toString(-0.5), f.exponential(-1.5e-20),
+                            f.compactExponential(-150000), f.compactExponential(12345678912.3)};
+     })},
+    {"grouped", call(+[](QLocale locale) {
+         return QStringList{separateDouble(-1234567.5, locale), separateDouble(-123456.5, locale),
+                            separateDouble(1.5e20, locale), separateDoubleFixup(-1234567.5, 3, locale)};
+     })},
+    {"byMode", call(+[](int number) {
+         const auto mode = static_cast<DigitsAfterPoint>(number);
+         return QStringList{toLocalizedStringByMode(-0.0012345678, mode, 4, localeOf("sv_SE")),
+                            toStringByMode(-0.0012345678F, mode, 4)};
+     })},
     {"likeToRegular", call(likeToRegular)},
     {"globToRegular", call(globToRegular)},
     {"substringToWildcard", call(substringToWildcard)},

@@ -15,6 +15,10 @@ namespace {
 constexpr std::size_t pieceBytes = 256 * 1024;
 /// What stays of the piece before: a number that lies across the border, when it is not longer.
 constexpr std::ptrdiff_t longestNumber = 4096;
+/// And so many bytes in any case: of a character that is no UTF-8 the parser has taken what stands behind it.
+constexpr std::ptrdiff_t longestLookBack = 8;
+constexpr char byteOrderMark[] = "\xEF\xBB\xBF";
+constexpr std::ptrdiff_t markSize = 3;
 
 bool isOfNumber(char c)
 {
@@ -30,8 +34,14 @@ JsonInput::JsonInput(QIODevice& device)
     , m_end(m_at)
 {
     readOn();
-    if (m_end - m_at >= 3 && std::memcmp(m_at, "\xEF\xBB\xBF", 3) == 0) {
-        m_at += 3;
+    const auto mayBeMark = [this] {
+        return std::memcmp(m_at, byteOrderMark, std::size_t(std::min(markSize, m_end - m_at))) == 0;
+    };
+    while (m_end != m_at && m_end - m_at < markSize && mayBeMark() && append()) {
+        // A pipe may give less than a mark.
+    }
+    if (m_end - m_at >= markSize && mayBeMark()) {
+        m_at += markSize;
         if (m_at == m_end) {
             readOn();
         }
@@ -45,7 +55,8 @@ void JsonInput::readOn()
         m_kept.append(m_keepFrom, m_end);
     }
     char* tail = m_end;
-    while (tail != m_buffer.data() && m_end - tail < longestNumber && isOfNumber(tail[-1])) {
+    while (tail != m_buffer.data() && m_end - tail < longestNumber &&
+           (isOfNumber(tail[-1]) || m_end - tail < longestLookBack)) {
         --tail;
     }
     m_lines += std::count(m_buffer.data(), tail, '\n');
@@ -53,13 +64,22 @@ void JsonInput::readOn()
     const auto kept = static_cast<std::size_t>(m_end - tail);
     std::memmove(m_buffer.data(), tail, kept);
     m_at = m_buffer.data() + kept;
-    const qint64 count = m_device.read(m_at, static_cast<qint64>(pieceBytes));
+    m_end = m_at;
+    append();
+    m_keepFrom = m_at;
+}
+
+/// Adds what the device gives next; false at its end.
+bool JsonInput::append()
+{
+    const auto room = m_buffer.data() + m_buffer.size() - 1 - m_end;
+    const qint64 count = m_device.read(m_end, std::min<qint64>(room, pieceBytes));
     if (count < 0) {
         throw std::runtime_error(Text::tr("не читается: %1").arg(m_device.errorString()).toStdString());
     }
-    m_end = m_at + count;
+    m_end += count;
     *m_end = '\0'; // what the parser takes for the end
-    m_keepFrom = m_at;
+    return count > 0;
 }
 
 qint64 JsonInput::lineOf(qint64 offset) const

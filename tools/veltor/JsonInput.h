@@ -62,6 +62,7 @@ public:
 
 private:
     void readOn();
+    bool append();
 
     QIODevice& m_device;
     std::vector<char> m_buffer;

@@ -52,8 +52,8 @@ namespace veltor::python {
 [[nodiscard]] VELTOR_UTILS_EXPORT PyObject* QStringToPyString(const QString& s);
 
 /// @p s between r""" and """, for pasting into Python source. Nothing is escaped: a text that contains
-/// three double quotes in a row, or ends in a double quote or a backslash, gives a literal that Python
-/// does not read back. Needs no interpreter; reentrant.
+/// three double quotes in a row, a zero or a carriage return, or ends in a double quote or a backslash,
+/// gives a literal that Python does not read back. Needs no interpreter; reentrant.
 [[nodiscard]] VELTOR_UTILS_EXPORT QString makePythonStringLiteral(const QString& s);
 
 /// The pending Python error as the text of its traceback, as the interpreter would print it. Reading the

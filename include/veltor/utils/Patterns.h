@@ -14,6 +14,9 @@ namespace veltor::utils {
 ///
 /// Patterns of QRegularExpression made from what users type into search and filter fields.
 /// All functions are reentrant. Compile the results through RegularExpressionCache.
+///
+/// A mask of many wildcards may take more steps to match than PCRE does, which gives up after ten million
+/// (a fraction of a second): ask QRegularExpressionMatch::isValid() before "no match" is taken for an answer.
 /// @{
 
 /// An SQL LIKE mask as an anchored pattern: % stands for any characters, _ for any one.

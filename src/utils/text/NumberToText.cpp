@@ -195,9 +195,10 @@ QString separateThousands(QString text, QChar point, QChar separator, int first)
     // Places at and before the beginning count from the end.
     for (base::Length place = end - (end - 1) / 3 * 3 - 3; place > first; place -= 3) {
         const base::Length at = place < 0 ? place + result.size() : place;
-        if (at >= 0) {
-            result.insert(at, separator);
+        if (at < 0) {
+            break; // and so are all that follow
         }
+        result.insert(at, separator);
     }
     return result;
 }

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace veltor::fuzz {
+namespace veltor::test {
 
 /// A pipe: gives as many bytes at a time as its script says.
 class Pieces : public QIODevice
@@ -38,4 +38,4 @@ private:
     int m_at = 0;
 };
 
-} // namespace veltor::fuzz
+} // namespace veltor::test
