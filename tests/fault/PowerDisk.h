@@ -132,7 +132,7 @@ private:
     {
         return step.kind == Kind::Sync || step.kind == Kind::SyncFolder;
     }
-    static QString text(const Path& path) { return QString::fromStdString(path.generic_u8string()); }
+    static QString text(const Path& path) { return QString::fromStdU16String(path.generic_u16string()); }
     void note(DiskStep step) { m_steps.push_back(std::move(step)); }
     bool noteSync(DiskStep step)
     {
