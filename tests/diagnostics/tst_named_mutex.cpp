@@ -424,7 +424,7 @@ TEST(NamedMutex, ProcessesLoseNoIncrementWhoeverIsKilled)
     };
     std::array<std::unique_ptr<Actor>, 2> counting = {start(0), start(1)};
     for (int round = 0; round < Kills; ++round) {
-        auto& victim = counting[round % 2];
+        auto& victim = counting[static_cast<std::size_t>(round % 2)];
         ASSERT_TRUE(victim->isReady());
         ASSERT_TRUE(victim->killWithin(1000)) << round;
         victim = start(round % 2);

@@ -78,7 +78,7 @@ TEST(Tracer, CapturesInnermostFirstAndNamesFunctionsThatAreNotExported)
 
 TEST(Tracer, ShowsUnknownAddressesAndCutsLongNames)
 {
-    for (const std::uintptr_t address : {0x0, 0xabc, 0x7fffeeee}) {
+    for (const std::uintptr_t address : {0x0U, 0xabcU, 0x7fffeeeeU}) {
         EXPECT_EQ(Tracer::symbols({reinterpret_cast<void*>(address)}).at(0),
                   u("[0x%1]: [unknown file]").arg(address, 0, 16));
     }

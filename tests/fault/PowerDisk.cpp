@@ -148,7 +148,7 @@ public:
             }
             QByteArray& bytes = files[name] = m_disk.contents[file];
             const auto size = static_cast<int>(m_sizes[file]);
-            bytes.append(std::max(size - bytes.size(), 0), '\0');
+            bytes.append(std::max<base::Length>(size - bytes.size(), 0), '\0');
             bytes.truncate(size);
         }
         for (const QString& folder : m_disk.folders) {

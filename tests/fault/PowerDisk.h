@@ -5,6 +5,7 @@
 
 #include "support/Text.h"
 
+#include "base/QtDifferences.h"
 #include "platform/FileOpen.h"
 #include "platform/NameIo.h"
 
@@ -71,7 +72,7 @@ struct DiskState
 
 inline QString folderOf(const QString& name)
 {
-    return name.left(std::max(name.lastIndexOf(QLatin1Char('/')), 0));
+    return name.left(std::max<base::Length>(name.lastIndexOf(QLatin1Char('/')), 0));
 }
 
 /// In which order the disk gets what nobody waits for.
@@ -132,7 +133,7 @@ private:
     {
         return step.kind == Kind::Sync || step.kind == Kind::SyncFolder;
     }
-    static QString text(const Path& path) { return QString::fromStdString(path.generic_u8string()); }
+    static QString text(const Path& path) { return QString::fromStdU16String(path.generic_u16string()); }
     void note(DiskStep step) { m_steps.push_back(std::move(step)); }
     bool noteSync(DiskStep step)
     {

@@ -130,7 +130,7 @@ private:
         }
         if (below(3) == 0) {
             const int size = below(2000);
-            bytes += QByteArray(std::max(size - bytes.size(), 0), '\0');
+            bytes += QByteArray(std::max<base::Length>(size - bytes.size(), 0), '\0');
             bytes.truncate(size);
             return file->resize(size);
         }

@@ -112,10 +112,10 @@ TEST(JsonFormatter, KeepsTheLineStartOverAKey)
     // A depth that the mask brings below zero gives no indentation, and no line start.
     format.numberFormat.setUnused(1U << ArrayCloseBefore);
     format.fields[ArrayCloseAfter] = "!";
-    EXPECT_EQ(textOf(QJsonArray{QJsonArray{1}}, format), "[\n[\n1\n]!\n]!");
+    EXPECT_EQ(textOf(QJsonArray{QJsonValue(QJsonArray{1})}, format), "[\n[\n1\n]!\n]!");
     format.numberFormat.setUnused(1U << ArrayOpenAfter | 1U << ArrayCloseBefore);
     format.indent = "\t";
-    EXPECT_EQ(textOf(QJsonArray{QJsonArray{1}}, format), "[\n\t[\n\t\t1\n\t]!\n]!");
+    EXPECT_EQ(textOf(QJsonArray{QJsonValue(QJsonArray{1})}, format), "[\n\t[\n\t\t1\n\t]!\n]!");
 }
 
 QJsonValue randomTree(std::mt19937& random, int depth)

@@ -25,8 +25,6 @@ using R = const QRectF&;
 using M = const QMarginsF&;
 using S = const QSizeF&;
 
-constexpr double pi = 3.14159265358979323846;
-
 const std::map<QByteArray, Call> functions = {
     {"pointsAngle", call(pointsAngle)},
     {"pointsAngleDirect", call(pointsAngleDirect)},

@@ -385,16 +385,15 @@ TEST(ItemModelToHtml, HasTheLooksOfTheModelInLightAndDark)
     buffer.open(QIODevice::WriteOnly);
     ASSERT_TRUE(itemModelToHtml(model, buffer).isComplete());
     const std::string html = buffer.data().toStdString();
-    const char* const expected[] = {
-        "<td class=\"n ac c0\">1</td>",
-        "<td class=\"n c1\">2</td>",
-        "<td class=\"n c2\">3</td>",
-        "<td class=\"n al c3\">4</td>",
-        "<td class=\"n\">5</td>",
-        "\n.c0{color:#737300;}\n.c1{color:#e1e5ea;background:#000080;}\n.c2{color:#010203;background:#ff7f7f;"
-        "}\n",
-        ".c3{font-family:\"A\\00002c  \\000022 B\\000022 \";font-weight:700;}",
-        "@media (prefers-color-scheme:dark){\n.c0{color:#ffff00;}\n.c2{color:#"};
+    const char* const expected[] = {"<td class=\"n ac c0\">1</td>",
+                                    "<td class=\"n c1\">2</td>",
+                                    "<td class=\"n c2\">3</td>",
+                                    "<td class=\"n al c3\">4</td>",
+                                    "<td class=\"n\">5</td>",
+                                    "\n.c0{color:#737300;}\n.c1{color:#e1e5ea;background:#000080;}\n",
+                                    "\n.c2{color:#010203;background:#ff7f7f;}\n",
+                                    ".c3{font-family:\"A\\00002c  \\000022 B\\000022 \";font-weight:700;}",
+                                    "@media (prefers-color-scheme:dark){\n.c0{color:#ffff00;}\n.c2{color:#"};
     for (const char* const part : expected) {
         EXPECT_THAT(html, testing::HasSubstr(part));
     }

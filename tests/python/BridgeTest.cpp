@@ -178,7 +178,7 @@ TEST_F(PythonReference, isLeftAloneOnceTheInterpreterIsGone)
 TEST_F(Bridge, keepsNoReferences)
 {
     installCommonModule();
-    const auto useAll = [this] {
+    const auto useAll = [] {
         const PythonRef object = eval("['ы', '\\ud800']");
         EXPECT_FALSE(PyObjectToStr(object.get()).isEmpty());
         EXPECT_FALSE(PyStringToQString(PyList_GetItem(object.get(), 1)).isEmpty());
