@@ -2,6 +2,7 @@
 # Prepares, on Debian 12 amd64 and as root, what building for 64-bit ARM and running the result takes: Debian's cross
 # compiler and QEMU on the machine, and in ${VELTOR_ARM64_CACHE:-${XDG_CACHE_HOME:-~/.cache}/veltor-utils/arm64}
 #   system/      the libraries and headers of Debian's arm64, in a folder of their own: apt's state on the machine stays
+#   forks/       what lets programs under QEMU start others: PlainForks.cpp
 #
 #   tools/arm64/setup.sh       prints the folder; exit status 75: a package could not be fetched (one line on stderr)
 #   tools/arm64/setup.sh --cache   prints the folder, and does nothing
@@ -31,8 +32,14 @@ recipe_system() {
   done
 }
 
+recipe_forks() {
+  mkdir -p "$dest"
+  logged aarch64-linux-gnu-g++ "--sysroot=$cache/system" "-L$cache/system/usr/lib/aarch64-linux-gnu" -std=c++17 -O1 -Wall \
+    -shared -fPIC -Wl,--as-needed -o "$dest/plainforks.so" "$here/PlainForks.cpp"
+}
+
 stamp() {
-  declare -f "recipe_$1" | sha256sum | cut -d ' ' -f 1
+  { declare -f "recipe_$1"; [ "$1" = system ] || cat "$here/PlainForks.cpp"; } | sha256sum | cut -d ' ' -f 1
 }
 
 main() {
@@ -40,6 +47,7 @@ main() {
   begin
   install_tools g++-aarch64-linux-gnu qemu-user mmdebstrap cmake ninja-build ca-certificates debian-archive-keyring
   stage system
+  stage forks
   finish
 }
 main "$@"
