@@ -25,12 +25,9 @@ constexpr qint64 longestTimerMs = 1000 * 60 * 60 * 24;
 // library gets it too.
 void registerMetaTypes()
 {
-    qRegisterMetaType<Range>();
     qRegisterMetaType<Range>("concurrent::Range");
     qRegisterMetaType<Range>("Range");
-    qRegisterMetaType<progress::Add>();
     qRegisterMetaType<progress::Add>("progress::Add");
-    qRegisterMetaType<CancelMethod>();
     qRegisterMetaType<CancelMethod>("concurrent::CancelMethod");
 }
 

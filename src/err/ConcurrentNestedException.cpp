@@ -7,7 +7,6 @@ namespace {
 
 void registerMetaType() // as in TaskError.cpp
 {
-    qRegisterMetaType<ConcurrentNestedException>();
     qRegisterMetaType<ConcurrentNestedException>("err::ConcurrentNestedException");
 }
 

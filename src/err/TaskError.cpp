@@ -12,7 +12,6 @@ namespace {
 // library gets it too.
 void registerMetaType()
 {
-    qRegisterMetaType<TaskError>();
     qRegisterMetaType<TaskError>("TaskError");
 }
 

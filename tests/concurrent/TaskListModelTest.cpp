@@ -115,6 +115,21 @@ TEST_F(List, AMillionWritesLeaveNothingBehind)
     EXPECT_EQ(changes, 1);
 }
 
+/// A task that works a while and does as it is told.
+Task* steered(bool fails)
+{
+    return new LambdaTask([fails](LambdaTask& t) {
+        for (int i = 0; i < 50 && t.waitWhilePaused(); ++i) {
+            t.progressHandler()->setProgress(i);
+        }
+        if (t.cancelRequested()) {
+            t.enterCancelledState();
+        } else if (fails) {
+            throw std::runtime_error("x");
+        }
+    });
+}
+
 /// Tasks of every fate come, are steered by random buttons, and go, while the tester watches the model and an
 /// observer of its own changes it in return.
 TEST_F(List, StaysAModelWhateverHappens)
@@ -132,16 +147,7 @@ TEST_F(List, StaysAModelWhateverHappens)
         const int row = pick(model.rowCount() + 1);
         switch (pick(8)) {
         case 0: {
-            auto* task = new LambdaTask([fate = pick(3)](LambdaTask& t) {
-                for (int i = 0; i < 50 && t.waitWhilePaused(); ++i) {
-                    t.progressHandler()->setProgress(i);
-                }
-                if (t.cancelRequested()) {
-                    t.enterCancelledState();
-                } else if (fate == 0) {
-                    throw std::runtime_error("x");
-                }
-            });
+            Task* const task = steered(pick(3) == 0);
             model.setShowDelay(pick(3));
             model.add(task->progressHandler(), {}, Model::Cancel | Model::Pause);
             pool.start(task);

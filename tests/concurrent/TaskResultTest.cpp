@@ -154,97 +154,114 @@ TEST(Results, CrossTheBridgeToFuturesAndBack)
     EXPECT_EQ(value.get(), 6);
 }
 
-/// Random chains, cancelled at random, beside an oracle that knows only what each link does. A chain that
-/// nobody cancelled ends exactly as the oracle says; a cancelled one so, or cancelled.
-TEST(Results, RandomChainsEndAsTheirLinksSay)
+/// A random chain, perhaps disturbed, beside an oracle that knows only what each link does.
+class Chain
 {
-    std::mt19937 random(15);
-    const auto pick = [&](int count) { return std::uniform_int_distribution<int>(0, count - 1)(random); };
-    const test::LogCapture log; // of the failures that nobody looks at
-    TaskThreadPool pool(2);
-    for (int round = 0; round < 400; ++round) {
-        auto context = std::make_unique<QObject>();
-        std::atomic<int> calls{0};
-        int expectedCalls = 1;
-        State expected = State::Succeeded;
-        int value = pick(10);
-        const auto end = [&calls](int how, int result) {
-            ++calls;
+public:
+    Chain(TaskThreadPool& pool, std::mt19937& random)
+        : m_pool(pool)
+        , m_random(random)
+    {
+        const Link first = link(true, true);
+        m_results.push_back(run(pool, [first] { return first(0); }));
+        for (int links = pick(6); links > 0; --links) {
+            extend();
+        }
+    }
+    ~Chain() { EXPECT_TRUE(m_pool.waitForAllTasks()); } // a link may still be on its way to its end
+
+    /// One that nobody disturbed ends exactly as the oracle says.
+    void check()
+    {
+        const int disturbed = pick(4);
+        if (disturbed == 0) {
+            m_results[std::size_t(pick(int(m_results.size())))].cancel();
+        } else if (disturbed == 1) {
+            m_context.reset();
+        }
+        const auto& last = m_results.back();
+        while (!last.isFinished()) {
+            QCoreApplication::processEvents();
+            QThread::yieldCurrentThread();
+        }
+        if (disturbed < 2) {
+            EXPECT_LE(m_calls, int(m_results.size()));
+            return;
+        }
+        EXPECT_EQ(last.state(), m_expected);
+        EXPECT_EQ(m_calls, m_expectedCalls);
+        if (m_expected == State::Succeeded) {
+            EXPECT_EQ(last.get(), m_value);
+        }
+    }
+
+private:
+    using Link = std::function<int(int)>;
+
+    int pick(int count) { return std::uniform_int_distribution<int>(0, count - 1)(m_random); }
+
+    /// What the next link does with the value before it.
+    Link link(bool reached, bool startsAnew)
+    {
+        const int how = pick(6);
+        const int add = pick(10);
+        if (reached) {
+            m_value = (startsAnew ? 0 : m_value) + add;
+            m_expected = how == 0 ? State::Failed : how == 1 ? State::Canceled : State::Succeeded;
+            ++m_expectedCalls;
+        }
+        return [this, how, add](int value) {
+            ++m_calls;
             if (how == 0) {
                 throw std::runtime_error("failed");
             }
             if (how == 1) {
                 throw Canceled();
             }
-            return result;
+            return value + add;
         };
-        const auto after = [](int how) {
-            return how == 0 ? State::Failed : how == 1 ? State::Canceled : State::Succeeded;
-        };
-        int how = pick(6);
-        expected = after(how);
-        std::vector<TaskResult<int>> chain{run(pool, [=] { return end(how, value); })};
-        for (int link = pick(6); link > 0; --link) {
-            how = pick(6);
-            const int add = pick(10);
-            const auto last = chain.back();
-            const State former = expected;
-            const auto act = [=](int v) { return end(how, v + add); };
-            switch (pick(5)) {
-            case 0:
-                chain.push_back(last.then(context.get(), act));
-                break;
-            case 1:
-                chain.push_back(last.then(pool, act));
-                break;
-            case 2: // a result within a result
-                chain.push_back(last.then(
-                    context.get(), [&pool, act](int v) { return run(pool, [act, v] { return act(v); }); }));
-                break;
-            case 3:
-                chain.push_back(
-                    last.onFailed(context.get(), [=](std::exception_ptr) { return end(how, add); }));
-                if (former == State::Failed) {
-                    value = add;
-                    expected = after(how);
-                    ++expectedCalls;
-                }
-                continue;
-            default:
-                chain.push_back(last.onCanceled(context.get(), [=] { return end(how, add); }));
-                if (former == State::Canceled) {
-                    value = add;
-                    expected = after(how);
-                    ++expectedCalls;
-                }
-                continue;
-            }
-            if (former == State::Succeeded) {
-                value += add;
-                expected = after(how);
-                ++expectedCalls;
-            }
+    }
+
+    void extend()
+    {
+        const TaskResult<int> last = m_results.back();
+        QObject* const context = m_context.get();
+        const int kind = pick(5);
+        const State needed = kind == 3 ? State::Failed : kind == 4 ? State::Canceled : State::Succeeded;
+        const Link act = link(m_expected == needed, needed != State::Succeeded);
+        if (kind == 0) {
+            m_results.push_back(last.then(context, act));
+        } else if (kind == 1) {
+            m_results.push_back(last.then(m_pool, act));
+        } else if (kind == 2) { // a result within a result
+            m_results.push_back(last.then(context, [this, act](int value) {
+                return run(m_pool, [act, value] { return act(value); });
+            }));
+        } else if (kind == 3) {
+            m_results.push_back(last.onFailed(context, [act](std::exception_ptr) { return act(0); }));
+        } else {
+            m_results.push_back(last.onCanceled(context, [act] { return act(0); }));
         }
-        const int disturbed = pick(4); // 0: cancelled, 1: the context goes
-        if (disturbed == 0) {
-            chain[std::size_t(pick(int(chain.size())))].cancel();
-        } else if (disturbed == 1) {
-            context.reset();
-        }
+    }
+
+    TaskThreadPool& m_pool;
+    std::mt19937& m_random;
+    std::atomic<int> m_calls{0};
+    int m_expectedCalls = 0;
+    State m_expected = State::Succeeded;
+    int m_value = 0;
+    std::unique_ptr<QObject> m_context = std::make_unique<QObject>();
+    std::vector<TaskResult<int>> m_results;
+};
+
+TEST(Results, RandomChainsEndAsTheirLinksSay)
+{
+    std::mt19937 random(15);
+    const test::LogCapture log; // of the failures that nobody looks at
+    TaskThreadPool pool(2);
+    for (int round = 0; round < 400; ++round) {
         SCOPED_TRACE(round);
-        while (!chain.back().isFinished()) {
-            QCoreApplication::processEvents();
-            QThread::yieldCurrentThread();
-        }
-        if (disturbed < 2) {
-            EXPECT_LE(calls, int(chain.size()));
-            continue;
-        }
-        EXPECT_EQ(chain.back().state(), expected);
-        EXPECT_EQ(calls, expectedCalls);
-        if (expected == State::Succeeded) {
-            EXPECT_EQ(chain.back().get(), value);
-        }
+        Chain(pool, random).check();
     }
 }
 

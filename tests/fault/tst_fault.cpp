@@ -141,6 +141,36 @@ TEST_P(Fault, AnOperationThatFailsFailsTheTransactionWhichRollsBack)
     }
 }
 
+/// What was saved in one piece is read back in several, after it was checked.
+TEST(LongRange, IsRestoredAsAWholeOrStaysInTheJournal)
+{
+    const Folder folder;
+    const LogCapture log;
+    const QByteArray content = pattern(900000, 1);
+    const auto recover = [&](Plan plan) {
+        const PlanScope scope(plan);
+        PlannedRollbackFile journal(Path::Native);
+        static_cast<void>(journal.openJournal(folder.path("journal"), QIODevice::ReadWrite) &&
+                          journal.rollback());
+        return plan.count;
+    };
+    int chosen = 0;
+    for (bool met = true; met; ++chosen) {
+        folder.write("a", content);
+        {
+            PlannedRollbackFile journal(Path::Native);
+            ASSERT_TRUE(journal.openJournal(folder.path("journal"), QIODevice::WriteOnly) &&
+                        Change(folder.path("a"), journal).resize(0));
+        }
+        met = recover({chosen, Fate::Error, true}) > chosen;
+        if (QFileInfo::exists(folder.path("journal"))) {
+            recover({});
+        }
+        ASSERT_TRUE(folder.read("a") == content) << chosen;
+    }
+    EXPECT_GT(chosen, 10);
+}
+
 #ifdef Q_OS_WIN // where no spare is kept
 constexpr Path paths[] = {Path::Native, Path::Generic, Path::Durable};
 #else

@@ -156,6 +156,9 @@ TEST(Names, UniqueNamesAreUniqueAmongProcesses)
     EXPECT_EQ(QFileInfo(*createUniqueFile(folder.path(longest.toUtf8()))).fileName(), longest);
     EXPECT_EQ(QFileInfo(*createUniqueFile(folder.path(longest.toUtf8()))).fileName(),
               QString(247, QLatin1Char('n')) + u(" (2).shp"));
+    EXPECT_EQ(createUniqueFolder(folder.path("solo/")), folder.path("solo"));
+    EXPECT_EQ(createUniqueFolder(folder.path("solo//")), folder.path("solo (2)"));
+    EXPECT_EQ(moveToUniqueName(folder.path("solo (2)"), folder.path("solo/")), folder.path("solo (3)"));
     QString error;
     EXPECT_EQ(createUniqueFile(folder.path("no/such/file"), &error), nullptr);
     EXPECT_TRUE(error.contains(u("no/such/file"))) << error.toStdString();

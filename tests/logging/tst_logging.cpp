@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <future>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -113,6 +114,31 @@ TEST(Logging, everyLineReachesOneSinkAndNoFormerOneAfterTheWait)
     }
     setLogSink({});
     EXPECT_EQ(received, threads * lines);
+}
+
+TEST(Logging, theWaitIsForALineThatIsStillInAFormerSink)
+{
+    std::promise<void> inside;
+    std::promise<void> go;
+    bool over = false;
+    const auto held = std::make_shared<int>();
+    setLogSink([&, held](const LogRecord&) {
+        inside.set_value();
+        go.get_future().wait();
+        over = true;
+    });
+    std::thread writer([] { LoggerFacade::write(LogLevel::Info, QStringLiteral("line")); });
+    inside.get_future().wait();
+    setLogSink({});
+    std::thread later([&go] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        go.set_value();
+    });
+    EXPECT_TRUE(waitForFormerLogSinks());
+    EXPECT_TRUE(over);
+    EXPECT_EQ(held.use_count(), 1);
+    writer.join();
+    later.join();
 }
 
 TEST(Logging, aThreadMayBeCancelledInsideTheSink)

@@ -26,7 +26,7 @@ namespace veltor::utils {
                                                                           QString* error = nullptr);
 
 /// Makes a new folder.
-/// @param path   the wanted one
+/// @param path   the wanted one; a slash at its end does not count
 /// @param error  receives why not, for the user
 /// @return its path; empty on failure. Else as createUniqueFile()
 [[nodiscard]] VELTOR_UTILS_EXPORT QString createUniqueFolder(const QString& path, QString* error = nullptr);

@@ -35,6 +35,15 @@ QString numbered(const QString& path, quint32 number)
     return path.left(folder) + shortened + mark;
 }
 
+/// A folder's path, behind whose last slash a number would be a name within it.
+QString withoutLastSlash(QString path)
+{
+    while (path.size() > 1 && path.endsWith(QLatin1Char('/'))) {
+        path.chop(1);
+    }
+    return path;
+}
+
 enum class Attempt
 {
     Done,
@@ -100,7 +109,7 @@ QString createUniqueFolder(const QString& path, QString* error)
     const auto make = [](const QString& name, QString& reason) {
         return attemptOf(platform::makeFolder(toNative(name)), reason);
     };
-    return firstFree(path, make, error);
+    return firstFree(withoutLastSlash(path), make, error);
 }
 
 QString moveToUniqueName(const QString& source, const QString& path, QString* error)
@@ -109,7 +118,7 @@ QString moveToUniqueName(const QString& source, const QString& path, QString* er
     const auto move = [&from](const QString& name, QString& reason) {
         return attemptOf(platform::renameToNew(from, toNative(name)), reason);
     };
-    return firstFree(path, move, error);
+    return firstFree(QFileInfo(source).isDir() ? withoutLastSlash(path) : path, move, error);
 }
 
 } // namespace veltor::utils
