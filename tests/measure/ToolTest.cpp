@@ -138,7 +138,8 @@ TEST(Tool, TakesJsonToTheLetter)
     }
     EXPECT_GE(count, 318);
     EXPECT_TRUE(isTaken("\xEF\xBB\xBF{\"type\":\"Feature\",\"geometry\":null}"));
-    EXPECT_FALSE(isTaken("{\"a\xEF,\n")); // the fault is in the first line, although the second was looked at
+    EXPECT_FALSE(
+        isTaken("{\"a\xEF,\n\":1}")); // the fault is in the first line, although the second was looked at
     EXPECT_FALSE(isTaken(R"({"type":"Feature","x":)" + QByteArray(1000000, '[')));
 }
 
