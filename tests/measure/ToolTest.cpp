@@ -68,8 +68,9 @@ TEST(Tool, BehavesAsAShellExpects)
 {
     for (const QStringList& row : readTable("measure/data/tool.txt", '@')) {
         const Folder folder;
-        const QString command = QStringLiteral("export LC_ALL=C v='%1' d=%2/measure/data t=%3; %4")
-                                    .arg(commandOf(u(VELTOR_TOOL)).join(u(" ")), u(VELTOR_TESTS), folder.path(), row.value(3));
+        const QString command =
+            QStringLiteral("export LC_ALL=C v='%1' d=%2/measure/data t=%3; %4")
+                .arg(commandOf(u(VELTOR_TOOL)).join(u(" ")), u(VELTOR_TESTS), folder.path(), row.value(3));
         SCOPED_TRACE(row.value(3).toStdString());
         const Outcome outcome = run(QStringLiteral("bash"), {QStringLiteral("-c"), command});
         EXPECT_EQ(outcome.status, row[0].toInt()) << outcome.errors;

@@ -15,8 +15,8 @@ struct Outcome
     std::string output, errors;
 };
 
-/// The words that start a program: those of the emulator, where programs of this build need one, and the program. One
-/// named without its folder is the machine's own.
+/// The words that start a program: those of the emulator, where programs of this build need one, and the
+/// program. One named without its folder is the machine's own.
 QStringList commandOf(const QString& program);
 
 /// Runs a program to its end.

@@ -1,5 +1,5 @@
-// Preloaded into programs under QEMU, which cannot start a process together with a descriptor of it (clone with
-// CLONE_PIDFD). Qt asks the kernel whether that works, and the machine's says yes; here the answer is no, and Qt forks.
+// Preloaded into programs under QEMU, which cannot start a process together with a descriptor of it (clone
+// with CLONE_PIDFD). Qt asks the kernel whether that works, and the machine's says yes; here it says no.
 
 #include <sys/syscall.h>
 #include <sys/wait.h>
