@@ -50,6 +50,12 @@ extern "C" Q_DECL_EXPORT ssize_t pwrite(int fd, const void* bytes, std::size_t l
 namespace veltor::test {
 namespace {
 
+#ifdef VELTOR_EMULATED // what the system calls a program then
+constexpr char programName[] = "qemu-aarch64";
+#else
+constexpr char programName[] = "tst_storage";
+#endif
+
 using utils::JournalState;
 using utils::RollbackFile;
 using utils::SecuredFile;
@@ -98,7 +104,7 @@ TEST_F(Others, AJournalHasOneOwner)
 #ifdef Q_OS_LINUX
         EXPECT_EQ(second.ownerPid(), owner.processId());
         EXPECT_TRUE(second.errorString().contains(
-            u(": tst_storage (процесс %1, пользователь ").arg(owner.processId())));
+            u(": %1 (процесс %2, пользователь ").arg(u(programName)).arg(owner.processId())));
 #endif
         EXPECT_TRUE(second.errorString().contains(path("journal")));
     };

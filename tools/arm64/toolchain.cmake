@@ -15,6 +15,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(folder "${CMAKE_SYSROOT}/usr/lib/aarch64-linux-gnu")
 set(flags "-L${folder} -Wl,-rpath-link,${folder}:${CMAKE_SYSROOT}/lib/aarch64-linux-gnu")
+set(CMAKE_CXX_FLAGS_INIT "-Wno-psabi") # a change of GCC 10's is no finding
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${flags}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${flags}")
 
