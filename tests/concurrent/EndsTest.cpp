@@ -193,6 +193,11 @@ void requestsToManyThatWait()
     };
     for (const auto& [shortOnes, way] :
          {std::pair(0, Way::Cancel), {600, Way::Cancel}, {600, Way::Withdraw}, {600, Way::Event}}) {
+#ifdef __SANITIZE_THREAD__ // which does not see the lock of Qt's queue of events
+        if (way == Way::Event) {
+            continue;
+        }
+#endif
         TaskThreadPool pool(1);
         QSemaphore reached;
         QSemaphore go;
