@@ -132,6 +132,7 @@ TEST(TotalMem, heapFollowsWhatIsAllocated)
 {
     const auto before = platform::heapStatistics();
     const std::vector<char> large(64 * MiB, 'x');
+    asm volatile("" : : "r"(large.data()) : "memory"); // a compiler may do without what nobody looks at
     std::vector<std::unique_ptr<char[]>> small(4000);
     for (auto& block : small) {
         block = std::make_unique<char[]>(1000);
