@@ -158,7 +158,8 @@ TEST(Names, UniqueNamesAreUniqueAmongProcesses)
               QString(247, QLatin1Char('n')) + u(" (2).shp"));
     EXPECT_EQ(createUniqueFolder(folder.path("solo/")), folder.path("solo"));
     EXPECT_EQ(createUniqueFolder(folder.path("solo//")), folder.path("solo (2)"));
-    EXPECT_EQ(moveToUniqueName(folder.path("solo (2)"), folder.path("solo/")), folder.path("solo (3)"));
+    EXPECT_EQ(moveToUniqueName(createUniqueFolder(folder.path("lone")), folder.path("solo/")),
+              folder.path("solo (3)"));
     QString error;
     EXPECT_EQ(createUniqueFile(folder.path("no/such/file"), &error), nullptr);
     EXPECT_TRUE(error.contains(u("no/such/file"))) << error.toStdString();
